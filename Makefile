@@ -1,0 +1,33 @@
+# Quick start:  make demo   (render the bundled sample drawing)
+#               make test   (build and run every test)
+PRESET ?= release
+BUILD  := build/$(PRESET)
+JOBS   ?= $(shell nproc)
+
+.PHONY: all deps configure build demo test asan-test bench clean
+
+all: build
+
+deps:
+	@scripts/install-deps
+
+configure: deps
+	@cmake --preset $(PRESET) >/dev/null
+
+build: configure
+	@cmake --build $(BUILD) -j $(JOBS)
+
+demo: build
+	@$(BUILD)/src/app/dxfimport stats samples/floorplan.dxf
+
+test: build
+	@ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
+
+asan-test:
+	@$(MAKE) --no-print-directory test PRESET=asan
+
+bench: build
+	@$(BUILD)/bench/reader_bench --benchmark_counters_tabular=true
+
+clean:
+	@rm -rf build out

@@ -1,0 +1,21 @@
+# One-line helpers for the project's test and benchmark targets.
+
+# dxfimport_add_test(NAME SOURCES... LIBS libs...)
+function(dxfimport_add_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS} dxfimport_testing GTest::gtest_main)
+  target_compile_definitions(${name} PRIVATE
+    DXFIMPORT_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/samples"
+    DXFIMPORT_CORPUS_DIR="${PROJECT_SOURCE_DIR}/../shared/corpus")
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES ENVIRONMENT
+    "QT_QPA_PLATFORM=offscreen;DXFIMPORT_LOG=${CMAKE_BINARY_DIR}/test.log;LANG=C.UTF-8")
+endfunction()
+
+# dxfimport_add_benchmark(NAME SOURCES... LIBS libs...)
+function(dxfimport_add_benchmark name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS} benchmark::benchmark)
+endfunction()

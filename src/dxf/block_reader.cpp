@@ -1,0 +1,250 @@
+// BLOCK definitions, INSERTs (with the pending ones) and DIMENSIONs. Blocks are expanded
+// while reading: the drawing holds no references, only the entities every INSERT adds.
+#include <cmath>
+#include <new>
+
+#include "dxf/reader.h"
+#include "dxf/rotation.h"
+#include "dxf/style_maps.h"
+#include "support/log.h"
+#include "support/numbers.h"
+#include "support/runtime_error.h"
+#include "support/text_decode.h"
+
+namespace dxfimport {
+namespace {
+
+template <class... Fs>
+struct Overloaded : Fs... {
+  using Fs::operator()...;
+};
+
+// Where one point of a block lands for an insert: scaled, turned about the block origin,
+// then moved to the insertion point.
+PointF PlacePoint(float x, float y, double sx, double sy, float rotation, double dx, double dy) {
+  PointF p{CSng(x * sx), CSng(y * sy)};
+  if (rotation != 0) RotatePointNormal(p, rotation);
+  return {CSng(p.x + dx), CSng(p.y + dy)};
+}
+
+template <class Segment>
+void PlaceSegment(Segment& s, double sx, double sy, float rotation, double dx, double dy) {
+  PointPair p{CSng(s.X1 * sx), CSng(s.Y1 * sy), CSng(s.X2 * sx), CSng(s.Y2 * sy)};
+  if (rotation != 0) RotateRectNormal(p, rotation);
+  s.X1 = CSng(p.x1 + dx), s.Y1 = CSng(p.y1 + dy);
+  s.X2 = CSng(p.x2 + dx), s.Y2 = CSng(p.y2 + dy);
+}
+
+int32_t& LayerOf(BlockRecord& r) {
+  return std::visit([](auto& e) -> int32_t& { return e.Layer; }, r);
+}
+
+struct Placement {
+  double sx = 1, sy = 1;
+  float rotation = 0;
+  double dx = 0, dy = 0;
+};
+
+// Scales, turns and moves every point of a record; sizes and angles follow the scale
+// and the rotation (mirrored arcs swap and reflect their angles).
+void PlaceRecord(BlockRecord& record, const Placement& m) {
+  auto place = [&m](float& x, float& y) {
+    PointF p = PlacePoint(x, y, m.sx, m.sy, m.rotation, m.dx, m.dy);
+    x = p.x, y = p.y;
+  };
+  std::visit(Overloaded{
+                 [&](LineEntity& e) { PlaceSegment(e, m.sx, m.sy, m.rotation, m.dx, m.dy); },
+                 [&](PolySegment& e) {
+                   PlaceSegment(e, m.sx, m.sy, m.rotation, m.dx, m.dy);
+                   e.Width = CSng(e.Width * std::abs(m.sx));
+                 },
+                 [&](TextEntity& e) {
+                   place(e.X, e.Y);
+                   e.Height = CSng(e.Height * m.sx);
+                   e.Rotation = CSng(double(e.Rotation) + m.rotation);
+                 },
+                 [&](ArcEntity& e) {
+                   place(e.CenterX, e.CenterY);
+                   e.Radius = CSng(e.Radius * std::abs(m.sx));
+                   float start = e.StartAngle, end = e.EndAngle;
+                   if (m.sx < 0) start = CSng(180.0 - e.EndAngle), end = CSng(180.0 - e.StartAngle);
+                   if (m.sy < 0) std::tie(start, end) = std::pair(-end, -start);
+                   e.StartAngle = CSng(double(start) + m.rotation);
+                   e.EndAngle = CSng(double(end) + m.rotation);
+                 },
+                 [&](SolidEntity& e) {
+                   place(e.X1, e.Y1);
+                   place(e.X2, e.Y2);
+                   place(e.X3, e.Y3);
+                   place(e.X4, e.Y4);
+                 },
+             },
+             record);
+}
+
+}  // namespace
+
+void DXFReader::Store(BlockRecord record) {
+  if (InBlock) {
+    const BlockEntry& base = drawing_.Blocks[currentBlock_ - 1];
+    PlaceRecord(record, {1, 1, 0, -double(base.BaseX), -double(base.BaseY)});
+  }
+  Emit(std::move(record));
+}
+
+void DXFReader::Emit(BlockRecord record) {
+  if (InBlock) {
+    drawing_.AddBlockRecord(outputBlock_, std::move(record));
+    return;
+  }
+  std::visit(Overloaded{
+                 [&](LineEntity& e) { drawing_.AddLine(e); },
+                 [&](PolySegment& e) { drawing_.AddPolySegment(e); },
+                 [&](TextEntity& e) { drawing_.AddText(e); },
+                 [&](ArcEntity& e) { drawing_.AddArc(e); },
+                 [&](SolidEntity& e) { drawing_.AddSolid(e); },
+             },
+             record);
+}
+
+void DXFReader::ExtendBy(const BlockRecord& record) {
+  Drawing& d = drawing_;
+  std::visit(Overloaded{
+                 [&](const LineEntity& e) { d.CheckExtents(e.X1, e.Y1, e.X2, e.Y2); },
+                 [&](const PolySegment& e) { d.CheckExtents(e.X1, e.Y1, e.X2, e.Y2); },
+                 [&](const TextEntity& e) { d.CheckExtents(e.X, e.Y, e.X, e.Y); },
+                 [&](const ArcEntity& e) {
+                   double r = e.Radius;
+                   d.CheckExtents(e.CenterX - r, e.CenterY - r, e.CenterX + r, e.CenterY + r);
+                 },
+                 [&](const SolidEntity& e) {
+                   d.CheckExtents(e.X1, e.Y1, e.X2, e.Y2);
+                   d.CheckExtents(e.X4, e.Y4, e.X3, e.Y3);
+                 },
+             },
+             record);
+}
+
+bool DXFReader::DXFBlock() {
+  LoadEntity();
+  BlockEntry block;
+  block.Name = std::string(Trim(CutChars(Text(2), 50)));
+  block.BaseX = Sng(10);
+  block.BaseY = Sng(20);
+  ++blockFileCounter_;
+  currentBlock_ = outputBlock_ = drawing_.AddBlock(std::move(block));
+  InBlock = true;
+  return true;
+}
+
+bool DXFReader::EndBlock() {
+  InBlock = false;
+  outputBlock_ = 0;
+  return true;
+}
+
+bool DXFReader::DXFInsertFromFile() { return DXFInsert(0); }
+
+// Index 0 reads an INSERT from the file; index i > 0 resolves pending insert i into the
+// block it was met in.
+bool DXFReader::DXFInsert(int32_t index) {
+  if (index > 0) {
+    const PendingInsert pending = drawing_.PendingInserts[std::size_t(index - 1)];
+    InBlock = true;
+    outputBlock_ = pending.Container;
+    struct EndOfReplay {
+      DXFReader& r;
+      ~EndOfReplay() { r.InBlock = false, r.outputBlock_ = 0; }
+    } endOfReplay{*this};
+    int32_t block = drawing_.FindBlock(pending.BlockName);
+    if (block && pending.Container) {
+      Replay(block, {pending.X, pending.Y, pending.Rotation, pending.ScaleX, pending.ScaleY, pending.Layer});
+    }
+    return true;
+  }
+
+  LoadEntity();
+  std::string name = Text(2);
+  InsertTransform t;
+  t.Layer = currentInsertLayer_ = drawing_.LayerIndex(GroupValues[8]);
+  t.X = Sng(10);
+  t.Y = Sng(20);
+  t.Rotation = Sng(50);
+  float scaleX = Sng(41), scaleY = Sng(42);
+  t.ScaleX = scaleX == 0 ? 1.0f : scaleX;
+  t.ScaleY = scaleY == 0 ? 1.0f : scaleY;
+
+  if (int32_t block = drawing_.FindBlock(name)) {
+    if (InBlock) {
+      t.X = CSng(RelX(t.X));
+      t.Y = CSng(RelY(t.Y));
+    }
+    Replay(block, t);
+    return true;
+  }
+  PendingInsert pending;
+  pending.Container = currentBlock_;
+  pending.BlockName = std::string(CutChars(name, 50));
+  pending.Layer = t.Layer;
+  pending.X = float(t.X), pending.Y = float(t.Y);
+  pending.Rotation = t.Rotation;
+  pending.ScaleX = float(t.ScaleX), pending.ScaleY = float(t.ScaleY);
+  drawing_.PendingInserts.push_back(std::move(pending));
+  return true;
+}
+
+// At the ENTITIES line every pending insert not yet resolved is replayed, in order.
+bool DXFReader::ResolvePendingInserts() {
+  bool goOn = true;
+  for (; pendingResolved_ < drawing_.PendingInsertCount(); ++pendingResolved_) {
+    try {
+      goOn = DXFInsert(pendingResolved_ + 1);
+    } catch (const RunTimeError& e) {
+      goOn = ReportFailure("DXFInsert", e.number(), e.text());
+    } catch (const std::bad_alloc&) {
+      goOn = ReportFailure("DXFInsert", kErrOutOfMemory, RunTimeText(kErrOutOfMemory));
+    }
+  }
+  return goOn;
+}
+
+// A dimension is drawn from its anonymous block, lines and texts only, where the block
+// was defined: the records are relative to its base point, which is added back.
+bool DXFReader::DXFDimension() {
+  LoadEntity();
+  std::string name = Text(2);
+  ColorMap(Int16(62));
+  InsertTransform t;
+  t.Layer = drawing_.LayerIndex(GroupValues[8]);
+  Num(12), Num(22), Long(70);
+  int32_t block = drawing_.FindBlock(name);
+  if (!block) {
+    LogCritical(std::string(Trim(name)) +
+                " has been referenced in the DXF file but a definition of this block was not found in the header.");
+    return true;
+  }
+  t.X = drawing_.Blocks[block - 1].BaseX;
+  t.Y = drawing_.Blocks[block - 1].BaseY;
+  if (InBlock) {
+    t.X = RelX(t.X);
+    t.Y = RelY(t.Y);
+  }
+  Replay(block, t, ReplayKinds::LinesAndTexts);
+  return true;
+}
+
+void DXFReader::Replay(int32_t block, const InsertTransform& t, ReplayKinds kinds) {
+  const std::size_t count = drawing_.Blocks[block - 1].Records.size();
+  for (std::size_t k = 0; k < count; ++k) {
+    // A copy: the block may be the one being written (a block that inserts itself).
+    BlockRecord record = drawing_.Blocks[block - 1].Records[k];
+    if (kinds == ReplayKinds::LinesAndTexts && record.index() != 0 && record.index() != 2) continue;
+    PlaceRecord(record, {t.ScaleX, t.ScaleY, t.Rotation, t.X, t.Y});
+    int32_t& layer = LayerOf(record);
+    if (layer == 1) layer = t.Layer;
+    if (!InBlock && !NoExtentsUpdate) ExtendBy(record);
+    Emit(std::move(record));
+  }
+}
+
+}  // namespace dxfimport

@@ -1,0 +1,92 @@
+#include "dxf/line_source.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "support/runtime_error.h"
+
+namespace dxfimport {
+
+LineSource::~LineSource() { Close(); }
+
+void LineSource::Close() {
+  if (map_) munmap(map_, mapLength_);
+  map_ = nullptr;
+  mapLength_ = 0;
+  released_ = 0;
+  owned_.clear();
+  data_ = {};
+  pos_ = 0;
+}
+
+void LineSource::Attach(std::string_view bytes) {
+  Close();
+  data_ = bytes;
+}
+
+void LineSource::Open(const std::string& path) {
+  Close();
+  int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) throw RunTimeError(errno == ENOENT || errno == ENOTDIR ? kErrFileNotFound : kErrPathFileAccess);
+  struct stat st {};
+  if (fstat(fd, &st) != 0 || S_ISDIR(st.st_mode)) {
+    ::close(fd);
+    throw RunTimeError(kErrPathFileAccess);
+  }
+  if (S_ISREG(st.st_mode) && st.st_size > 0) {
+    void* map = mmap(nullptr, std::size_t(st.st_size), PROT_READ, MAP_PRIVATE, fd, 0);
+    if (map != MAP_FAILED) {
+      madvise(map, std::size_t(st.st_size), MADV_SEQUENTIAL);
+      map_ = map;
+      mapLength_ = std::size_t(st.st_size);
+      data_ = std::string_view(static_cast<const char*>(map), mapLength_);
+      ::close(fd);
+      return;
+    }
+  }
+  char buffer[1 << 16];
+  for (;;) {
+    ssize_t n = ::read(fd, buffer, sizeof buffer);
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) {
+      ::close(fd);
+      throw RunTimeError(kErrPathFileAccess);
+    }
+    if (n == 0) break;
+    owned_.append(buffer, std::size_t(n));
+  }
+  ::close(fd);
+  data_ = owned_;
+}
+
+std::string_view LineSource::ReadLine() {
+  if (AtEnd()) throw RunTimeError(kErrInputPastEnd);
+  const char* begin = data_.data() + pos_;
+  std::size_t left = data_.size() - pos_;
+  const void* nl = std::memchr(begin, '\n', left);
+  std::size_t length = nl ? std::size_t(static_cast<const char*>(nl) - begin) : left;
+  pos_ += nl ? length + 1 : length;
+  if (length > 0 && begin[length - 1] == '\r') --length;
+  return {begin, length};
+}
+
+void LineSource::ReleaseBefore(std::size_t offset) {
+  if (!map_) return;
+  static const std::size_t page = std::size_t(sysconf(_SC_PAGESIZE));
+  std::size_t end = std::min(offset, mapLength_) / page * page;
+  if (end <= released_) return;
+  madvise(static_cast<char*>(map_) + released_, end - released_, MADV_DONTNEED);
+  released_ = end;
+}
+
+std::size_t LineSource::LineNumberAt(std::size_t offset) const {
+  std::string_view before = data_.substr(0, std::min(offset, data_.size()));
+  return std::size_t(std::count(before.begin(), before.end(), '\n')) + 1;
+}
+
+}  // namespace dxfimport

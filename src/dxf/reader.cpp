@@ -1,0 +1,212 @@
+#include "dxf/reader.h"
+#include "dxf/style_maps.h"
+
+#include <algorithm>
+#include <new>
+
+#include "support/messages.h"
+#include "support/numbers.h"
+#include "support/runtime_error.h"
+#include "support/text_decode.h"
+#include "support/texts.h"
+
+namespace dxfimport {
+
+const char* const kReaderModule = "Dxfin275";
+
+struct DXFReader::Keyword {
+  std::string_view line;
+  const char* procedure;
+  ReaderFn reader;
+  bool resultEndsLoad;  // false: the reader's result is ignored
+};
+
+namespace {
+
+constexpr std::size_t kReleaseStep = 8u << 20;  // hand back mapped pages every 8 MiB
+
+}  // namespace
+
+// Every line of the file is compared with these, exactly and case-sensitively, so a value
+// that reads like a keyword starts that reader too: the reader has always worked so.
+const DXFReader::Keyword* DXFReader::FindKeyword(std::string_view line) {
+  static const Keyword kKeywords[] = {
+      {"$EXTMIN", "DXFMinExtents", &DXFReader::DXFMinExtents, false},
+      {"$EXTMAX", "DXFMaxExtents", &DXFReader::DXFMaxExtents, false},
+      {"LAYER", "DXFLayers", &DXFReader::FirstLayer, true},
+      {"BLOCK", "DXFBlock", &DXFReader::DXFBlock, true},
+      {"ENDBLK", "LoadDXF", &DXFReader::EndBlock, false},
+      {"LINE", "DXFLine", &DXFReader::DXFLine, true},
+      {"CIRCLE", "DXFCircle", &DXFReader::DXFCircle, true},
+      {"ARC", "DXFCircle", &DXFReader::DXFCircle, true},
+      {"POLYLINE", "DXFPoly", &DXFReader::DXFPoly, true},
+      {"TEXT", "DXFText", &DXFReader::DXFText, true},
+      {"SOLID", "DXFSolid", &DXFReader::DXFSolid, true},
+      {"3DFACE", "DXF3DFace", &DXFReader::DXF3DFace, true},
+      {"INSERT", "DXFInsert", &DXFReader::DXFInsertFromFile, true},
+      {"DIMENSION", "DXFDimension", &DXFReader::DXFDimension, true},
+      {"POINT", "DXFPoint", &DXFReader::DXFPoint, false},
+      {"ATTRIB", "DXFAttrib", &DXFReader::DXFAttrib, true},
+      {"ENTITIES", "DXFInsert", &DXFReader::ResolvePendingInserts, true},
+  };
+  if (line.size() < 3 || line.size() > 9) return nullptr;
+  for (const Keyword& k : kKeywords)
+    if (k.line.size() == line.size() && k.line == line) return &k;
+  return nullptr;
+}
+
+bool DXFReader::LocateSection(std::string_view bytes) {
+  while (!bytes.empty())
+    if (Trim(NextLine(bytes)) == "SECTION") return true;
+  return false;
+}
+
+bool DXFReader::LoadDXF(const std::string& fileName, LoadProgress* progress) {
+  outcome_ = {};
+  try {
+    source_.Open(fileName);
+  } catch (const RunTimeError& e) {
+    ReportError("LoadDXF", kReaderModule, e.text(), e.number());
+    StopAt("LoadDXF");
+    return false;
+  }
+  bool loaded = ReadAll(progress);
+  source_.Close();
+  return loaded;
+}
+
+bool DXFReader::LoadDXFBytes(std::string_view bytes, LoadProgress* progress) {
+  outcome_ = {};
+  source_.Attach(bytes);
+  bool loaded = ReadAll(progress);
+  source_.Close();
+  return loaded;
+}
+
+bool DXFReader::ReadAll(LoadProgress* progress) {
+  constexpr std::string_view kBinarySentinel = "AutoCAD Binary DXF";
+  if (source_.bytes().starts_with(kBinarySentinel) || !LocateSection(source_.bytes())) {
+    ShowMessage(MessageIcon::Information, LoadResText(1050));
+    return false;
+  }
+  outcome_.Recognised = true;
+  drawing_.ExtMinX = drawing_.ExtMinY = 1e30f;
+  drawing_.ExtMaxX = drawing_.ExtMaxY = -1e30f;
+  firstLayer_ = true;
+  if (progress) progress->Show();
+
+  const double length = double(source_.Length());
+  float nextStep = 5;
+  std::size_t nextRelease = kReleaseStep;
+  bool goOn = true;
+  while (!source_.AtEnd() && goOn) {
+    std::size_t lineStart = source_.Position();
+    CurrentLine = source_.ReadLine();
+    float percent = std::min(100.0f, float(double(source_.Position()) / length * 100.0));
+    if (percent > nextStep) {
+      if (progress) progress->SetValue(int(percent));
+      nextStep += 5;
+    }
+    if (lineStart >= nextRelease) {
+      source_.ReleaseBefore(lineStart);
+      nextRelease = lineStart + kReleaseStep;
+    }
+    if (const Keyword* k = FindKeyword(CurrentLine)) {
+      bool result = Run(k->procedure, k->reader);
+      if (k->resultEndsLoad && !result) {
+        goOn = false;
+        StopAt(k->procedure);
+      }
+    }
+  }
+  outcome_.Complete = goOn;
+  InBlock = false;
+  if (progress) progress->Hide();
+  return true;
+}
+
+void DXFReader::StopAt(const char* procedure) {
+  outcome_.StoppedIn = procedure;
+  outcome_.StopLine = source_.LineNumberAt(source_.Position() ? source_.Position() - 1 : 0);
+}
+
+// The error path every reader shares: the run time's error goes to the error routine
+// under the reader's name and the reader gives false, which ends the load.
+bool DXFReader::Run(const char* procedure, ReaderFn body) {
+  try {
+    return (this->*body)();
+  } catch (const RunTimeError& e) {
+    return ReportFailure(procedure, e.number(), e.text());
+  } catch (const std::bad_alloc&) {
+    return ReportFailure(procedure, kErrOutOfMemory, RunTimeText(kErrOutOfMemory));
+  }
+}
+
+bool DXFReader::ReportFailure(const char* procedure, int number, const std::string& text) {
+  ReportError(procedure, kReaderModule, text, number);
+  return false;
+}
+
+bool DXFReader::LoadEntity() {
+  for (std::size_t i = 0; i < setCount_; ++i) GroupValues[setCodes_[i]] = {};
+  setCount_ = 0;
+  for (;;) {
+    std::string_view codeLine = source_.ReadLine();
+    // The code is a delimited read: it ends at a comma, and what follows the comma on
+    // that line is then the value.
+    std::size_t comma = codeLine.find(',');
+    std::string_view codeText = codeLine.substr(0, comma);
+    if (!HasLeadingNumber(codeText) && !Trim(codeText).empty()) throw RunTimeError(kErrTypeMismatch);
+    int16_t code = CInt(Val(codeText));
+    if (code == 0 || code == 9) return true;
+    if (code < 0 || code > 80) throw RunTimeError(kErrSubscript);
+    std::string_view value = comma == std::string_view::npos ? source_.ReadLine() : codeLine.substr(comma + 1);
+    if (GroupValues[code].data() == nullptr) setCodes_[setCount_++] = uint8_t(code);
+    GroupValues[code] = value.data() ? value : std::string_view("", 0);
+  }
+}
+
+double DXFReader::Num(int code) const { return Val(GroupValues[code]); }
+float DXFReader::Sng(int code) const { return CSng(Num(code)); }
+int16_t DXFReader::Int16(int code) const { return CInt(Num(code)); }
+int32_t DXFReader::Long(int code) const { return CLng(Num(code)); }
+std::string DXFReader::Text(int code) const { return DecodeText(GroupValues[code]); }
+
+bool DXFReader::DXFMinExtents() {
+  LoadEntity();
+  drawing_.ExtMinX = Sng(10);
+  drawing_.ExtMinY = Sng(20);
+  NoExtentsUpdate = true;
+  return true;
+}
+
+bool DXFReader::DXFMaxExtents() {
+  LoadEntity();
+  drawing_.ExtMaxX = Sng(10);
+  drawing_.ExtMaxY = Sng(20);
+  NoExtentsUpdate = true;
+  return true;
+}
+
+// The first LAYER line is the layer table's own name; every later one is an entry.
+bool DXFReader::FirstLayer() {
+  if (firstLayer_) {
+    firstLayer_ = false;
+    return true;
+  }
+  return DXFLayers();
+}
+
+bool DXFReader::DXFLayers() {
+  LoadEntity();
+  LayerEntry entry;
+  entry.Name = std::string(TrimRight(CutChars(Text(2), 20)));
+  entry.Color = ColorMap(Int16(62));
+  // A negative colour marks a layer that is off, but ColorMap never gives a negative
+  // value, so such a layer loads as on; kept as the layer table always behaved.
+  entry.IsOn = entry.Color >= 0 ? (BitFlag(Long(70), 0) ? 0 : -1) : 0;
+  drawing_.AddLayer(std::move(entry));
+  return true;
+}
+
+}  // namespace dxfimport

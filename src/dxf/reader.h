@@ -1,0 +1,145 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "dxf/drawing.h"
+#include "dxf/line_source.h"
+
+namespace dxfimport {
+
+// What the reader shows while it loads. The viewer turns it into its progress bar and
+// lets pending window messages run in SetValue.
+class LoadProgress {
+ public:
+  virtual ~LoadProgress() = default;
+  virtual void Show() {}
+  virtual void Hide() {}
+  virtual void SetValue(int percent) = 0;
+};
+
+// How the last load ended, for the command line and the logs.
+struct LoadOutcome {
+  bool Recognised = false;   // the file was taken as DXF
+  bool Complete = false;     // every line was read; false when a reader stopped the load
+  std::string StoppedIn;     // the reader that stopped it
+  std::size_t StopLine = 0;  // line of the file where reading stopped
+};
+
+// Reads an ASCII DXF file into a Drawing in one pass. The driver compares every line
+// with the entity keywords and hands the entity to its reader; readers pull their
+// group-code/value pairs through LoadEntity. Block definitions are kept in the drawing
+// and every INSERT adds transformed copies of their entities to the tables.
+class DXFReader {
+ public:
+  explicit DXFReader(Drawing& drawing) : drawing_(drawing) {}
+
+  // Loads a file into the drawing (which the caller has reset with InitDrawing). False
+  // when the file is not DXF (message 1050) or cannot be opened (reported); true when the
+  // reading ran to its end or a reader stopped it (reported by that reader). What was
+  // read before a stop is kept.
+  bool LoadDXF(const std::string& fileName, LoadProgress* progress = nullptr);
+  // The same over bytes in memory; `fileName` only names them.
+  bool LoadDXFBytes(std::string_view bytes, LoadProgress* progress = nullptr);
+
+  const LoadOutcome& outcome() const { return outcome_; }
+
+  // True when a line whose blank-trimmed text is exactly "SECTION" exists.
+  static bool LocateSection(std::string_view bytes);
+
+  // Reads the current entity's pairs into GroupValues until group code 0 or 9, whose
+  // following line is left for the driver. Raises Subscript out of range for a code
+  // outside 0..80, Type mismatch for a code line that is no number, Input past end of
+  // file at the end.
+  bool LoadEntity();
+
+  // Group values of the entity being read, by group code (empty when absent).
+  std::array<std::string_view, 81> GroupValues{};
+  std::string_view CurrentLine;
+  bool InBlock = false;
+  bool NoExtentsUpdate = false;
+
+ private:
+  using ReaderFn = bool (DXFReader::*)();
+  struct Keyword;
+  static const Keyword* FindKeyword(std::string_view line);
+
+  bool Run(const char* procedure, ReaderFn body);
+  bool ReadAll(LoadProgress* progress);
+  void StopAt(const char* procedure);
+
+  // Value accessors: the leading number of a group's text, converted with the run
+  // time's rules (Overflow when it does not fit).
+  double Num(int code) const;
+  float Sng(int code) const;
+  int16_t Int16(int code) const;
+  int32_t Long(int code) const;
+  std::string Text(int code) const;  // decoded to UTF-8
+
+  // Header and tables.
+  bool DXFMinExtents();
+  bool DXFMaxExtents();
+  bool DXFLayers();
+  bool FirstLayer();
+
+  // Entities.
+  bool DXFLine();
+  bool DXFCircle();
+  bool DXFSolid();
+  bool DXF3DFace();
+  bool DXFText();
+  bool DXFAttrib();
+  bool DXFPoint();
+  bool DXFPoly();
+  TextEntity ReadTextFields();
+  void AddPolySegment(PolySegment seg);
+
+  // Blocks, inserts and dimensions.
+  bool DXFBlock();
+  bool EndBlock();
+  bool DXFInsertFromFile();
+  bool ResolvePendingInserts();
+  bool DXFInsert(int32_t index);
+  bool DXFDimension();
+
+  struct InsertTransform {
+    double X = 0, Y = 0;
+    float Rotation = 0;
+    double ScaleX = 1, ScaleY = 1;
+    int32_t Layer = 0;
+  };
+  enum class ReplayKinds { All, LinesAndTexts };
+  void Replay(int32_t block, const InsertTransform& t, ReplayKinds kinds = ReplayKinds::All);
+  // Sends a record read from the file to the tables, or (inside a definition) to the
+  // block, relative to its base point.
+  void Store(BlockRecord record);
+  // Sends a finished record to the open block while InBlock, else to the tables.
+  void Emit(BlockRecord record);
+  void ExtendBy(const BlockRecord& record);
+  bool ReportFailure(const char* procedure, int number, const std::string& text);
+
+  // Subtracts the current block's base point; used for entities inside a definition.
+  double RelX(double x) const;
+  double RelY(double y) const;
+
+  Drawing& drawing_;
+  LineSource source_;
+  LoadOutcome outcome_;
+  std::array<uint8_t, 81> setCodes_{};
+  std::size_t setCount_ = 0;
+  bool firstLayer_ = true;
+  int32_t currentBlock_ = 0;        // the last BLOCK read
+  int32_t outputBlock_ = 0;         // where entities go while InBlock
+  int32_t currentInsertLayer_ = 0;  // layer of the last INSERT, for its attributes
+  int32_t pendingResolved_ = 0;
+  int32_t blockFileCounter_ = 0;
+};
+
+// Turns an angle into the range below 360 by repeated subtraction in single precision;
+// negative angles are left as they are. An angle beyond 368,640 degrees is first reduced
+// in one step, so that a corrupt value cannot stall the load.
+float UnWindAngle(float& angle);
+
+}  // namespace dxfimport

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "dxf/drawing.h"
+#include "support/numbers.h"
+
+namespace dxfimport {
+
+// The load summary, one entry per line: the heading, a blank line, the counts, a blank
+// line and the extents. "Polylines" counts polyline segments and "Entities" draw-sequence
+// entries (a 3DFACE counts four), as the summary always has.
+std::vector<std::string> StatsLines(const Drawing& drawing, const std::string& heading,
+                                    const NumberSeparators& sep = LocaleSeparators());
+
+// Shows the summary in an information message box.
+void DisplayStats(const Drawing& drawing, const std::string& heading);
+
+// The same figures as one JSON object.
+std::string StatsJson(const Drawing& drawing, const std::string& heading);
+
+}  // namespace dxfimport

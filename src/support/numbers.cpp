@@ -1,0 +1,188 @@
+#include "support/numbers.h"
+
+#include <QLocale>
+
+#include <algorithm>
+#include <cfloat>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+#include "support/runtime_error.h"
+
+namespace dxfimport {
+namespace {
+
+bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+struct NumberSpan {
+  std::size_t begin = 0;  // first character of the number (sign included)
+  std::size_t end = 0;    // one past its last character
+  bool valid = false;
+};
+
+// Finds the longest decimal prefix after leading blanks.
+NumberSpan ScanNumber(std::string_view s) {
+  NumberSpan span;
+  std::size_t i = 0;
+  while (i < s.size() && IsBlank(s[i])) ++i;
+  span.begin = i;
+  if (i < s.size() && (s[i] == '+' || s[i] == '-')) ++i;
+  std::size_t digits = 0;
+  while (i < s.size() && IsDigit(s[i])) ++i, ++digits;
+  if (i < s.size() && s[i] == '.') {
+    ++i;
+    while (i < s.size() && IsDigit(s[i])) ++i, ++digits;
+  }
+  if (digits == 0) return span;
+  if (i < s.size() && (s[i] == 'e' || s[i] == 'E')) {
+    std::size_t j = i + 1;
+    if (j < s.size() && (s[j] == '+' || s[j] == '-')) ++j;
+    if (j < s.size() && IsDigit(s[j])) {
+      while (j < s.size() && IsDigit(s[j])) ++j;
+      i = j;
+    }
+  }
+  span.end = i;
+  span.valid = true;
+  return span;
+}
+
+// Decimal exponent of the leading significant digit, to tell overflow from underflow.
+long MagnitudeOf(std::string_view number) {
+  long intDigits = 0;
+  long leadingFracZeros = 0;
+  bool seenNonZero = false;
+  bool inFraction = false;
+  std::size_t i = 0;
+  for (; i < number.size(); ++i) {
+    char c = number[i];
+    if (c == '.') { inFraction = true; continue; }
+    if (!IsDigit(c)) break;
+    if (!inFraction) {
+      if (seenNonZero || c != '0') { seenNonZero = true; ++intDigits; }
+    } else if (!seenNonZero) {
+      if (c == '0') ++leadingFracZeros; else seenNonZero = true;
+    }
+  }
+  long exponent = 0;
+  if (i < number.size() && (number[i] == 'e' || number[i] == 'E')) {
+    std::string_view rest = number.substr(i + 1);
+    bool negative = !rest.empty() && rest[0] == '-';
+    if (!rest.empty() && (rest[0] == '+' || rest[0] == '-')) rest.remove_prefix(1);
+    for (char c : rest) {
+      if (!IsDigit(c)) break;
+      exponent = std::min<long>(exponent * 10 + (c - '0'), 100000);
+    }
+    if (negative) exponent = -exponent;
+  }
+  return (intDigits > 0 ? intDigits : -leadingFracZeros) + exponent;
+}
+
+}  // namespace
+
+bool HasLeadingNumber(std::string_view text) { return ScanNumber(text).valid; }
+
+double Val(std::string_view text) {
+  NumberSpan span = ScanNumber(text);
+  if (!span.valid) return 0.0;
+  std::string_view number = text.substr(span.begin, span.end - span.begin);
+  bool negative = number[0] == '-';
+  if (number[0] == '+' || number[0] == '-') number.remove_prefix(1);
+  double value = 0.0;
+  auto [ptr, ec] = std::from_chars(number.data(), number.data() + number.size(), value);
+  (void)ptr;
+  if (ec == std::errc::result_out_of_range) {
+    if (MagnitudeOf(number) > 0) throw RunTimeError(kErrOverflow);
+    value = 0.0;
+  }
+  return negative ? -value : value;
+}
+
+int16_t CInt(double value) {
+  double r = std::nearbyint(value);
+  if (!(r >= -32768.0 && r <= 32767.0)) throw RunTimeError(kErrOverflow);
+  return static_cast<int16_t>(r);
+}
+
+int32_t CLng(double value) {
+  double r = std::nearbyint(value);
+  if (!(r >= -2147483648.0 && r <= 2147483647.0)) throw RunTimeError(kErrOverflow);
+  return static_cast<int32_t>(r);
+}
+
+float CSng(double value) {
+  if (std::isnan(value) || std::abs(value) > static_cast<double>(FLT_MAX))
+    throw RunTimeError(kErrOverflow);
+  return static_cast<float>(value);
+}
+
+NumberSeparators LocaleSeparators() {
+  QLocale locale = QLocale::system();
+  NumberSeparators sep;
+  QString group = locale.groupSeparator();
+  QString point = locale.decimalPoint();
+  if (!group.isEmpty()) sep.group = group.toStdString();
+  if (!point.isEmpty()) sep.point = point.toStdString();
+  return sep;
+}
+
+namespace {
+
+std::string GroupDigits(std::string_view digits, const std::string& group) {
+  std::string out;
+  out.reserve(digits.size() + digits.size() / 3 * group.size());
+  for (std::size_t i = 0; i < digits.size(); ++i) {
+    if (i > 0 && (digits.size() - i) % 3 == 0) out += group;
+    out += digits[i];
+  }
+  return out;
+}
+
+}  // namespace
+
+std::string FormatGrouped(int64_t value, const NumberSeparators& sep) {
+  std::string digits = std::to_string(value);
+  bool negative = value < 0;
+  if (negative) digits.erase(0, 1);
+  return (negative ? "-" : "") + GroupDigits(digits, sep.group);
+}
+
+std::string FormatSingleUpToTwo(float value, const NumberSeparators& sep) {
+  if (!std::isfinite(value)) return std::isnan(value) ? "NaN" : (value < 0 ? "-Inf" : "Inf");
+  // Seven significant digits, as the run time shows a single.
+  char sci[32];
+  auto sciEnd = std::to_chars(sci, sci + sizeof sci, std::abs(double(value)),
+                              std::chars_format::scientific, 6).ptr;
+  std::string_view s(sci, sciEnd - sci);
+  std::string mantissa;  // the seven digits
+  for (char c : s.substr(0, s.find('e')))
+    if (IsDigit(c)) mantissa += c;
+  int exponent = 0;
+  std::from_chars(s.data() + s.find('e') + 1 + (s[s.find('e') + 1] == '+'), s.data() + s.size(),
+                  exponent);
+
+  std::string intPart;
+  std::string fracPart;
+  if (exponent >= 6) {
+    intPart = mantissa + std::string(exponent - 6, '0');
+  } else {
+    double sig = 0;
+    std::from_chars(s.data(), s.data() + s.size(), sig);
+    char fixed[64];
+    auto end = std::to_chars(fixed, fixed + sizeof fixed, sig, std::chars_format::fixed, 2).ptr;
+    std::string_view f(fixed, end - fixed);
+    intPart = std::string(f.substr(0, f.find('.')));
+    fracPart = std::string(f.substr(f.find('.') + 1));
+    while (!fracPart.empty() && fracPart.back() == '0') fracPart.pop_back();
+  }
+  bool zero = std::all_of(intPart.begin(), intPart.end(), [](char c) { return c == '0'; }) &&
+              fracPart.empty();
+  std::string out = (value < 0 && !zero) ? "-" : "";
+  out += GroupDigits(intPart, sep.group);
+  if (!fracPart.empty()) out += sep.point + fracPart;
+  return out;
+}
+
+}  // namespace dxfimport

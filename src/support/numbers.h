@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace dxfimport {
+
+// The numeric value of the leading part of a text, as the reader sees every DXF value:
+// leading blanks skipped, then the longest decimal prefix (sign, digits, point, exponent).
+// Text that holds no number gives 0; the locale is never consulted. A value beyond the
+// range of a double raises the Overflow error; one too small for it gives 0.
+double Val(std::string_view text);
+
+// True when the text starts (after blanks) with something Val reads as a number.
+bool HasLeadingNumber(std::string_view text);
+
+// Conversions with the run time's rules: round half to even, Overflow when out of range.
+int16_t CInt(double value);
+int32_t CLng(double value);
+float CSng(double value);
+
+// Thousands and decimal separators of the user's locale.
+struct NumberSeparators {
+  std::string group = ",";
+  std::string point = ".";
+};
+NumberSeparators LocaleSeparators();
+
+// "#,##0": a whole number with grouped thousands.
+std::string FormatGrouped(int64_t value, const NumberSeparators& sep);
+
+// "#,##0.##" applied to a single-precision value: seven significant digits, at most two
+// decimals, no trailing zeros and no lone decimal point.
+std::string FormatSingleUpToTwo(float value, const NumberSeparators& sep);
+
+}  // namespace dxfimport

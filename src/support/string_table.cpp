@@ -1,0 +1,108 @@
+// The program's string table: every caption, tooltip and message by number, in US English
+// and Japanese.
+#include <algorithm>
+#include <array>
+
+#include "support/texts.h"
+
+namespace dxfimport {
+namespace {
+
+struct Entry {
+  int id;
+  std::string_view english;
+  std::string_view japanese;
+};
+
+constexpr std::array kTable = std::to_array<Entry>({
+    {9, "MS Sans Serif", "MS UI Gothic"},
+    {10, "8", "9"},
+    {11, "8", "9"},
+    {500, "OK", "OK"},
+    {501, "Cancel", "キャンセル"},
+    {502, "Apply", "適用"},
+    {503, "Help", "ヘルプ"},
+    {504, "Accept", "承認"},
+    {1000, "Corvath DXF Import", "Corvath DXF インポート"},
+    {1001, "About %A", "%A のバージョン情報"},
+    {1002, "Version %V", "バージョン %V"},
+    {1003, "DXF drawing importer and viewer for Corvath Design.",
+     "Corvath Design 用の DXF 図面インポーター兼ビューアです。"},
+    {1004, "Drawing Size", "図面サイズ"},
+    {1005, "Landscape (Horizontal Orientation)", "横長 (水平方向)"},
+    {1006, "Portrait (Vertical Orientation)", "縦長 (垂直方向)"},
+    {1007, "Choose the size of the picture in pixels.", "画像のサイズをピクセル単位で選んでください。"},
+    {1008, "Edit Layers", "画層の編集"},
+    {1009, "On/Off", "表示/非表示"},
+    {1010, "On", "表示"},
+    {1011, "Off", "非表示"},
+    {1012, "When Drawing", "描画時の色"},
+    {1013, "User &Layer Colors", "画層の色を使用(&L)"},
+    {1014, "Use &Entity Colors", "図形の色を使用(&E)"},
+    {1015, "Set Layer Color...", "画層の色を設定..."},
+    {1016, "Open new DXF file", "新しい DXF ファイルを開く"},
+    {1017, "Resize drawing area", "描画領域のサイズを変更"},
+    {1018, "Reset zoom extents", "全体表示に戻す"},
+    {1019, "Zoom in", "拡大"},
+    {1020, "Zoom out", "縮小"},
+    {1021, "Open DXF File", "DXF ファイルを開く"},
+    {1022, "DXF File", "DXF ファイル"},
+    {1023, "Error: Internal data structures could not be initialized. DXF import unsuccessful.",
+     "エラー: 内部データ構造を初期化できませんでした。DXF のインポートに失敗しました。"},
+    {1024, "An error occurred opening the DXF file. DXF file not opened.",
+     "DXF ファイルを開くときにエラーが発生しました。DXF ファイルは開かれていません。"},
+    {1025, "Bitmaps (*.bmp)|*.bmp|All files (*.*)|*.*",
+     "ビットマップ (*.bmp)|*.bmp|すべてのファイル (*.*)|*.*"},
+    {1026, "&File", "ファイル(&F)"},
+    {1027, "&Open...", "開く(&O)..."},
+    {1028, "&Save As Bitmap...", "ビットマップとして保存(&S)..."},
+    {1029, "E&xit and Return to Caller", "終了して呼び出し元に戻る(&X)"},
+    {1030, "E&xit", "終了(&X)"},
+    {1031, "&Edit", "編集(&E)"},
+    {1032, "&Copy", "コピー(&C)"},
+    {1033, "&Options", "オプション(&O)"},
+    {1034, "Edit &Layers...", "画層の編集(&L)..."},
+    {1035, "Background &Color...", "背景色(&C)..."},
+    {1036, "Picture &Size...", "画像サイズ(&S)..."},
+    {1037, "&Zoom", "ズーム(&Z)"},
+    {1038, "&Reset Extents", "全体表示(&R)"},
+    {1039, "Zoom &Larger", "拡大(&L)"},
+    {1040, "Zoom &Smaller", "縮小(&S)"},
+    {1041, "&Help", "ヘルプ(&H)"},
+    {1042, "&Contents", "目次(&C)"},
+    {1043, "&About", "バージョン情報(&A)"},
+    {1044, "Layer Name", "画層名"},
+    {1045, "Color", "色"},
+    {1046, "Cannot edit layers. This drawing contains no layer information.",
+     "画層を編集できません。この図面には画層の情報がありません。"},
+    {1047, "Cannot edit layers. This drawing contains too many layers to be edited by this utility.",
+     "画層を編集できません。この図面の画層は多すぎて、このユーティリティでは編集できません。"},
+    {1048, "&Properties...", "プロパティ(&P)..."},
+    {1049, "Error encountered.\n\nError %1: %2", "エラーが発生しました。\n\nエラー %1: %2"},
+    {1050, "Error: The selected file is not recognized as a valid DXF file.",
+     "エラー: 選択したファイルは有効な DXF ファイルとして認識されません。"},
+    {1051, "Error: There are no entities to draw.", "エラー: 描画する図形がありません。"},
+    {1052, "Error: The drawing extents were not read in correctly. Unable to draw this DXF file.",
+     "エラー: 図面の範囲を正しく読み取れませんでした。この DXF ファイルは描画できません。"},
+    {1053, "Specify Bitmap File Name", "ビットマップ ファイル名の指定"},
+    {1054, "&Cancel Import", "インポートの取り消し(&C)"},
+    {1055, "Color &Depth", "色数(&D)"},
+    {1056, "&256", "&256"},
+    {1057, "&16", "&16"},
+    {1058, "&Mono", "モノクロ(&M)"},
+    {1059, "&Default", "既定(&D)"},
+});
+
+static_assert(std::is_sorted(kTable.begin(), kTable.end(),
+                             [](const Entry& a, const Entry& b) { return a.id < b.id; }));
+
+}  // namespace
+
+std::optional<std::string_view> StringTableEntry(int id, Language language) {
+  auto it = std::lower_bound(kTable.begin(), kTable.end(), id,
+                             [](const Entry& e, int key) { return e.id < key; });
+  if (it == kTable.end() || it->id != id) return std::nullopt;
+  return language == Language::Japanese ? it->japanese : it->english;
+}
+
+}  // namespace dxfimport

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "dxf/drawing.h"
+#include "dxf/reader.h"
+#include "support/log.h"
+#include "support/messages.h"
+
+namespace dxfimport::testing {
+
+// Keeps every log line.
+class RecordingLogSink : public LogSink {
+ public:
+  void Write(int level, std::string_view text) override { lines.emplace_back(level, std::string(text)); }
+  bool Contains(std::string_view fragment) const;
+  std::vector<std::pair<int, std::string>> lines;
+};
+
+// Installs recording message and log sinks for the lifetime of a test.
+class Capture {
+ public:
+  Capture();
+  ~Capture();
+  RecordingMessageSink messages;
+  RecordingLogSink log;
+
+ private:
+  MessageSink* previousMessages_;
+  LogSink* previousLog_;
+};
+
+// Group-code/value pairs written as DXF lines.
+using Pairs = std::vector<std::pair<int, std::string>>;
+std::string DxfText(const Pairs& pairs);
+
+// A complete file: a SECTION line, then the ENTITIES section holding `entities`.
+std::string EntitiesFile(const Pairs& entities);
+
+// The result of loading text through LoadDXFBytes, with what was shown and logged.
+struct Loaded {
+  Capture capture;
+  Drawing drawing;
+  bool result = false;
+  LoadOutcome outcome;
+};
+// `rowLimit` overrides the drawing's bound on stored rows.
+std::unique_ptr<Loaded> Load(const std::string& dxf, std::size_t rowLimit = Drawing::kRowLimit);
+
+// A file in the temporary directory, removed with the object.
+class TempFile {
+ public:
+  explicit TempFile(const std::string& contents, const std::string& suffix = ".dxf");
+  ~TempFile();
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+std::string SamplePath();
+std::string CorpusDir();
+
+}  // namespace dxfimport::testing
