@@ -68,8 +68,17 @@ std::string_view LineSource::ReadLine() {
   if (AtEnd()) throw RunTimeError(kErrInputPastEnd);
   const char* begin = data_.data() + pos_;
   std::size_t left = data_.size() - pos_;
-  const void* nl = std::memchr(begin, '\n', left);
-  std::size_t length = nl ? std::size_t(static_cast<const char*>(nl) - begin) : left;
+  // Most DXF lines are short: look at the first bytes directly before calling memchr.
+  const char* nl = nullptr;
+  std::size_t shortScan = std::min<std::size_t>(left, 24);
+  for (std::size_t i = 0; i < shortScan; ++i) {
+    if (begin[i] == '\n') {
+      nl = begin + i;
+      break;
+    }
+  }
+  if (!nl && left > shortScan) nl = static_cast<const char*>(std::memchr(begin + shortScan, '\n', left - shortScan));
+  std::size_t length = nl ? std::size_t(nl - begin) : left;
   pos_ += nl ? length + 1 : length;
   if (length > 0 && begin[length - 1] == '\r') --length;
   return {begin, length};

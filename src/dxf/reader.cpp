@@ -97,15 +97,21 @@ bool DXFReader::ReadAll(LoadProgress* progress) {
 
   const double length = double(source_.Length());
   float nextStep = 5;
+  // The byte position from which the percentage passes the next step.
+  auto stepPosition = [length](float step) { return std::size_t(double(step) / 100.0 * length) + 1; };
+  std::size_t nextStepAt = stepPosition(nextStep);
   std::size_t nextRelease = kReleaseStep;
   bool goOn = true;
   while (!source_.AtEnd() && goOn) {
     std::size_t lineStart = source_.Position();
     CurrentLine = source_.ReadLine();
-    float percent = std::min(100.0f, float(double(source_.Position()) / length * 100.0));
-    if (percent > nextStep) {
-      if (progress) progress->SetValue(int(percent));
-      nextStep += 5;
+    if (source_.Position() >= nextStepAt) {
+      float percent = std::min(100.0f, float(double(source_.Position()) / length * 100.0));
+      if (percent > nextStep) {
+        if (progress) progress->SetValue(int(percent));
+        nextStep += 5;
+      }
+      nextStepAt = percent > nextStep ? source_.Position() : stepPosition(nextStep);
     }
     if (lineStart >= nextRelease) {
       source_.ReleaseBefore(lineStart);
@@ -147,19 +153,43 @@ bool DXFReader::ReportFailure(const char* procedure, int number, const std::stri
   return false;
 }
 
+namespace {
+
+// Reads a plain group code ("  10") directly; false when the line needs the general read.
+bool PlainGroupCode(std::string_view line, int16_t& code) {
+  std::size_t i = 0;
+  while (i < line.size() && line[i] == ' ') ++i;
+  int value = 0;
+  std::size_t digits = 0;
+  for (; i < line.size() && digits < 4 && line[i] >= '0' && line[i] <= '9'; ++i, ++digits)
+    value = value * 10 + (line[i] - '0');
+  code = int16_t(value);
+  return digits > 0 && i == line.size();
+}
+
+// The run time's numeric read of a code line: leading blanks, a number that ends at the
+// end of the line or at a comma. A code line that holds no number is a type mismatch.
+int16_t GeneralGroupCode(std::string_view codeText) {
+  if (!HasLeadingNumber(codeText) && !Trim(codeText).empty()) throw RunTimeError(kErrTypeMismatch);
+  return CInt(Val(codeText));
+}
+
+}  // namespace
+
 bool DXFReader::LoadEntity() {
   for (std::size_t i = 0; i < setCount_; ++i) GroupValues[setCodes_[i]] = {};
   setCount_ = 0;
   for (;;) {
     std::string_view codeLine = source_.ReadLine();
-    // The code is a delimited read: it ends at a comma, and what follows the comma on
-    // that line is then the value.
-    std::size_t comma = codeLine.find(',');
-    std::string_view codeText = codeLine.substr(0, comma);
-    if (!HasLeadingNumber(codeText) && !Trim(codeText).empty()) throw RunTimeError(kErrTypeMismatch);
-    int16_t code = CInt(Val(codeText));
+    std::size_t comma = std::string_view::npos;
+    int16_t code = 0;
+    if (!PlainGroupCode(codeLine, code)) {
+      comma = codeLine.find(',');
+      code = GeneralGroupCode(codeLine.substr(0, comma));
+    }
     if (code == 0 || code == 9) return true;
     if (code < 0 || code > 80) throw RunTimeError(kErrSubscript);
+    // After a comma the rest of the code line is the value.
     std::string_view value = comma == std::string_view::npos ? source_.ReadLine() : codeLine.substr(comma + 1);
     if (GroupValues[code].data() == nullptr) setCodes_[setCount_++] = uint8_t(code);
     GroupValues[code] = value.data() ? value : std::string_view("", 0);

@@ -85,16 +85,18 @@ long MagnitudeOf(std::string_view number) {
 bool HasLeadingNumber(std::string_view text) { return ScanNumber(text).valid; }
 
 double Val(std::string_view text) {
-  NumberSpan span = ScanNumber(text);
-  if (!span.valid) return 0.0;
-  std::string_view number = text.substr(span.begin, span.end - span.begin);
-  bool negative = number[0] == '-';
-  if (number[0] == '+' || number[0] == '-') number.remove_prefix(1);
+  std::size_t i = 0;
+  while (i < text.size() && IsBlank(text[i])) ++i;
+  bool negative = false;
+  if (i < text.size() && (text[i] == '+' || text[i] == '-')) negative = text[i++] == '-';
+  // from_chars takes the longest decimal prefix itself; only "inf", "nan" and a lone
+  // point must be kept from it.
+  if (i >= text.size() || !(IsDigit(text[i]) || text[i] == '.')) return 0.0;
   double value = 0.0;
-  auto [ptr, ec] = std::from_chars(number.data(), number.data() + number.size(), value);
-  (void)ptr;
+  auto [ptr, ec] = std::from_chars(text.data() + i, text.data() + text.size(), value);
+  if (ec == std::errc::invalid_argument) return 0.0;
   if (ec == std::errc::result_out_of_range) {
-    if (MagnitudeOf(number) > 0) throw RunTimeError(kErrOverflow);
+    if (MagnitudeOf(text.substr(i, std::size_t(ptr - text.data()) - i)) > 0) throw RunTimeError(kErrOverflow);
     value = 0.0;
   }
   return negative ? -value : value;

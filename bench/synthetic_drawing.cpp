@@ -1,0 +1,180 @@
+#include "synthetic_drawing.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+namespace dxfimport::bench {
+namespace {
+
+class Writer {
+ public:
+  explicit Writer(std::size_t reserve) { out_.reserve(reserve + (1 << 16)); }
+  void Pair(int code, const char* value) {
+    char buf[16];
+    std::snprintf(buf, sizeof buf, "%3d\n", code);
+    out_ += buf;
+    out_ += value;
+    out_ += '\n';
+  }
+  void Pair(int code, const std::string& value) { Pair(code, value.c_str()); }
+  void Num(int code, double v) {
+    char buf[40];
+    std::snprintf(buf, sizeof buf, "%.6f", v);
+    Pair(code, buf);
+  }
+  void Int(int code, int v) { Pair(code, std::to_string(v)); }
+  void Point(int base, double x, double y) {
+    Num(base, x);
+    Num(base + 10, y);
+    Num(base + 20, 0.0);
+  }
+  std::size_t size() const { return out_.size(); }
+  std::string take() { return std::move(out_); }
+
+ private:
+  std::string out_;
+};
+
+constexpr int kLayers = 24;
+const char* const kBlocks[] = {"DESK", "OUTLET", "COLUMN"};
+
+std::string LayerName(int i) { return "LAYER-" + std::to_string(i); }
+
+void Tables(Writer& w) {
+  w.Pair(0, "SECTION");
+  w.Pair(2, "TABLES");
+  w.Pair(0, "TABLE");
+  w.Pair(2, "LAYER");
+  w.Int(70, kLayers);
+  for (int i = 0; i < kLayers; ++i) {
+    w.Pair(0, "LAYER");
+    w.Pair(2, LayerName(i));
+    w.Int(70, 0);
+    w.Int(62, 1 + i % 7);
+    w.Pair(6, i % 3 ? "CONTINUOUS" : "DASHED");
+  }
+  w.Pair(0, "ENDTAB");
+  w.Pair(0, "ENDSEC");
+}
+
+void Blocks(Writer& w) {
+  w.Pair(0, "SECTION");
+  w.Pair(2, "BLOCKS");
+  for (const char* name : kBlocks) {
+    w.Pair(0, "BLOCK");
+    w.Pair(8, "0");
+    w.Pair(2, name);
+    w.Int(70, 0);
+    w.Point(10, 0, 0);
+    for (int i = 0; i < 4; ++i) {
+      w.Pair(0, "LINE");
+      w.Pair(8, "0");
+      w.Point(10, i * 0.5, 0);
+      w.Point(11, i * 0.5, 1.0);
+    }
+    w.Pair(0, "CIRCLE");
+    w.Pair(8, "0");
+    w.Point(10, 0.5, 0.5);
+    w.Num(40, 0.25);
+    w.Pair(0, "ENDBLK");
+    w.Pair(8, "0");
+  }
+  w.Pair(0, "ENDSEC");
+}
+
+void Entity(Writer& w, const char* kind, std::mt19937& rng) {
+  w.Pair(0, kind);
+  w.Pair(8, LayerName(int(rng() % kLayers)));
+  if (rng() % 4 == 0) w.Int(62, int(rng() % 256));
+}
+
+void Entities(Writer& w, std::size_t bytes, std::mt19937& rng) {
+  std::uniform_real_distribution<double> coord(0.0, 10000.0);
+  std::uniform_real_distribution<double> small(0.5, 50.0);
+  w.Pair(0, "SECTION");
+  w.Pair(2, "ENTITIES");
+  while (w.size() < bytes) {
+    unsigned pick = rng() % 100;
+    double x = coord(rng), y = coord(rng);
+    if (pick < 50) {
+      Entity(w, "LINE", rng);
+      w.Point(10, x, y);
+      w.Point(11, x + small(rng), y + small(rng));
+    } else if (pick < 65) {
+      Entity(w, "POLYLINE", rng);
+      w.Int(66, 1);
+      w.Int(70, int(rng() % 2));
+      int vertices = 4 + int(rng() % 7);
+      for (int v = 0; v < vertices; ++v) {
+        w.Pair(0, "VERTEX");
+        w.Pair(8, "0");
+        w.Point(10, x + small(rng), y + small(rng));
+        if (rng() % 5 == 0) w.Num(42, 0.414214);
+      }
+      w.Pair(0, "SEQEND");
+      w.Pair(8, "0");
+    } else if (pick < 72) {
+      Entity(w, "ARC", rng);
+      w.Point(10, x, y);
+      w.Num(40, small(rng));
+      w.Num(50, double(rng() % 360));
+      w.Num(51, double(rng() % 360));
+    } else if (pick < 80) {
+      Entity(w, "CIRCLE", rng);
+      w.Point(10, x, y);
+      w.Num(40, small(rng));
+    } else if (pick < 90) {
+      Entity(w, "TEXT", rng);
+      w.Point(10, x, y);
+      w.Num(40, 2.5);
+      w.Pair(1, "Outlet N-" + std::to_string(rng() % 10000));
+      w.Pair(7, "ROMANS");
+    } else if (pick < 95) {
+      Entity(w, "INSERT", rng);
+      w.Pair(2, kBlocks[rng() % 3]);
+      w.Point(10, x, y);
+      w.Num(41, 1.5);
+      w.Num(42, 1.5);
+      w.Num(50, double(rng() % 4) * 90.0);
+    } else {
+      Entity(w, "SOLID", rng);
+      w.Point(10, x, y);
+      w.Point(11, x + 1, y);
+      w.Point(12, x, y + 1);
+      w.Point(13, x + 1, y + 1);
+    }
+  }
+  w.Pair(0, "ENDSEC");
+  w.Pair(0, "EOF");
+}
+
+}  // namespace
+
+std::string SyntheticDrawing(std::size_t bytes) {
+  std::mt19937 rng(20261122);
+  Writer w(bytes);
+  w.Pair(0, "SECTION");
+  w.Pair(2, "HEADER");
+  w.Pair(9, "$ACADVER");
+  w.Pair(1, "AC1009");
+  w.Pair(0, "ENDSEC");
+  Tables(w);
+  Blocks(w);
+  Entities(w, bytes, rng);
+  return w.take();
+}
+
+std::string SyntheticDrawingFile(const std::string& dir, int megabytes) {
+  std::filesystem::create_directories(dir);
+  std::string path = dir + "/synthetic-" + std::to_string(megabytes) + "mb.dxf";
+  if (!std::filesystem::exists(path)) {
+    std::string tmp = path + ".part";
+    std::ofstream(tmp, std::ios::binary) << SyntheticDrawing(std::size_t(megabytes) << 20);
+    std::filesystem::rename(tmp, path);
+  }
+  return path;
+}
+
+}  // namespace dxfimport::bench
