@@ -61,6 +61,16 @@ bool DXFReader::LocateSection(std::string_view bytes) {
   return false;
 }
 
+bool DXFReader::LocateSection(const std::string& fileName) {
+  LineSource source;
+  try {
+    source.Open(fileName);
+  } catch (const RunTimeError&) {
+    return false;
+  }
+  return LocateSection(source.bytes());
+}
+
 bool DXFReader::LoadDXF(const std::string& fileName, LoadProgress* progress) {
   outcome_ = {};
   try {

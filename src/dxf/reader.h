@@ -48,6 +48,8 @@ class DXFReader {
 
   // True when a line whose blank-trimmed text is exactly "SECTION" exists.
   static bool LocateSection(std::string_view bytes);
+  // The same for a file; false when it cannot be read.
+  static bool LocateSection(const std::string& fileName);
 
   // Reads the current entity's pairs into GroupValues until group code 0 or 9, whose
   // following line is left for the driver. Raises Subscript out of range for a code

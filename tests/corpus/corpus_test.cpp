@@ -45,6 +45,8 @@ TEST(Corpus, EveryRealDrawingLoadsWithoutCrashOrHang) {
     ASSERT_TRUE(WIFEXITED(status)) << entry.path() << (WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM
                                                            ? " did not finish in time"
                                                            : " crashed");
+    ASSERT_TRUE(WEXITSTATUS(status) == 0 || WEXITSTATUS(status) == kExitReported)
+        << entry.path() << " ended with status " << WEXITSTATUS(status);
     if (WEXITSTATUS(status) == kExitReported) ++reported;
   }
   EXPECT_GT(files, 0);

@@ -179,6 +179,14 @@ TEST(LoadDXF, FilesThatCannotBeOpenedAreReported) {
   }
 }
 
+TEST(LocateSection, FindsATrimmedSectionLineOnly) {
+  EXPECT_TRUE(DXFReader::LocateSection(std::string_view("0\n   SECTION  \n")));
+  EXPECT_FALSE(DXFReader::LocateSection(std::string_view("0\nSECTIONS\n0\nsection\n")));
+  testing::TempFile file("999\ncomment\n0\nSECTION\n");
+  EXPECT_TRUE(DXFReader::LocateSection(file.path()));
+  EXPECT_FALSE(DXFReader::LocateSection(std::string("/nonexistent.dxf")));
+}
+
 TEST(LoadDXF, ReadsAFileFromDiskWithCrLfEndings) {
   std::string text = LinesFile(3);
   std::string crlf;
