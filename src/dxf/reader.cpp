@@ -212,21 +212,18 @@ int16_t DXFReader::Int16(int code) const { return CInt(Num(code)); }
 int32_t DXFReader::Long(int code) const { return CLng(Num(code)); }
 std::string DXFReader::Text(int code) const { return DecodeText(GroupValues[code]); }
 
-bool DXFReader::DXFMinExtents() {
+// $EXTMIN and $EXTMAX: once a header extent is read the readers stop widening the extents,
+// so the header wins even over entities that lie outside it.
+bool DXFReader::ReadHeaderPoint(float& x, float& y) {
   LoadEntity();
-  drawing_.ExtMinX = Sng(10);
-  drawing_.ExtMinY = Sng(20);
+  x = Sng(10);
+  y = Sng(20);
   NoExtentsUpdate = true;
   return true;
 }
 
-bool DXFReader::DXFMaxExtents() {
-  LoadEntity();
-  drawing_.ExtMaxX = Sng(10);
-  drawing_.ExtMaxY = Sng(20);
-  NoExtentsUpdate = true;
-  return true;
-}
+bool DXFReader::DXFMinExtents() { return ReadHeaderPoint(drawing_.ExtMinX, drawing_.ExtMinY); }
+bool DXFReader::DXFMaxExtents() { return ReadHeaderPoint(drawing_.ExtMaxX, drawing_.ExtMaxY); }
 
 // The first LAYER line is the layer table's own name; every later one is an entry.
 bool DXFReader::FirstLayer() {

@@ -81,6 +81,7 @@ class DXFReader {
   std::string Text(int code) const;  // decoded to UTF-8
 
   // Header and tables.
+  bool ReadHeaderPoint(float& x, float& y);
   bool DXFMinExtents();
   bool DXFMaxExtents();
   bool DXFLayers();
