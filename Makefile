@@ -1,4 +1,4 @@
-# Quick start:  make demo   (render the bundled sample drawing)
+# Quick start:  make demo   (renders the bundled sample drawing to out/sample.bmp)
 #               make test   (build and run every test)
 PRESET ?= release
 BUILD  := build/$(PRESET)
@@ -18,7 +18,9 @@ build: configure
 	@cmake --build $(BUILD) -j $(JOBS)
 
 demo: build
-	@$(BUILD)/src/app/dxfimport stats samples/floorplan.dxf
+	@mkdir -p out
+	@$(BUILD)/src/app/dxfimport render samples/floorplan.dxf -o out/sample.bmp
+	@echo "The sample drawing is rendered to $(CURDIR)/out/sample.bmp"
 
 test: build
 	@ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
@@ -28,6 +30,7 @@ asan-test:
 
 bench: build
 	@$(BUILD)/bench/reader_bench --benchmark_counters_tabular=true
+	@$(BUILD)/bench/render_bench --benchmark_counters_tabular=true
 
 clean:
 	@rm -rf build out

@@ -1,10 +1,16 @@
 # One-line helpers for the project's test and benchmark targets.
 
-# dxfimport_add_test(NAME SOURCES... LIBS libs...)
+# dxfimport_add_test(NAME [GUI] SOURCES... LIBS libs...): GUI tests run inside a
+# QGuiApplication (offscreen), for fonts and images.
 function(dxfimport_add_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
-  add_executable(${name} ${ARG_SOURCES})
-  target_link_libraries(${name} PRIVATE ${ARG_LIBS} dxfimport_testing GTest::gtest_main)
+  cmake_parse_arguments(ARG "GUI" "" "SOURCES;LIBS" ${ARGN})
+  if(ARG_GUI)
+    add_executable(${name} ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/tests/testing/gui_test_main.cpp)
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} dxfimport_testing GTest::gtest Qt6::Gui)
+  else()
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} dxfimport_testing GTest::gtest_main)
+  endif()
   target_compile_definitions(${name} PRIVATE
     DXFIMPORT_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/samples"
     DXFIMPORT_CORPUS_DIR="${PROJECT_SOURCE_DIR}/../shared/corpus")

@@ -1,4 +1,5 @@
 #include "app/commands.h"
+#include "app/load_for_command.h"
 
 #include <cstdio>
 #include <iostream>
@@ -9,10 +10,6 @@
 #include "dxf/stats.h"
 
 namespace dxfimport {
-namespace {
-
-// Loads a file for a command. False when nothing could be read; a load that a reader
-// stopped keeps what was read, says where it stopped and sets `complete` false.
 bool LoadForCommand(const std::string& file, Drawing& drawing, bool& complete) {
   drawing.InitDrawing(true);
   DXFReader reader(drawing);
@@ -25,8 +22,6 @@ bool LoadForCommand(const std::string& file, Drawing& drawing, bool& complete) {
   }
   return loaded;
 }
-
-}  // namespace
 
 int RunStats(const std::string& file, bool json) {
   Drawing drawing;

@@ -1,13 +1,46 @@
 #include <CLI/CLI.hpp>
 
+#include <QGuiApplication>
+
+#include <cstdlib>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "app/commands.h"
+#include "app/render_command.h"
 #include "support/texts.h"
+
+namespace {
+
+// "LEFT,TOP,RIGHT,BOTTOM" in drawing units.
+std::optional<dxfimport::ZoomRect> ParseWindow(const std::string& text) {
+  dxfimport::ZoomRect r;
+  char tail = 0;
+  if (std::sscanf(text.c_str(), "%f,%f,%f,%f%c", &r.left, &r.top, &r.right, &r.bottom, &tail) != 4)
+    return std::nullopt;
+  return r;
+}
+
+// Headless drawing: the offscreen platform unless one is chosen, and a private runtime
+// directory so that Qt has no reason to warn on a machine without a desktop session.
+void PrepareHeadlessQt() {
+  if (!std::getenv("QT_QPA_PLATFORM")) setenv("QT_QPA_PLATFORM", "offscreen", 0);
+  if (!std::getenv("XDG_RUNTIME_DIR")) {
+    std::string dir = "/tmp/dxfimport-runtime-" + std::to_string(getuid());
+    mkdir(dir.c_str(), 0700);
+    struct stat st {};
+    if (stat(dir.c_str(), &st) == 0 && st.st_uid == getuid() && (st.st_mode & 0777) == 0700)
+      setenv("XDG_RUNTIME_DIR", dir.c_str(), 0);
+  }
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
   using namespace dxfimport;
   SetApplicationTitle(LoadResText(1000));
 
-  CLI::App app{"dxfimport: reads DXF drawings, shows their statistics and tables"};
+  CLI::App app{"dxfimport: reads DXF drawings, draws them and reports on them"};
   app.require_subcommand(1);
 
   std::string file;
@@ -19,6 +52,18 @@ int main(int argc, char** argv) {
   CLI::App* dump = app.add_subcommand("dump", "Print the drawing's tables as tab-separated text");
   dump->add_option("file", file, "DXF file")->required();
 
+  RenderOptions render;
+  std::string size = "640x480", window;
+  CLI::App* draw = app.add_subcommand("render", "Draw a drawing to a picture file (.bmp, .png, .svg, .pdf)");
+  draw->add_option("file", render.file, "DXF file")->required();
+  draw->add_option("-o,--output", render.output, "Picture file to write")->required();
+  draw->add_option("--size", size, "Picture size WIDTHxHEIGHT in pixels")->capture_default_str();
+  draw->add_option("--background", render.background, "Background colour (name or #rrggbb)")->capture_default_str();
+  draw->add_option("--depth", render.depth, "Colour depth of a bitmap: 256, 16 or mono");
+  draw->add_option("--layer-off", render.layersOff, "Do not draw this layer (repeatable)");
+  draw->add_flag("--entity-colors", render.entityColors, "Draw entities in their own colours, not their layer's");
+  draw->add_option("--window", window, "Window LEFT,TOP,RIGHT,BOTTOM in drawing units (default: the extents)");
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
@@ -27,5 +72,21 @@ int main(int argc, char** argv) {
   }
   if (stats->parsed()) return RunStats(file, json);
   if (dump->parsed()) return RunDump(file);
+  if (draw->parsed()) {
+    if (std::sscanf(size.c_str(), "%dx%d", &render.width, &render.height) != 2) {
+      std::fprintf(stderr, "dxfimport render: --size takes WIDTHxHEIGHT\n");
+      return 2;
+    }
+    if (!window.empty()) {
+      render.window = ParseWindow(window);
+      if (!render.window) {
+        std::fprintf(stderr, "dxfimport render: --window takes LEFT,TOP,RIGHT,BOTTOM\n");
+        return 2;
+      }
+    }
+    PrepareHeadlessQt();
+    QGuiApplication gui(argc, argv);
+    return RunRender(render);
+  }
   return 2;
 }

@@ -5,6 +5,10 @@
 #include <string>
 #include <sys/wait.h>
 
+#include <QImage>
+
+#include <filesystem>
+
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {
@@ -74,6 +78,70 @@ TEST(CommandLine, ReadFailuresGiveTheSystemsMessageAndStatusOne) {
 
   EXPECT_EQ(Dxfimport("stats").status, 2);
   EXPECT_EQ(Dxfimport("frobnicate x").status, 2);
+}
+
+TEST(CommandLine, RenderWritesTheSamePictureInEveryBitmapFormat) {
+  std::string dir = std::filesystem::temp_directory_path() / "dxfimport-render-test";
+  std::filesystem::create_directories(dir);
+  ProgramRun bmp = Dxfimport("render " + testing::SamplePath() + " -o " + dir + "/s.bmp");
+  ASSERT_EQ(bmp.status, 0) << bmp.err;
+  EXPECT_EQ(bmp.err, "");
+  ProgramRun png = Dxfimport("render " + testing::SamplePath() + " -o " + dir + "/s.png --size 640x480");
+  ASSERT_EQ(png.status, 0);
+  QImage fromBmp(QString::fromStdString(dir + "/s.bmp")), fromPng(QString::fromStdString(dir + "/s.png"));
+  ASSERT_EQ(fromBmp.size(), QSize(640, 480));
+  EXPECT_EQ(fromBmp.convertToFormat(QImage::Format_RGB32), fromPng.convertToFormat(QImage::Format_RGB32));
+  EXPECT_EQ(fromBmp.pixel(0, 0) & 0xFFFFFF, 0xFFFFFFu);
+
+  // The network layer off: its magenta is gone; a black background and mono depth.
+  auto magenta = [](const QImage& image) {
+    int n = 0;
+    for (int y = 0; y < image.height(); ++y)
+      for (int x = 0; x < image.width(); ++x) n += (image.pixel(x, y) & 0xFFFFFF) == 0xFF00FF;
+    return n;
+  };
+  EXPECT_GT(magenta(fromPng), 50);
+  ASSERT_EQ(Dxfimport("render " + testing::SamplePath() + " -o " + dir + "/off.png --layer-off NETWORK").status, 0);
+  EXPECT_EQ(magenta(QImage(QString::fromStdString(dir + "/off.png"))), 0);
+  ASSERT_EQ(Dxfimport("render " + testing::SamplePath() + " -o " + dir + "/m.bmp --depth mono --background black").status, 0);
+  EXPECT_EQ(QImage(QString::fromStdString(dir + "/m.bmp")).depth(), 1);
+
+  ProgramRun svg = Dxfimport("render " + testing::SamplePath() + " -o " + dir + "/s.svg");
+  ASSERT_EQ(svg.status, 0);
+  ProgramRun pdf = Dxfimport("render " + testing::SamplePath() + " -o " + dir + "/s.pdf");
+  ASSERT_EQ(pdf.status, 0);
+  EXPECT_GT(std::filesystem::file_size(dir + "/s.svg"), 1000u);
+  EXPECT_GT(std::filesystem::file_size(dir + "/s.pdf"), 1000u);
+  std::filesystem::remove_all(dir);
+}
+
+TEST(CommandLine, RenderFailuresWriteNoFile) {
+  std::string dir = std::filesystem::temp_directory_path() / "dxfimport-render-fail";
+  std::filesystem::remove_all(dir);
+  std::filesystem::create_directories(dir);
+  testing::TempFile empty(testing::EntitiesFile({}));
+  ProgramRun nothing = Dxfimport("render " + empty.path() + " -o " + dir + "/e.bmp");
+  EXPECT_EQ(nothing.status, 1);
+  EXPECT_EQ(nothing.err.substr(0, 37), "Error: There are no entities to draw.");
+  ProgramRun noDir = Dxfimport("render " + testing::SamplePath() + " -o " + dir + "/missing/x.bmp");
+  EXPECT_EQ(noDir.status, 1);
+  EXPECT_TRUE(std::filesystem::is_empty(dir));
+
+  std::string layers = testing::DxfText({{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "LAYER"}, {0, "LAYER"},
+                                         {2, "0"}, {0, "ENDTAB"}, {0, "ENDSEC"}});
+  testing::TempFile far(layers + testing::EntitiesFile({{0, "LINE"}, {10, "0"}, {20, "0"}, {11, "1"}, {21, "1"},
+                                               {0, "LINE"}, {10, "3e38"}, {20, "0"}, {11, "3e38"}, {21, "1"}}));
+  ProgramRun overflow = Dxfimport("render " + far.path() + " -o " + dir + "/o.png --window 0,1,1,0");
+  EXPECT_EQ(overflow.status, 0);
+  EXPECT_NE(overflow.err.find("Error 6: Overflow"), std::string::npos);
+  EXPECT_TRUE(std::filesystem::exists(dir + "/o.png"));
+
+  EXPECT_EQ(Dxfimport("render " + testing::SamplePath() + " -o x.gif").status, 2);
+  EXPECT_EQ(Dxfimport("render " + testing::SamplePath() + " -o x.bmp --size big").status, 2);
+  EXPECT_EQ(Dxfimport("render " + testing::SamplePath() + " -o x.bmp --depth 8").status, 2);
+  EXPECT_EQ(Dxfimport("render " + testing::SamplePath() + " -o x.bmp --window 1,2").status, 2);
+  EXPECT_EQ(Dxfimport("render " + testing::SamplePath() + " -o x.bmp --background nocolour").status, 2);
+  std::filesystem::remove_all(dir);
 }
 
 }  // namespace

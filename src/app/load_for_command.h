@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "dxf/drawing.h"
+
+namespace dxfimport {
+
+// Loads a file for a command into a reset drawing. False when nothing could be read (the
+// system's message is on standard error). A load that a reader stopped keeps what was
+// read, says on standard error at which line it stopped, and sets `complete` false.
+bool LoadForCommand(const std::string& file, Drawing& drawing, bool& complete);
+
+}  // namespace dxfimport

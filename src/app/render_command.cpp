@@ -1,0 +1,125 @@
+#include "app/render_command.h"
+
+#include <QColor>
+#include <QPageSize>
+#include <QPdfWriter>
+#include <QSaveFile>
+#include <QSvgGenerator>
+
+#include <cstdio>
+
+#include "app/load_for_command.h"
+#include "render/color_depth.h"
+#include "render/picture_file.h"
+#include "render/redraw.h"
+#include "support/text_decode.h"
+
+namespace dxfimport {
+namespace {
+
+enum class OutputKind { Bmp, Png, Svg, Pdf, Unknown };
+
+OutputKind KindOf(const std::string& path) {
+  QString suffix = QString::fromStdString(path).section('.', -1).toLower();
+  if (suffix == "bmp") return OutputKind::Bmp;
+  if (suffix == "png") return OutputKind::Png;
+  if (suffix == "svg") return OutputKind::Svg;
+  if (suffix == "pdf") return OutputKind::Pdf;
+  return OutputKind::Unknown;
+}
+
+std::optional<ColorDepth> DepthOf(const std::string& depth) {
+  if (depth.empty()) return ColorDepth::Full;
+  if (depth == "256") return ColorDepth::Colors256;
+  if (depth == "16") return ColorDepth::Colors16;
+  if (depth == "mono") return ColorDepth::Mono;
+  return std::nullopt;
+}
+
+int Usage(const std::string& text) {
+  std::fprintf(stderr, "dxfimport render: %s\n", text.c_str());
+  return 2;
+}
+
+void SwitchLayersOff(Drawing& drawing, const std::vector<std::string>& names) {
+  for (const std::string& name : names) {
+    bool found = false;
+    for (LayerEntry& layer : drawing.Layers) {
+      if (Trim(layer.Name) == name) layer.IsOn = 0, found = true;
+    }
+    if (!found) std::fprintf(stderr, "dxfimport render: the drawing has no layer named %s\n", name.c_str());
+  }
+}
+
+bool RenderImage(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o, QColor background,
+                 ColorDepth depth, const char* format) {
+  ImageSurface surface(o.width, o.height, background);
+  if (!zoom.Zoom(window, surface)) return false;
+  return SavePictureAtomically(ReduceColors(surface.image(), depth), QString::fromStdString(o.output), format);
+}
+
+bool RenderSvg(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o, QColor background) {
+  ImageSurface surface(o.width, o.height, background);
+  QSaveFile file(QString::fromStdString(o.output));
+  if (!file.open(QIODevice::WriteOnly)) return false;
+  QSvgGenerator svg;
+  svg.setOutputDevice(&file);
+  svg.setSize(QSize(o.width, o.height));
+  svg.setViewBox(QRect(0, 0, o.width, o.height));
+  svg.setTitle(QString::fromStdString(o.file));
+  if (!zoom.Zoom(window, surface, &svg)) return false;
+  return file.commit();
+}
+
+bool RenderPdf(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o, QColor background) {
+  ImageSurface surface(o.width, o.height, background);
+  QSaveFile file(QString::fromStdString(o.output));
+  if (!file.open(QIODevice::WriteOnly)) return false;
+  QPdfWriter pdf(&file);
+  pdf.setResolution(300);
+  pdf.setPageSize(QPageSize(QPageSize::A4));
+  pdf.setPageOrientation(o.width >= o.height ? QPageLayout::Landscape : QPageLayout::Portrait);
+  pdf.setTitle(QString::fromStdString(o.file));
+  zoom.Printer = &pdf;
+  if (!zoom.Zoom(window, surface, nullptr, true)) return false;
+  return file.commit();
+}
+
+}  // namespace
+
+int RunRender(const RenderOptions& o) {
+  OutputKind kind = KindOf(o.output);
+  if (kind == OutputKind::Unknown) return Usage("the output must end in .bmp, .png, .svg or .pdf");
+  std::optional<ColorDepth> depth = DepthOf(o.depth);
+  if (!depth) return Usage("--depth takes 256, 16 or mono");
+  QColor background(QString::fromStdString(o.background));
+  if (!background.isValid()) return Usage("unknown colour " + o.background);
+  if (o.width < 1 || o.height < 1 || o.width > 32767 || o.height > 32767)
+    return Usage("--size takes WIDTHxHEIGHT, each 1 to 32767");
+
+  Drawing drawing;
+  bool complete = false;
+  if (!LoadForCommand(o.file, drawing, complete)) return 1;
+  SwitchLayersOff(drawing, o.layersOff);
+  ZoomState zoom(drawing);
+  zoom.FileName = o.file;
+  zoom.ColorByLayer = !o.entityColors;
+  zoom.ExtentsZoom = ExtentsOf(drawing);
+  ZoomRect window = o.window.value_or(zoom.ExtentsZoom);
+
+  bool written = false;
+  switch (kind) {
+    case OutputKind::Bmp: written = RenderImage(zoom, window, o, background, *depth, "BMP"); break;
+    case OutputKind::Png: written = RenderImage(zoom, window, o, background, *depth, "PNG"); break;
+    case OutputKind::Svg: written = RenderSvg(zoom, window, o, background); break;
+    case OutputKind::Pdf: written = RenderPdf(zoom, window, o, background); break;
+    case OutputKind::Unknown: break;
+  }
+  if (!written) {
+    std::fprintf(stderr, "dxfimport render: no picture was written to %s\n", o.output.c_str());
+    return 1;
+  }
+  return complete ? 0 : 1;
+}
+
+}  // namespace dxfimport

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "render/engine.h"
+
+namespace dxfimport {
+
+struct RenderOptions {
+  std::string file;
+  std::string output;  // .bmp, .png, .svg or .pdf
+  int width = 640;
+  int height = 480;
+  std::string background = "white";
+  std::string depth;  // "", "256", "16" or "mono"
+  std::vector<std::string> layersOff;
+  bool entityColors = false;
+  std::optional<ZoomRect> window;  // drawing units; default: the extents
+};
+
+// Draws a drawing to a picture file. 0 when the picture was written from a complete read;
+// 1 when the drawing could not be read or drawn (no file is then written) or the read
+// stopped early (the picture of what was read is written); 2 for bad options. Reports of
+// the redraw go to standard error and do not stop it.
+int RunRender(const RenderOptions& options);
+
+}  // namespace dxfimport

@@ -1,0 +1,168 @@
+#include "render/canvas.h"
+
+#include <QFontMetrics>
+#include <QPolygon>
+
+#include <cmath>
+#include <map>
+
+#include "support/messages.h"
+#include "support/numbers.h"
+#include "support/runtime_error.h"
+
+namespace dxfimport {
+namespace {
+
+constexpr const char* kEngineModule = "dxfengvb";
+
+template <class F>
+void Reported(const char* procedure, F&& f) {
+  try {
+    f();
+  } catch (const RunTimeError& e) {
+    ReportError(procedure, kEngineModule, e.text(), e.number());
+  }
+}
+
+// The rectangle a figure fits in, with the right and bottom edges outside it.
+QRectF FigureRect(const RECT& r) {
+  double left = std::min(r.left, r.right), right = std::max(r.left, r.right);
+  double top = std::min(r.top, r.bottom), bottom = std::max(r.top, r.bottom);
+  return QRectF(left, top, std::max(0.0, right - left - 1), std::max(0.0, bottom - top - 1));
+}
+
+// Screen angle in degrees (counter-clockwise, y down) of a point seen from a centre.
+double ScreenAngle(QPointF centre, double x, double y) {
+  return std::atan2(-(y - centre.y()), x - centre.x()) * 180.0 / M_PI;
+}
+
+QPen MakePen(int32_t color, int32_t width, int32_t style) {
+  if (width <= 1) return QPen(QBrush(Canvas::ToQColor(color)), 0, Canvas::ToPenStyle(style), Qt::FlatCap);
+  // A wide pen is always solid, with round ends, as wide pens have always been.
+  return QPen(QBrush(Canvas::ToQColor(color)), width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+}
+
+}  // namespace
+
+Canvas::Canvas(QPainter& painter)
+    : painter_(painter), currentPen_(Qt::black, 0), currentBrush_(Qt::NoBrush), currentFont_(CellFont("Arial", 16)) {
+  painter_.setRenderHint(QPainter::Antialiasing, false);
+  painter_.setRenderHint(QPainter::TextAntialiasing, false);
+}
+
+QColor Canvas::ToQColor(int32_t rgb) { return QColor(rgb & 0xFF, (rgb >> 8) & 0xFF, (rgb >> 16) & 0xFF); }
+
+Qt::PenStyle Canvas::ToPenStyle(int32_t style) {
+  switch (style) {
+    case 1: return Qt::DashLine;
+    case 2: return Qt::DotLine;
+    case 3: return Qt::DashDotLine;
+    case 4: return Qt::DashDotDotLine;
+    default: return Qt::SolidLine;
+  }
+}
+
+int32_t Canvas::Escapement(float rotation) {
+  int32_t degrees = CLng(rotation);
+  int32_t tenths = 0;
+  if (__builtin_mul_overflow(degrees, 10, &tenths)) throw RunTimeError(kErrOverflow);
+  return tenths;
+}
+
+QFont Canvas::CellFont(const std::string& face, int32_t height) {
+  // A character cell of `height` pixels: the font's em is the cell less its leading, so
+  // the pixel size is scaled by the face's em-to-cell ratio (measured once per face).
+  static std::map<std::string, double> emPerCell;
+  QFont font(QString::fromStdString(face));
+  font.setWeight(QFont::Thin);
+  font.setStyleStrategy(QFont::NoAntialias);
+  auto it = emPerCell.find(face);
+  if (it == emPerCell.end()) {
+    font.setPixelSize(1000);
+    QFontMetrics m(font);
+    it = emPerCell.emplace(face, 1000.0 / std::max(1, m.ascent() + m.descent())).first;
+  }
+  font.setPixelSize(std::max(1, int(std::lround(height * it->second))));
+  return font;
+}
+
+void Canvas::DrawLine(const RECT& ends, int32_t width, int32_t color, int32_t style) {
+  Reported("DrawLine", [&] {
+    painter_.setPen(MakePen(color, width, style));
+    painter_.drawLine(QLine(ends.left, ends.top, ends.right, ends.bottom));
+  });
+}
+
+void Canvas::DrawArc(const RECT& bounds, const ArcEnds& ends, int32_t color, int32_t style) {
+  Reported("DrawArc", [&] {
+    QRectF rect = FigureRect(bounds);
+    QPointF centre = rect.center();
+    double start = ScreenAngle(centre, ends.StartX, ends.StartY);
+    double end = ScreenAngle(centre, ends.EndX, ends.EndY);
+    double span = std::fmod(end - start + 720.0, 360.0);
+    if (span == 0) span = 360;  // both ends on one radial: the whole ellipse
+    painter_.setPen(MakePen(color, 1, style));
+    painter_.setBrush(Qt::NoBrush);
+    painter_.drawArc(rect, int(std::lround(start * 16)), int(std::lround(span * 16)));
+  });
+}
+
+void Canvas::DrawEllipse(const RECT& bounds, int32_t color, int32_t style) {
+  Reported("DrawEllipse", [&] {
+    painter_.setPen(MakePen(color, 1, style));
+    painter_.setBrush(currentBrush_);
+    painter_.drawEllipse(FigureRect(bounds));
+  });
+}
+
+void Canvas::DrawSolid(const std::array<DevicePoint, 4>& corners, int32_t color) {
+  Reported("DrawSolid", [&] {
+    QPolygon polygon(4);
+    for (int i = 0; i < 4; ++i) polygon.setPoint(i, corners[std::size_t(i)].x, corners[std::size_t(i)].y);
+    painter_.setPen(currentPen_);
+    painter_.setBrush(currentBrush_);
+    painter_.drawPolygon(polygon);
+    painter_.setPen(Qt::NoPen);
+    painter_.setBrush(ToQColor(color));
+    painter_.drawPolygon(polygon, Qt::OddEvenFill);
+  });
+}
+
+void Canvas::DrawText(const std::string& text, int32_t x, int32_t y, int32_t height, float rotation,
+                      int32_t justify, int32_t color, const std::string& face) {
+  Reported("DrawText", [&] {
+    int32_t escapement = Escapement(rotation);
+    QFont font = CellFont(face, height);
+    QString qtext = QString::fromStdString(text);
+    QFontMetrics metrics(font, painter_.device());
+    double width = metrics.horizontalAdvance(qtext);
+    double dx = (justify == 1 || justify == 4) ? -width / 2 : justify == 2 ? -width : 0;
+    QTransform saved = painter_.transform();
+    painter_.translate(x, y);
+    painter_.rotate(-escapement / 10.0);
+    painter_.setFont(font);
+    painter_.setPen(ToQColor(color));
+    painter_.drawText(QPointF(dx, 0), qtext);
+    painter_.setTransform(saved);
+  });
+}
+
+QSize Canvas::Extent(const std::string& text) {
+  if (text.empty()) return {0, 0};
+  QFontMetrics metrics(currentFont_, painter_.device());
+  return {metrics.horizontalAdvance(QString::fromStdString(text)), metrics.height()};
+}
+
+int16_t Canvas::CalcTxtWidth(const std::string& text) {
+  int16_t result = 0;
+  Reported("CalcTxtWidth", [&] { result = CInt(Extent(text).height()); });
+  return result;
+}
+
+int16_t Canvas::CalcTxtHeight(const std::string& text) {
+  int16_t result = 0;
+  Reported("CalcTxtHeight", [&] { result = CInt(Extent(text).width()); });
+  return result;
+}
+
+}  // namespace dxfimport

@@ -1,0 +1,70 @@
+// Zooming about a point, the previous-zoom history and the printed page's border.
+#include <QDate>
+#include <QLocale>
+
+#include "render/redraw.h"
+#include "support/messages.h"
+#include "support/runtime_error.h"
+
+namespace dxfimport {
+namespace {
+
+constexpr const char* kModule = "Dxfin275";
+
+}  // namespace
+
+bool ZoomState::StationaryZoom(float x, float y, int16_t percent, Surface& surface) {
+  try {
+    const ZoomRect& current = Engine.CurrentZoom;
+    if (Engine.ViewScale == 0 || percent == 0) throw RunTimeError(kErrDivisionByZero);
+    double cx = x / Engine.ViewScale + current.left;
+    double cy = current.bottom - (y - Engine.DeviceHeight) / Engine.ViewScale;
+    double newWidth = 100.0 / percent * (current.right - current.left);
+    double newHeight = 100.0 / percent * (current.top - current.bottom);
+    double fx = double(x) / surface.ScaleWidth();
+    double fy = double(y) / surface.ScaleHeight();
+    NextZoom.left = float(cx - fx * newWidth);
+    NextZoom.right = float((1 - fx) * newWidth + cx);
+    NextZoom.top = float(newHeight * fy + cy);
+    NextZoom.bottom = float(cy - (1 - fy) * newHeight);
+    surface.Cls();
+    AddToPrevZoomStack(NextZoom);
+    if (NextZoom.left - NextZoom.right != 0 && NextZoom.bottom - NextZoom.top != 0) {
+      Zoom(NextZoom, surface);
+      surface.Refresh();
+    }
+    // The window as computed, over the aspect-corrected one (the same while the surface
+    // keeps its size).
+    Engine.CurrentZoom = NextZoom;
+  } catch (const RunTimeError& e) {
+    ReportError("StationaryZoom", kModule, e.text(), e.number());
+  }
+  return true;
+}
+
+// The oldest of four windows falls off; the fifth slot is never written.
+void ZoomState::AddToPrevZoomStack(const ZoomRect& r) {
+  for (int i = 3; i >= 1; --i) PrevZoom[std::size_t(i)] = PrevZoom[std::size_t(i - 1)];
+  PrevZoom[0] = r;
+}
+
+// A frame around the drawing area and, in the two text lines below it, the caption
+// "File name: <file>" and today's date.
+void ZoomState::AddPrintBorder(Canvas& canvas, int32_t lineHeight) {
+  try {
+    const int32_t w = Engine.DeviceWidth, h = Engine.DeviceHeight;
+    const int32_t bottom = h + 2 * lineHeight - 1;
+    canvas.DrawLine({0, 0, w, 0}, 1, 0, 0);
+    canvas.DrawLine({w, 0, w, bottom}, 1, 0, 0);
+    canvas.DrawLine({w, bottom, 0, bottom}, 1, 0, 0);
+    canvas.DrawLine({0, bottom, 0, 0}, 1, 0, 0);
+    canvas.DrawSolid({{{0, h}, {w, h}, {w, h + 2}, {0, h + 2}}}, 0);
+    QString date = QLocale(QLocale::English).toString(QDate::currentDate(), QStringLiteral("MMMM, d, yyyy"));
+    std::string caption = "File name: " + FileName + "    " + date.toStdString();
+    canvas.DrawText(caption, lineHeight / 2, h + lineHeight + lineHeight / 2, lineHeight, 0, 0, 0, "Arial");
+  } catch (const RunTimeError& e) {
+    ReportError("AddPrintBorder", kModule, e.text(), e.number());
+  }
+}
+
+}  // namespace dxfimport
