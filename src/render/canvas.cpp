@@ -86,9 +86,16 @@ QFont Canvas::CellFont(const std::string& face, int32_t height) {
   return font;
 }
 
+void Canvas::UsePen(int32_t color, int32_t width, int32_t style) {
+  PenKey key{color, std::max(width, 1), width > 1 ? 0 : style};
+  if (key == penKey_) return;
+  painter_.setPen(MakePen(color, width, style));
+  penKey_ = key;
+}
+
 void Canvas::DrawLine(const RECT& ends, int32_t width, int32_t color, int32_t style) {
   Reported("DrawLine", [&] {
-    painter_.setPen(MakePen(color, width, style));
+    UsePen(color, width, style);
     painter_.drawLine(QLine(ends.left, ends.top, ends.right, ends.bottom));
   });
 }
@@ -101,7 +108,7 @@ void Canvas::DrawArc(const RECT& bounds, const ArcEnds& ends, int32_t color, int
     double end = ScreenAngle(centre, ends.EndX, ends.EndY);
     double span = std::fmod(end - start + 720.0, 360.0);
     if (span == 0) span = 360;  // both ends on one radial: the whole ellipse
-    painter_.setPen(MakePen(color, 1, style));
+    UsePen(color, 1, style);
     painter_.setBrush(Qt::NoBrush);
     painter_.drawArc(rect, int(std::lround(start * 16)), int(std::lround(span * 16)));
   });
@@ -109,7 +116,7 @@ void Canvas::DrawArc(const RECT& bounds, const ArcEnds& ends, int32_t color, int
 
 void Canvas::DrawEllipse(const RECT& bounds, int32_t color, int32_t style) {
   Reported("DrawEllipse", [&] {
-    painter_.setPen(MakePen(color, 1, style));
+    UsePen(color, 1, style);
     painter_.setBrush(currentBrush_);
     painter_.drawEllipse(FigureRect(bounds));
   });
@@ -119,6 +126,7 @@ void Canvas::DrawSolid(const std::array<DevicePoint, 4>& corners, int32_t color)
   Reported("DrawSolid", [&] {
     QPolygon polygon(4);
     for (int i = 0; i < 4; ++i) polygon.setPoint(i, corners[std::size_t(i)].x, corners[std::size_t(i)].y);
+    ForgetPen();
     painter_.setPen(currentPen_);
     painter_.setBrush(currentBrush_);
     painter_.drawPolygon(polygon);
@@ -141,6 +149,7 @@ void Canvas::DrawText(const std::string& text, int32_t x, int32_t y, int32_t hei
     painter_.translate(x, y);
     painter_.rotate(-escapement / 10.0);
     painter_.setFont(font);
+    ForgetPen();
     painter_.setPen(ToQColor(color));
     painter_.drawText(QPointF(dx, 0), qtext);
     painter_.setTransform(saved);

@@ -69,6 +69,16 @@ class Canvas {
 
  private:
   QSize Extent(const std::string& text);
+  // Puts the pen for (colour, width, style) on the painter. Each primitive asks for its
+  // own pen; one equal to the pen already on the painter is not built again.
+  void UsePen(int32_t color, int32_t width, int32_t style);
+  void ForgetPen() { penKey_ = {-1, -1, -1}; }
+
+  struct PenKey {
+    int32_t color, width, style;
+    bool operator==(const PenKey&) const = default;
+  };
+  PenKey penKey_{-1, -1, -1};
 
   QPainter& painter_;
   QPen currentPen_;
