@@ -19,6 +19,7 @@
 #include "dxf/reader.h"
 #include "support/log.h"
 #include "support/messages.h"
+#include "collecting_reporter.h"
 #include "synthetic_drawing.h"
 
 namespace dxfimport::bench {
@@ -133,19 +134,6 @@ PeakMemory PeakMemoryOfLoad(const std::string& path) {
   return {std::size_t(kb[0]) * 1024, std::size_t(kb[1]) * 1024};
 }
 
-// Keeps the bytes-per-second of every run for the summary.
-class CollectingReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      auto it = run.counters.find("bytes_per_second");
-      if (it != run.counters.end()) rates[run.benchmark_name()] = it->second.value;
-      if (it != run.counters.end() && std::getenv("DXFIMPORT_BENCH_NAMES")) std::printf("%s\n", run.benchmark_name().c_str());
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-  std::map<std::string, double> rates;
-};
 
 }  // namespace
 }  // namespace dxfimport::bench
@@ -154,15 +142,15 @@ int main(int argc, char** argv) {
   using namespace dxfimport::bench;
   for (int mb : kSizes) SyntheticDrawingFile(DataDir(), mb);
   benchmark::Initialize(&argc, argv);
-  CollectingReporter reporter;
+  CollectingReporter reporter("bytes_per_second");
   benchmark::RunSpecifiedBenchmarks(&reporter);
 
   std::printf("\n| file | LoadDXF MB/s | floor MB/s | ratio | process peak before | after the load | growth / file size |\n");
   std::printf("|---|---|---|---|---|---|---|\n");
   for (int mb : kSizes) {
     std::string arg = "/" + std::to_string(mb) + "/min_time:0.500/repeats:3/real_time_median";
-    double load = reporter.rates["BM_LoadDXF" + arg] / 1e6;
-    double floor = reporter.rates["BM_Floor" + arg] / 1e6;
+    double load = reporter.values["BM_LoadDXF" + arg] / 1e6;
+    double floor = reporter.values["BM_Floor" + arg] / 1e6;
     std::string path = SyntheticDrawingFile(DataDir(), mb);
     double size = double(FileSize(path));
     PeakMemory peak = PeakMemoryOfLoad(path);

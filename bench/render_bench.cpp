@@ -14,6 +14,7 @@
 #include "render/redraw.h"
 #include "support/log.h"
 #include "support/messages.h"
+#include "collecting_reporter.h"
 #include "synthetic_drawing.h"
 
 namespace dxfimport::bench {
@@ -85,18 +86,6 @@ void BM_FloorDrawLine(benchmark::State& state) {
       benchmark::Counter(double(lines.size()) * double(state.iterations()), benchmark::Counter::kIsRate);
 }
 
-// Keeps the entities-per-second of every run for the summary.
-class CollectingReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      auto it = run.counters.find("entities_per_second");
-      if (it != run.counters.end()) rates[run.benchmark_name()] = it->second.value;
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-  std::map<std::string, double> rates;
-};
 
 void Sizes(benchmark::internal::Benchmark* b) {
   for (int mb : {1, 10, 100})
@@ -119,13 +108,13 @@ int main(int argc, char** argv) {
   dxfimport::RecordingMessageSink messages;
   dxfimport::SetMessageSink(&messages);
   benchmark::Initialize(&argc, argv);
-  dxfimport::bench::CollectingReporter reporter;
+  dxfimport::bench::CollectingReporter reporter("entities_per_second");
   benchmark::RunSpecifiedBenchmarks(&reporter);
   std::printf("\n| drawing | picture | Zoom entities/s | floor entities/s | ratio |\n|---|---|---|---|---|\n");
   for (int mb : {1, 10, 100}) {
     for (const char* size : {"1024/768", "4096/3072"}) {
       std::string args = "/" + std::to_string(mb) + "/" + size + "/min_time:0.500/repeats:3/real_time_median";
-      double zoom = reporter.rates["BM_Zoom" + args], floor = reporter.rates["BM_FloorDrawLine" + args];
+      double zoom = reporter.values["BM_Zoom" + args], floor = reporter.values["BM_FloorDrawLine" + args];
       if (zoom == 0 || floor == 0) continue;
       std::printf("| %d MB | %s | %.2f M | %.2f M | %.0f %% |\n", mb, size, zoom / 1e6, floor / 1e6, 100 * zoom / floor);
     }
