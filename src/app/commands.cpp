@@ -10,9 +10,9 @@
 #include "dxf/stats.h"
 
 namespace dxfimport {
-bool LoadForCommand(const std::string& file, Drawing& drawing, bool& complete) {
+bool LoadForCommand(const std::string& file, Drawing& drawing, bool& complete, ReadingProfile profile) {
   drawing.InitDrawing(true);
-  DXFReader reader(drawing);
+  DXFReader reader(drawing, profile);
   bool loaded = reader.LoadDXF(file);
   const LoadOutcome& outcome = reader.outcome();
   complete = loaded && outcome.Complete;
@@ -23,10 +23,10 @@ bool LoadForCommand(const std::string& file, Drawing& drawing, bool& complete) {
   return loaded;
 }
 
-int RunStats(const std::string& file, bool json) {
+int RunStats(const std::string& file, bool json, ReadingProfile profile) {
   Drawing drawing;
   bool complete = false;
-  if (!LoadForCommand(file, drawing, complete)) return 1;
+  if (!LoadForCommand(file, drawing, complete, profile)) return 1;
   if (json) {
     std::cout << StatsJson(drawing, file) << '\n';
   } else {
@@ -35,10 +35,10 @@ int RunStats(const std::string& file, bool json) {
   return complete ? 0 : 1;
 }
 
-int RunDump(const std::string& file) {
+int RunDump(const std::string& file, ReadingProfile profile) {
   Drawing drawing;
   bool complete = false;
-  if (!LoadForCommand(file, drawing, complete)) return 1;
+  if (!LoadForCommand(file, drawing, complete, profile)) return 1;
   DumpTables(drawing, std::cout);
   return complete ? 0 : 1;
 }

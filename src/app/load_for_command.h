@@ -3,12 +3,14 @@
 #include <string>
 
 #include "dxf/drawing.h"
+#include "dxf/reader.h"
 
 namespace dxfimport {
 
 // Loads a file for a command into a reset drawing. False when nothing could be read (the
 // system's message is on standard error). A load that a reader stopped keeps what was
 // read, says on standard error at which line it stopped, and sets `complete` false.
-bool LoadForCommand(const std::string& file, Drawing& drawing, bool& complete);
+bool LoadForCommand(const std::string& file, Drawing& drawing, bool& complete,
+                    ReadingProfile profile = ReadingProfile::Modern);
 
 }  // namespace dxfimport

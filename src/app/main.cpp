@@ -44,13 +44,16 @@ int main(int argc, char** argv) {
   app.require_subcommand(1);
 
   std::string file;
-  bool json = false;
+  bool json = false, legacy = false;
+  const char* legacyHelp = "Read with the legacy rules (every line compared with the entity names)";
   CLI::App* stats = app.add_subcommand("stats", "Print the load statistics of a drawing");
   stats->add_option("file", file, "DXF file")->required();
   stats->add_flag("--json", json, "Print the figures as one JSON object");
+  stats->add_flag("--legacy", legacy, legacyHelp);
 
   CLI::App* dump = app.add_subcommand("dump", "Print the drawing's tables as tab-separated text");
   dump->add_option("file", file, "DXF file")->required();
+  dump->add_flag("--legacy", legacy, legacyHelp);
 
   RenderOptions render;
   std::string size = "640x480", window;
@@ -62,6 +65,7 @@ int main(int argc, char** argv) {
   draw->add_option("--depth", render.depth, "Colour depth of a bitmap: 256, 16 or mono");
   draw->add_option("--layer-off", render.layersOff, "Do not draw this layer (repeatable)");
   draw->add_flag("--entity-colors", render.entityColors, "Draw entities in their own colours, not their layer's");
+  draw->add_flag("--legacy", legacy, legacyHelp);
   draw->add_option("--window", window, "Window LEFT,TOP,RIGHT,BOTTOM in drawing units (default: the extents)");
 
   try {
@@ -70,9 +74,11 @@ int main(int argc, char** argv) {
     int status = app.exit(e);
     return status == 0 ? 0 : 2;
   }
-  if (stats->parsed()) return RunStats(file, json);
-  if (dump->parsed()) return RunDump(file);
+  const ReadingProfile profile = legacy ? ReadingProfile::Legacy : ReadingProfile::Modern;
+  if (stats->parsed()) return RunStats(file, json, profile);
+  if (dump->parsed()) return RunDump(file, profile);
   if (draw->parsed()) {
+    render.profile = profile;
     if (std::sscanf(size.c_str(), "%dx%d", &render.width, &render.height) != 2) {
       std::fprintf(stderr, "dxfimport render: --size takes WIDTHxHEIGHT\n");
       return 2;

@@ -99,7 +99,7 @@ int RunRender(const RenderOptions& o) {
 
   Drawing drawing;
   bool complete = false;
-  if (!LoadForCommand(o.file, drawing, complete)) return 1;
+  if (!LoadForCommand(o.file, drawing, complete, o.profile)) return 1;
   SwitchLayersOff(drawing, o.layersOff);
   ZoomState zoom(drawing);
   zoom.FileName = o.file;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "dxf/reader.h"
 #include "render/engine.h"
 
 namespace dxfimport {
@@ -18,6 +19,7 @@ struct RenderOptions {
   std::vector<std::string> layersOff;
   bool entityColors = false;
   std::optional<ZoomRect> window;  // drawing units; default: the extents
+  ReadingProfile profile = ReadingProfile::Modern;
 };
 
 // Draws a drawing to a picture file. 0 when the picture was written from a complete read;

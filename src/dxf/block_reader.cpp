@@ -1,5 +1,7 @@
 // BLOCK definitions, INSERTs (with the pending ones) and DIMENSIONs. Blocks are expanded
 // while reading: the drawing holds no references, only the entities every INSERT adds.
+#include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <new>
 
@@ -39,6 +41,10 @@ int32_t& LayerOf(BlockRecord& r) {
   return std::visit([](auto& e) -> int32_t& { return e.Layer; }, r);
 }
 
+int32_t& ColorOf(BlockRecord& r) {
+  return std::visit([](auto& e) -> int32_t& { return e.Color; }, r);
+}
+
 struct Placement {
   double sx = 1, sy = 1;
   float rotation = 0;
@@ -57,6 +63,7 @@ void PlaceRecord(BlockRecord& record, const Placement& m) {
                  [&](PolySegment& e) {
                    PlaceSegment(e, m.sx, m.sy, m.rotation, m.dx, m.dy);
                    e.Width = CSng(e.Width * std::abs(m.sx));
+                   if (m.sx * m.sy < 0 && e.Bulge != 0) e.Bulge = -e.Bulge;  // a mirror turns the arc
                  },
                  [&](TextEntity& e) {
                    place(e.X, e.Y);
@@ -127,11 +134,19 @@ void DXFReader::ExtendBy(const BlockRecord& record) {
 
 bool DXFReader::DXFBlock() {
   LoadEntity();
+  return StoreBlock();
+}
+
+bool DXFReader::StoreBlock() {
   BlockEntry block;
   block.Name = std::string(Trim(CutChars(Text(2), 50)));
   block.BaseX = Sng(10);
   block.BaseY = Sng(20);
   ++blockFileCounter_;
+  // Paper-space layouts are not drawn: their blocks keep no entities (modern profile).
+  std::string upper = block.Name;
+  std::transform(upper.begin(), upper.end(), upper.begin(), [](unsigned char c) { return char(std::toupper(c)); });
+  skipBlock_ = profile_ == ReadingProfile::Modern && upper.starts_with("*PAPER_SPACE");
   currentBlock_ = outputBlock_ = drawing_.AddBlock(std::move(block));
   InBlock = true;
   return true;
@@ -139,6 +154,7 @@ bool DXFReader::DXFBlock() {
 
 bool DXFReader::EndBlock() {
   InBlock = false;
+  skipBlock_ = false;
   outputBlock_ = 0;
   return true;
 }
@@ -157,29 +173,52 @@ bool DXFReader::DXFInsert(int32_t index) {
       ~EndOfReplay() { r.InBlock = false, r.outputBlock_ = 0; }
     } endOfReplay{*this};
     int32_t block = drawing_.FindBlock(pending.BlockName);
-    if (block && pending.Container) {
-      Replay(block, {pending.X, pending.Y, pending.Rotation, pending.ScaleX, pending.ScaleY, pending.Layer});
+    if (block && pending.Container && InsertAllowed(block)) {
+      Replay(block, {pending.X, pending.Y, pending.Rotation, pending.ScaleX, pending.ScaleY, pending.Layer,
+                     pending.Color});
     }
     return true;
   }
 
   LoadEntity();
+  return StoreInsert();
+}
+
+bool DXFReader::StoreInsert() {
   std::string name = Text(2);
   InsertTransform t;
-  t.Layer = currentInsertLayer_ = drawing_.LayerIndex(GroupValues[8]);
+  t.Layer = currentInsertLayer_ = EntityLayer();
   t.X = Sng(10);
   t.Y = Sng(20);
   t.Rotation = Sng(50);
   float scaleX = Sng(41), scaleY = Sng(42);
   t.ScaleX = scaleX == 0 ? 1.0f : scaleX;
   t.ScaleY = scaleY == 0 ? 1.0f : scaleY;
+  if (profile_ == ReadingProfile::Modern) t.Color = EntityColorValue();
 
   if (int32_t block = drawing_.FindBlock(name)) {
+    if (profile_ == ReadingProfile::Modern && !InsertAllowed(block)) return true;
     if (InBlock) {
       t.X = CSng(RelX(t.X));
       t.Y = CSng(RelY(t.Y));
     }
-    Replay(block, t);
+    if (profile_ == ReadingProfile::Legacy) {
+      Replay(block, t);
+      return true;
+    }
+    // Modern: an INSERT with columns (70) and rows (71) is a MINSERT; its copies stand
+    // 44 apart along the insert's turned X axis and 45 apart along its Y axis.
+    const int32_t columns = std::clamp<int32_t>(Int16(70), 1, 1000), rows = std::clamp<int32_t>(Int16(71), 1, 1000);
+    const double dx = Num(44), dy = Num(45), turn = t.Rotation * M_PI / 180.0;
+    const double baseX = t.X, baseY = t.Y;
+    for (int32_t r = 0; r < rows; ++r) {
+      for (int32_t c = 0; c < columns; ++c) {
+        double ox = c * dx, oy = r * dy;
+        t.X = baseX + ox * std::cos(turn) - oy * std::sin(turn);
+        t.Y = baseY + ox * std::sin(turn) + oy * std::cos(turn);
+        Replay(block, t);
+      }
+    }
     return true;
   }
   PendingInsert pending;
@@ -189,6 +228,7 @@ bool DXFReader::DXFInsert(int32_t index) {
   pending.X = float(t.X), pending.Y = float(t.Y);
   pending.Rotation = t.Rotation;
   pending.ScaleX = float(t.ScaleX), pending.ScaleY = float(t.ScaleY);
+  pending.Color = t.Color;
   drawing_.PendingInserts.push_back(std::move(pending));
   return true;
 }
@@ -212,10 +252,14 @@ bool DXFReader::ResolvePendingInserts() {
 // was defined: the records are relative to its base point, which is added back.
 bool DXFReader::DXFDimension() {
   LoadEntity();
+  return StoreDimension();
+}
+
+bool DXFReader::StoreDimension() {
   std::string name = Text(2);
-  ColorMap(Int16(62));
+  EntityColorValue();
   InsertTransform t;
-  t.Layer = drawing_.LayerIndex(GroupValues[8]);
+  t.Layer = EntityLayer();
   Num(12), Num(22), Long(70);
   int32_t block = drawing_.FindBlock(name);
   if (!block) {
@@ -233,6 +277,26 @@ bool DXFReader::DXFDimension() {
   return true;
 }
 
+// Modern profile: a block may not be inserted into itself, nor nested deeper than 32
+// levels; such an insert is logged and skipped.
+bool DXFReader::InsertAllowed(int32_t block) {
+  constexpr int32_t kMaxDepth = 32;
+  BlockEntry& inserted = drawing_.Blocks[std::size_t(block - 1)];
+  if (InBlock && block == outputBlock_) {
+    LogCritical("Block " + inserted.Name + " inserts itself; the insert is skipped.");
+    return false;
+  }
+  if (inserted.Depth + 1 > kMaxDepth) {
+    LogCritical("Block " + inserted.Name + " is nested more than 32 levels deep; the insert is skipped.");
+    return false;
+  }
+  if (InBlock && outputBlock_) {
+    int32_t& depth = drawing_.Blocks[std::size_t(outputBlock_ - 1)].Depth;
+    depth = std::max(depth, inserted.Depth + 1);
+  }
+  return true;
+}
+
 void DXFReader::Replay(int32_t block, const InsertTransform& t, ReplayKinds kinds) {
   const std::size_t count = drawing_.Blocks[block - 1].Records.size();
   for (std::size_t k = 0; k < count; ++k) {
@@ -242,6 +306,8 @@ void DXFReader::Replay(int32_t block, const InsertTransform& t, ReplayKinds kind
     PlaceRecord(record, {t.ScaleX, t.ScaleY, t.Rotation, t.X, t.Y});
     int32_t& layer = LayerOf(record);
     if (layer == 1) layer = t.Layer;
+    int32_t& color = ColorOf(record);
+    if (color == kColorByBlock) color = t.Color;
     if (!InBlock && !NoExtentsUpdate) ExtendBy(record);
     Emit(std::move(record));
   }

@@ -22,10 +22,14 @@ double DXFReader::RelY(double y) const { return y - drawing_.Blocks[currentBlock
 
 bool DXFReader::DXFLine() {
   LoadEntity();
+  return StoreLine();
+}
+
+bool DXFReader::StoreLine() {
   LineEntity line;
-  line.Layer = drawing_.LayerIndex(GroupValues[8]);
-  line.Color = ColorMap(Int16(62));
-  line.LineType = LineTypeMap(GroupValues[6]);
+  line.Layer = EntityLayer();
+  line.Color = EntityColorValue();
+  line.LineType = EntityLineType();
   line.X1 = Sng(10);
   line.Y1 = Sng(20);
   line.X2 = Sng(11);
@@ -37,10 +41,14 @@ bool DXFReader::DXFLine() {
 
 bool DXFReader::DXFCircle() {
   LoadEntity();
+  return StoreCircle();
+}
+
+bool DXFReader::StoreCircle() {
   ArcEntity arc;
-  arc.LineType = LineTypeMap(GroupValues[6]);
-  arc.Layer = drawing_.LayerIndex(GroupValues[8]);
-  arc.Color = ColorMap(Int16(62));
+  arc.LineType = EntityLineType();
+  arc.Layer = EntityLayer();
+  arc.Color = EntityColorValue();
   arc.CenterX = Sng(10);
   arc.CenterY = Sng(20);
   arc.Radius = Sng(40);
@@ -58,9 +66,13 @@ bool DXFReader::DXFCircle() {
 
 bool DXFReader::DXFSolid() {
   LoadEntity();
+  return StoreSolid();
+}
+
+bool DXFReader::StoreSolid() {
   SolidEntity solid;
-  solid.Layer = drawing_.LayerIndex(GroupValues[8]);
-  solid.Color = ColorMap(Int16(62));
+  solid.Layer = EntityLayer();
+  solid.Color = EntityColorValue();
   solid.X1 = Sng(10), solid.Y1 = Sng(20);
   solid.X2 = Sng(11), solid.Y2 = Sng(21);
   solid.X3 = Sng(12), solid.Y3 = Sng(22);
@@ -76,10 +88,14 @@ bool DXFReader::DXFSolid() {
 // groups are not read.
 bool DXFReader::DXF3DFace() {
   LoadEntity();
+  return Store3DFace();
+}
+
+bool DXFReader::Store3DFace() {
   LineEntity edge;
-  edge.Layer = drawing_.LayerIndex(GroupValues[8]);
-  edge.Color = ColorMap(Int16(62));
-  edge.LineType = LineTypeMap(GroupValues[6]);
+  edge.Layer = EntityLayer();
+  edge.Color = EntityColorValue();
+  edge.LineType = EntityLineType();
   const PointF corners[4] = {{Sng(10), Sng(20)}, {Sng(11), Sng(21)}, {Sng(12), Sng(22)}, {Sng(13), Sng(23)}};
   if (!NoExtentsUpdate) {
     drawing_.CheckExtents(corners[0].x, corners[0].y, corners[1].x, corners[1].y);
@@ -124,8 +140,12 @@ TextEntity DXFReader::ReadTextFields() {
 
 bool DXFReader::DXFText() {
   LoadEntity();
-  int32_t layer = drawing_.LayerIndex(GroupValues[8]);
-  int32_t color = ColorMap(Int16(62));
+  return StoreText();
+}
+
+bool DXFReader::StoreText() {
+  int32_t layer = EntityLayer();
+  int32_t color = EntityColorValue();
   TextEntity text = ReadTextFields();
   text.Layer = layer;
   text.Color = color;
@@ -134,12 +154,17 @@ bool DXFReader::DXFText() {
   return true;
 }
 
-// Only attributes with no flags (visible, not constant, verify or preset) are kept; they
-// take the layer of the INSERT they follow.
+// Attributes take the layer of the INSERT they follow.
 bool DXFReader::DXFAttrib() {
   LoadEntity();
-  if (Long(70) != 0) return true;
-  int32_t color = ColorMap(Int16(62));
+  return StoreAttrib();
+}
+
+bool DXFReader::StoreAttrib() {
+  // Legacy: only attributes without flags. Modern: every attribute that is not invisible.
+  int32_t flags = Long(70);
+  if (profile_ == ReadingProfile::Legacy ? flags != 0 : (flags & 1) != 0) return true;
+  int32_t color = EntityColorValue();
   AttribEntity attrib;
   attrib.Block = drawing_.BlockCount();
   attrib.Text = ReadTextFields();

@@ -1,4 +1,5 @@
-// POLYLINE with its VERTEX entities and the closing SEQEND.
+// POLYLINE with its VERTEX entities and the closing SEQEND, and (modern profile)
+// LWPOLYLINE. Both build their segments through one polyline builder.
 #include "dxf/reader.h"
 #include "dxf/rotation.h"
 #include "dxf/style_maps.h"
@@ -8,23 +9,64 @@ namespace dxfimport {
 
 void DXFReader::AddPolySegment(PolySegment seg) {
   if (InBlock) {
-    seg.Bulge = 0;  // block records carry no bulge: polylines in blocks insert straight
+    // Legacy block records carry no bulge: polylines in blocks insert straight there.
+    if (profile_ == ReadingProfile::Legacy) seg.Bulge = 0;
   } else if (!NoExtentsUpdate) {
     drawing_.CheckExtents(seg.X1, seg.Y1, seg.X2, seg.Y2);
   }
   Store(seg);
 }
 
+void DXFReader::BeginPolyline(int32_t flags, float width) {
+  polyline_ = {};
+  polyline_.segment.Layer = EntityLayer();
+  polyline_.segment.Color = EntityColorValue();
+  polyline_.segment.Width = width;
+  polyline_.flags = flags;
+}
+
+// Each vertex after the first adds a segment from the previous one, with the bulge of the
+// segment's start vertex; a spline frame control point (bit 4) adds none but still starts
+// the next segment.
+void DXFReader::AddVertex(float x, float y, float bulge, int32_t vertexFlags) {
+  OpenPolyline& p = polyline_;
+  if (p.vertices++ == 0) {
+    p.first = p.previous = {x, y};
+    p.bulge = bulge;
+    return;
+  }
+  if (!BitFlag(vertexFlags, 4)) {
+    PolySegment seg = p.segment;
+    seg.X1 = p.previous.x, seg.Y1 = p.previous.y, seg.X2 = x, seg.Y2 = y;
+    seg.Bulge = p.bulge;
+    AddPolySegment(seg);
+  }
+  p.previous = {x, y};
+  p.bulge = bulge;
+}
+
+// A closed polyline gets its closing segment. The legacy one runs from the first vertex
+// to the last and is always straight; the modern one runs from the last vertex back to
+// the first with the last vertex's bulge, as CAD tools draw it.
+void DXFReader::EndPolyline() {
+  OpenPolyline& p = polyline_;
+  if (p.vertices == 0 || !BitFlag(p.flags, 0)) return;
+  PolySegment closing = p.segment;
+  if (profile_ == ReadingProfile::Legacy) {
+    closing.X1 = p.first.x, closing.Y1 = p.first.y, closing.X2 = p.previous.x, closing.Y2 = p.previous.y;
+    closing.Bulge = 0;
+  } else {
+    closing.X1 = p.previous.x, closing.Y1 = p.previous.y, closing.X2 = p.first.x, closing.Y2 = p.first.y;
+    closing.Bulge = p.bulge;
+  }
+  AddPolySegment(closing);
+}
+
 // Reads lines itself to see VERTEX and SEQEND, so the driver goes on after the SEQEND
-// line. Vertices flagged as spline frame control points (bit 4) add no segment but still
-// start the next one; the vertices' own widths and every other polyline flag are ignored.
+// line. The vertices' own widths and every other polyline flag are ignored.
 bool DXFReader::DXFPoly() {
   LoadEntity();
-  PolySegment seg;
-  seg.Layer = drawing_.LayerIndex(GroupValues[8]);
-  seg.Color = ColorMap(Int16(62));
-  const int32_t flags = Long(70);
-  seg.Width = Sng(40);
+  BeginPolyline(Long(70), Sng(40));
 
   CurrentLine = source_.ReadLine();
   if (CurrentLine != "VERTEX") {
@@ -32,32 +74,17 @@ bool DXFReader::DXFPoly() {
     return false;
   }
   LoadEntity();
-  const PointF first{Sng(10), Sng(20)};
-  PointF previous = first;
-  float bulge = Sng(42);
+  AddVertex(Sng(10), Sng(20), Sng(42), 0);
   for (;;) {
     if (CurrentLine == "SEQEND") {
-      if (BitFlag(flags, 0)) {
-        // The closing segment runs from the first vertex to the last, always straight.
-        PolySegment closing = seg;
-        closing.X1 = first.x, closing.Y1 = first.y, closing.X2 = previous.x, closing.Y2 = previous.y;
-        closing.Bulge = 0;
-        AddPolySegment(closing);
-      }
+      EndPolyline();
       return true;
     }
     CurrentLine = source_.ReadLine();
     if (CurrentLine == "VERTEX") {
       LoadEntity();
-      const PointF current{Sng(10), Sng(20)};
-      if (!BitFlag(Long(70), 4)) {
-        seg.X1 = previous.x, seg.Y1 = previous.y, seg.X2 = current.x, seg.Y2 = current.y;
-        seg.Bulge = bulge;
-        AddPolySegment(seg);
-      }
-      previous = current;
+      AddVertex(Sng(10), Sng(20), Sng(42), Long(70));
     }
-    bulge = Sng(42);
   }
 }
 

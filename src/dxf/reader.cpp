@@ -1,4 +1,5 @@
 #include "dxf/reader.h"
+#include "dxf/group_codes.h"
 #include "dxf/style_maps.h"
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 namespace dxfimport {
 
 const char* const kReaderModule = "Dxfin275";
+constexpr std::size_t kReleaseStep = 8u << 20;  // hand back mapped pages every 8 MiB
 
 struct DXFReader::Keyword {
   std::string_view line;
@@ -20,12 +22,6 @@ struct DXFReader::Keyword {
   ReaderFn reader;
   bool resultEndsLoad;  // false: the reader's result is ignored
 };
-
-namespace {
-
-constexpr std::size_t kReleaseStep = 8u << 20;  // hand back mapped pages every 8 MiB
-
-}  // namespace
 
 // Every line of the file is compared with these, exactly and case-sensitively, so a value
 // that reads like a keyword starts that reader too: the reader has always worked so.
@@ -103,30 +99,47 @@ bool DXFReader::ReadAll(LoadProgress* progress) {
   drawing_.ExtMinX = drawing_.ExtMinY = 1e30f;
   drawing_.ExtMaxX = drawing_.ExtMaxY = -1e30f;
   firstLayer_ = true;
-  if (progress) progress->Show();
+  StartPacer(progress);
+  outcome_.Complete = profile_ == ReadingProfile::Modern ? ReadModern() : ReadLegacy();
+  InBlock = false;
+  if (progress) progress->Hide();
+  return true;
+}
 
-  const double length = double(source_.Length());
-  float nextStep = 5;
-  // The byte position from which the percentage passes the next step.
-  auto stepPosition = [length](float step) { return std::size_t(double(step) / 100.0 * length) + 1; };
-  std::size_t nextStepAt = stepPosition(nextStep);
-  std::size_t nextRelease = kReleaseStep;
+void DXFReader::StartPacer(LoadProgress* progress) {
+  progress_ = progress;
+  pacer_ = {};
+  pacer_.length = double(source_.Length());
+  pacer_.nextStepAt = std::size_t(pacer_.nextStep / 100.0 * pacer_.length) + 1;
+  pacer_.nextRelease = kReleaseStep;
+  if (progress_) progress_->Show();
+}
+
+// The progress bar moves when the position passes the next 5 % step (one step per line);
+// the mapped pages behind the reading position are handed back every few megabytes.
+void DXFReader::Pace(std::size_t lineStart) {
+  Pacer& p = pacer_;
+  std::size_t position = source_.Position();
+  if (position >= p.nextStepAt) {
+    float percent = std::min(100.0f, float(double(position) / p.length * 100.0));
+    if (percent > p.nextStep) {
+      if (progress_) progress_->SetValue(int(percent));
+      p.nextStep += 5;
+    }
+    p.nextStepAt = percent > p.nextStep ? position : std::size_t(double(p.nextStep) / 100.0 * p.length) + 1;
+  }
+  if (lineStart >= p.nextRelease) {
+    source_.ReleaseBefore(lineStart);
+    p.nextRelease = lineStart + kReleaseStep;
+  }
+}
+
+bool DXFReader::ReadLegacy() {
   bool goOn = true;
   while (!source_.AtEnd() && goOn) {
     std::size_t lineStart = source_.Position();
     CurrentLine = source_.ReadLine();
-    if (source_.Position() >= nextStepAt) {
-      float percent = std::min(100.0f, float(double(source_.Position()) / length * 100.0));
-      if (percent > nextStep) {
-        if (progress) progress->SetValue(int(percent));
-        nextStep += 5;
-      }
-      nextStepAt = percent > nextStep ? source_.Position() : stepPosition(nextStep);
-    }
-    if (lineStart >= nextRelease) {
-      source_.ReleaseBefore(lineStart);
-      nextRelease = lineStart + kReleaseStep;
-    }
+    Pace(lineStart);
     if (const Keyword* k = FindKeyword(CurrentLine)) {
       bool result = Run(k->procedure, k->reader);
       if (k->resultEndsLoad && !result) {
@@ -135,10 +148,7 @@ bool DXFReader::ReadAll(LoadProgress* progress) {
       }
     }
   }
-  outcome_.Complete = goOn;
-  InBlock = false;
-  if (progress) progress->Hide();
-  return true;
+  return goOn;
 }
 
 void DXFReader::StopAt(const char* procedure) {
@@ -162,29 +172,6 @@ bool DXFReader::ReportFailure(const char* procedure, int number, const std::stri
   ReportError(procedure, kReaderModule, text, number);
   return false;
 }
-
-namespace {
-
-// Reads a plain group code ("  10") directly; false when the line needs the general read.
-bool PlainGroupCode(std::string_view line, int16_t& code) {
-  std::size_t i = 0;
-  while (i < line.size() && line[i] == ' ') ++i;
-  int value = 0;
-  std::size_t digits = 0;
-  for (; i < line.size() && digits < 4 && line[i] >= '0' && line[i] <= '9'; ++i, ++digits)
-    value = value * 10 + (line[i] - '0');
-  code = int16_t(value);
-  return digits > 0 && i == line.size();
-}
-
-// The run time's numeric read of a code line: leading blanks, a number that ends at the
-// end of the line or at a comma. A code line that holds no number is a type mismatch.
-int16_t GeneralGroupCode(std::string_view codeText) {
-  if (!HasLeadingNumber(codeText) && !Trim(codeText).empty()) throw RunTimeError(kErrTypeMismatch);
-  return CInt(Val(codeText));
-}
-
-}  // namespace
 
 bool DXFReader::LoadEntity() {
   for (std::size_t i = 0; i < setCount_; ++i) GroupValues[setCodes_[i]] = {};
@@ -210,7 +197,42 @@ double DXFReader::Num(int code) const { return Val(GroupValues[code]); }
 float DXFReader::Sng(int code) const { return CSng(Num(code)); }
 int16_t DXFReader::Int16(int code) const { return CInt(Num(code)); }
 int32_t DXFReader::Long(int code) const { return CLng(Num(code)); }
-std::string DXFReader::Text(int code) const { return DecodeText(GroupValues[code]); }
+std::string DXFReader::Text(int code) const { return decoder_.Decode(GroupValues[code]); }
+
+int32_t DXFReader::EntityLayer() {
+  if (profile_ == ReadingProfile::Legacy) return drawing_.LayerIndex(GroupValues[8]);
+  // Modern: the name trimmed and cut as layer names are stored.
+  std::string name = Text(8);
+  return drawing_.LayerIndex(TrimRight(CutChars(Trim(name), 20)));
+}
+
+// Legacy: ColorMap of group 62. Modern: a true colour (420) wins; 256 or none is "by
+// layer" (0, drawn in the layer's colour); 0 is "by block" inside a definition and black
+// elsewhere; black chosen explicitly stays black.
+int32_t DXFReader::EntityColorValue() const {
+  if (profile_ == ReadingProfile::Legacy) return ColorMap(Int16(62));
+  if (Has(420)) return TrueColor(Last(420));
+  int16_t number = GroupValues[62].data() ? Int16(62) : int16_t(256);
+  if (number == 256) return 0;
+  if (number == 0) return InBlock ? kColorByBlock : kExplicitBlack;
+  int32_t rgb = ColorMap(int16_t(std::abs(int(number))));
+  return rgb == 0 ? kExplicitBlack : rgb;
+}
+
+// Legacy: LineTypeMap of group 6. Modern: "by layer" (or none) takes the layer's.
+int32_t DXFReader::EntityLineType() const {
+  if (profile_ == ReadingProfile::Legacy) return LineTypeMap(GroupValues[6]);
+  std::string_view name = Trim(GroupValues[6]);
+  if (name.empty() || name == "BYLAYER") {
+    int32_t row = drawing_.FindLayer(TrimRight(CutChars(Trim(Text(8)), 20)));
+    return row ? drawing_.Layers[std::size_t(row - 1)].LineType : 0;
+  }
+  return LineTypeOfName(name);
+}
+
+int32_t DXFReader::LineTypeOfName(std::string_view name) const {
+  return LineTypeMap(name);
+}
 
 // $EXTMIN and $EXTMAX: once a header extent is read the readers stop widening the extents,
 // so the header wins even over entities that lie outside it.
@@ -236,6 +258,10 @@ bool DXFReader::FirstLayer() {
 
 bool DXFReader::DXFLayers() {
   LoadEntity();
+  return StoreLayer();
+}
+
+bool DXFReader::StoreLayer() {
   LayerEntry entry;
   entry.Name = std::string(TrimRight(CutChars(Text(2), 20)));
   entry.Color = ColorMap(Int16(62));

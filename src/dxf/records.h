@@ -65,10 +65,17 @@ struct AttribEntity {
   TextEntity Text;
 };
 
+// Colour values beyond RGB, kept in the high byte (modern profile): black chosen
+// explicitly (drawn black even where colour 0 takes its layer's colour), and "by block"
+// inside a block definition (replaced by the insert's colour when it is inserted).
+inline constexpr int32_t kExplicitBlack = 0x01000000;
+inline constexpr int32_t kColorByBlock = 0x02000000;
+
 struct LayerEntry {
-  std::string Name;   // group 2, at most 20 characters, trailing blanks not kept
-  int32_t Color = 0;  // ColorMap of group 62
-  int32_t IsOn = -1;  // -1 on, 0 off (frozen)
+  std::string Name;      // group 2, at most 20 characters, trailing blanks not kept
+  int32_t Color = 0;     // ColorMap of group 62
+  int32_t IsOn = -1;     // -1 on, 0 off (frozen)
+  int32_t LineType = 0;  // pen style of group 6, for entities drawn "by layer" (modern)
 };
 
 enum EntityKind : int32_t {
@@ -94,6 +101,7 @@ struct BlockEntry {
   float BaseX = 0, BaseY = 0;  // groups 10, 20 of the BLOCK
   std::string Name;            // group 2, trimmed, at most 50 characters
   std::vector<BlockRecord> Records;
+  int32_t Depth = 0;  // levels of inserts expanded into it (modern profile)
 };
 
 // An INSERT met inside a block definition before its block was defined.
@@ -104,6 +112,7 @@ struct PendingInsert {
   float X = 0, Y = 0;
   float Rotation = 0;
   float ScaleX = 1, ScaleY = 1;
+  int32_t Color = 0;  // the insert's colour, for entities "by block" (modern profile)
 };
 
 }  // namespace dxfimport

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "dxf/records.h"
+#include "support/numbers.h"
 #include "support/text_decode.h"
 
 namespace dxfimport {
@@ -22,6 +24,12 @@ int32_t ColorMap(int16_t n) {
   if (n == 253) return 0xE0E0E0;
   if (n == 255) return 0xFFFFFF;
   return 0x000000;
+}
+
+int32_t TrueColor(std::string_view value) {
+  auto rgb = uint32_t(CLng(Val(value))) & 0xFFFFFF;
+  int32_t bgr = int32_t(((rgb & 0xFF) << 16) | (rgb & 0xFF00) | (rgb >> 16));
+  return bgr == 0 ? kExplicitBlack : bgr;
 }
 
 int32_t LineTypeMap(std::string_view name) {

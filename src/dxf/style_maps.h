@@ -10,6 +10,9 @@ namespace dxfimport {
 // (by layer) and every number without an entry of its own map to black.
 int32_t ColorMap(int16_t colorNumber);
 
+// RGB (0x00BBGGRR) of a true colour (group 420, 0x00RRGGBB); black is kExplicitBlack.
+int32_t TrueColor(std::string_view value);
+
 // Pen style 0..4 (solid, dash, dot, dash-dot, dash-dot-dot) for a line-type name, compared
 // exactly and case-sensitively; unknown names are solid.
 int32_t LineTypeMap(std::string_view name);

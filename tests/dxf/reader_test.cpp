@@ -94,7 +94,7 @@ TEST(LoadDXF, ShowsProgressInFivePercentSteps) {
   } progress;
   testing::Capture capture;
   Drawing d;
-  DXFReader reader(d);
+  DXFReader reader(d, ReadingProfile::Legacy);
   std::string text = LinesFile(400);
   ASSERT_TRUE(reader.LoadDXFBytes(text, &progress));
   EXPECT_TRUE(progress.shown);
@@ -171,7 +171,7 @@ TEST(LoadDXF, FilesThatCannotBeOpenedAreReported) {
   for (const Case& c : cases) {
     testing::Capture capture;
     Drawing d;
-    DXFReader reader(d);
+    DXFReader reader(d, ReadingProfile::Legacy);
     EXPECT_FALSE(reader.LoadDXF(c.path));
     ASSERT_EQ(capture.messages.messages().size(), 1u);
     EXPECT_NE(capture.messages.messages()[0].text.find(c.message), std::string::npos);
@@ -194,7 +194,7 @@ TEST(LoadDXF, ReadsAFileFromDiskWithCrLfEndings) {
   testing::TempFile file(crlf);
   testing::Capture capture;
   Drawing d;
-  DXFReader reader(d);
+  DXFReader reader(d, ReadingProfile::Legacy);
   EXPECT_TRUE(reader.LoadDXF(file.path()));
   EXPECT_EQ(d.LineCount(), 3);
   EXPECT_EQ(d.Lines[2].Y2, 4);

@@ -35,7 +35,7 @@ TEST(DisplayStats, ShowsOneInformationBoxWithCrLfLines) {
 TEST(SampleDrawing, LoadsToItsKnownTables) {
   testing::Capture capture;
   Drawing d;
-  DXFReader reader(d);
+  DXFReader reader(d, ReadingProfile::Legacy);
   ASSERT_TRUE(reader.LoadDXF(testing::SamplePath()));
   EXPECT_TRUE(reader.outcome().Complete);
   EXPECT_TRUE(capture.messages.messages().empty());

@@ -29,11 +29,11 @@ std::string EntitiesFile(const Pairs& entities) {
   return DxfText({{0, "SECTION"}, {2, "ENTITIES"}}) + DxfText(entities) + DxfText({{0, "ENDSEC"}, {0, "EOF"}});
 }
 
-std::unique_ptr<Loaded> Load(const std::string& dxf, std::size_t rowLimit) {
+std::unique_ptr<Loaded> Load(const std::string& dxf, std::size_t rowLimit, ReadingProfile profile) {
   auto loaded = std::make_unique<Loaded>();
   loaded->drawing.SetRowLimit(rowLimit);
   loaded->drawing.InitDrawing(true);
-  DXFReader reader(loaded->drawing);
+  DXFReader reader(loaded->drawing, profile);
   loaded->result = reader.LoadDXFBytes(dxf);
   loaded->outcome = reader.outcome();
   return loaded;

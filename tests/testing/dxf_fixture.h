@@ -47,8 +47,13 @@ struct Loaded {
   bool result = false;
   LoadOutcome outcome;
 };
-// `rowLimit` overrides the drawing's bound on stored rows.
-std::unique_ptr<Loaded> Load(const std::string& dxf, std::size_t rowLimit = Drawing::kRowLimit);
+// `rowLimit` overrides the drawing's bound on stored rows. The reading rules' own tests
+// read with the legacy profile; the modern profile's tests ask for it.
+std::unique_ptr<Loaded> Load(const std::string& dxf, std::size_t rowLimit = Drawing::kRowLimit,
+                             ReadingProfile profile = ReadingProfile::Legacy);
+inline std::unique_ptr<Loaded> LoadModern(const std::string& dxf) {
+  return Load(dxf, Drawing::kRowLimit, ReadingProfile::Modern);
+}
 
 // A file in the temporary directory, removed with the object.
 class TempFile {
