@@ -85,6 +85,9 @@ void PlaceRecord(BlockRecord& record, const Placement& m) {
                    place(e.X3, e.Y3);
                    place(e.X4, e.Y4);
                  },
+                 [&](HatchEntity& e) {
+                   for (PointF& p : e.Points) place(p.x, p.y);
+                 },
              },
              record);
 }
@@ -110,6 +113,7 @@ void DXFReader::Emit(BlockRecord record) {
                  [&](TextEntity& e) { drawing_.AddText(e); },
                  [&](ArcEntity& e) { drawing_.AddArc(e); },
                  [&](SolidEntity& e) { drawing_.AddSolid(e); },
+                 [&](HatchEntity& e) { drawing_.AddHatch(e); },
              },
              record);
 }
@@ -127,6 +131,9 @@ void DXFReader::ExtendBy(const BlockRecord& record) {
                  [&](const SolidEntity& e) {
                    d.CheckExtents(e.X1, e.Y1, e.X2, e.Y2);
                    d.CheckExtents(e.X4, e.Y4, e.X3, e.Y3);
+                 },
+                 [&](const HatchEntity& e) {
+                   for (const PointF& p : e.Points) d.CheckExtents(p.x, p.y, p.x, p.y);
                  },
              },
              record);

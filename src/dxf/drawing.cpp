@@ -13,6 +13,8 @@ bool Drawing::InitDrawing(bool clearAll) {
     Arcs = {};
     Solids = {};
     Attribs = {};
+    Hatches = {};
+    BulgesAsArcs = false;
     Layers = {};
     DrawSeq = {};
     PendingInserts = {};
@@ -58,6 +60,7 @@ void Drawing::AddText(const TextEntity& row) { CountRow(); AppendRow(Texts, Draw
 void Drawing::AddArc(const ArcEntity& row) { CountRow(); AppendRow(Arcs, DrawSeq, kKindArc, row); }
 void Drawing::AddSolid(const SolidEntity& row) { CountRow(); AppendRow(Solids, DrawSeq, kKindSolid, row); }
 void Drawing::AddAttrib(const AttribEntity& row) { CountRow(); AppendRow(Attribs, DrawSeq, kKindAttrib, row); }
+void Drawing::AddHatch(const HatchEntity& row) { CountRow(); AppendRow(Hatches, DrawSeq, kKindHatch, row); }
 
 void Drawing::AddLayer(LayerEntry entry) {
   CountRow();

@@ -33,10 +33,15 @@ class Drawing {
   std::vector<ArcEntity> Arcs;
   std::vector<SolidEntity> Solids;
   std::vector<AttribEntity> Attribs;
+  std::vector<HatchEntity> Hatches;
   std::vector<LayerEntry> Layers;
   std::vector<BlockEntry> Blocks;
   std::vector<SeqEntry> DrawSeq;
   std::vector<PendingInsert> PendingInserts;
+
+  // Polyline bulges are drawn as arcs (modern profile); the legacy redraw draws every
+  // segment straight.
+  bool BulgesAsArcs = false;
 
   float ExtMinX = 1e30f, ExtMinY = 1e30f, ExtMaxX = -1e30f, ExtMaxY = -1e30f;
 
@@ -46,6 +51,7 @@ class Drawing {
   int32_t ArcCount() const { return int32_t(Arcs.size()); }
   int32_t SolidCount() const { return int32_t(Solids.size()); }
   int32_t AttribCount() const { return int32_t(Attribs.size()); }
+  int32_t HatchCount() const { return int32_t(Hatches.size()); }
   int32_t LayerCount() const { return int32_t(Layers.size()); }
   int32_t BlockCount() const { return int32_t(Blocks.size()); }
   int32_t SeqCount() const { return int32_t(DrawSeq.size()); }
@@ -65,6 +71,7 @@ class Drawing {
   void AddArc(const ArcEntity& row);
   void AddSolid(const SolidEntity& row);
   void AddAttrib(const AttribEntity& row);
+  void AddHatch(const HatchEntity& row);
 
   // Appends a layer entry; its name becomes findable by LayerIndex.
   void AddLayer(LayerEntry entry);

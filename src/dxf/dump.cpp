@@ -87,6 +87,9 @@ void DumpTables(const Drawing& d, std::ostream& out) {
           w << r.Block << r.Text.X << r.Text.Y;
           TextFields(w, r.Text);
         });
+  Table(out, "Hatches", "Layer\tColor\tLoops\tPoints", d.Hatches, [](RowWriter& w, const HatchEntity& r) {
+    w << r.Layer << r.Color << int32_t(r.LoopStarts.size()) << int32_t(r.Points.size());
+  });
   Table(out, "DrawSeq", "Kind\tIndex", d.DrawSeq, [](RowWriter& w, const SeqEntry& r) { w << r.Kind << r.Index; });
 }
 

@@ -53,6 +53,11 @@ const DXFReader::ModernKind* DXFReader::FindModernKind(std::string_view name) {
       {"VERTEX", "DXFPoly", &DXFReader::ModernVertex, kInEntities},
       {"SEQEND", "DXFPoly", &DXFReader::ModernSeqEnd, kInEntities},
       {"LWPOLYLINE", "DXFLwPolyline", &DXFReader::ModernLwPolyline, kInEntities},
+      {"MTEXT", "DXFMText", &DXFReader::ModernMText, kInEntities},
+      {"ELLIPSE", "DXFEllipse", &DXFReader::ModernEllipse, kInEntities},
+      {"SPLINE", "DXFSpline", &DXFReader::ModernSpline, kInEntities},
+      {"LEADER", "DXFLeader", &DXFReader::ModernLeader, kInEntities},
+      {"HATCH", "DXFHatch", &DXFReader::ModernHatch, kInEntities},
   };
   for (const ModernKind& k : kKinds)
     if (k.name == name) return &k;
@@ -78,18 +83,22 @@ bool DXFReader::NextPair(int& code, std::string_view& value) {
 }
 
 // Collects the pairs of one record (up to the next code 0, or code 9 in the header) into
-// pairs_, and the last value of every code from 1 to 80 into GroupValues.
+// pairs_, and the last value of every code from 1 to 80 into GroupValues; an embedded
+// object (from code 101 on) is passed over.
 bool DXFReader::ReadRecord(bool header) {
   for (std::size_t i = 0; i < setCount_; ++i) GroupValues[setCodes_[i]] = {};
   setCount_ = 0;
   pairs_.clear();
   int code = 0;
   std::string_view value;
+  bool embedded = false;  // after 101 an embedded object repeats codes with other meanings
   while (NextPair(code, value)) {
     if (code == 0 || (header && code == 9)) {
       havePending_ = true, pendingCode_ = code, pendingValue_ = value;
       return true;
     }
+    embedded = embedded || code == 101;
+    if (embedded) continue;
     pairs_.emplace_back(code, value);
     if (code > 0 && code <= 80) {
       if (GroupValues[code].data() == nullptr) setCodes_[setCount_++] = uint8_t(code);
@@ -111,6 +120,7 @@ bool DXFReader::Has(int code) const {
 
 bool DXFReader::ReadModern() {
   decoder_.SetModern(true);
+  drawing_.BulgesAsArcs = true;
   NoExtentsUpdate = true;  // extents come from the header or, after the load, the tables
   int code = 0;
   std::string_view value;
@@ -244,11 +254,27 @@ bool DXFReader::ModernInsert() { return StoreInsert(); }
 
 bool DXFReader::Ignore() { return true; }
 
+double DXFReader::CurveTolerance(double curveSize) const {
+  constexpr double kReferencePixels = 2048;
+  const Drawing& d = drawing_;
+  double reference = curveSize;
+  if (headerExtMin_ && headerExtMax_ && SaneExtents(d))
+    reference = std::max(double(d.ExtMaxX) - d.ExtMinX, double(d.ExtMaxY) - d.ExtMinY);
+  if (!(reference > 0) || !std::isfinite(reference)) reference = curveSize;
+  return reference / kReferencePixels / 4;
+}
+
 // Header extents that are missing, inverted or absurd give way to the extents of what
-// the tables hold.
+// the tables hold; so do header extents that leave part of the drawing outside (a stale
+// header), since everything that is drawn must be seen in the extents view.
 void DXFReader::FinishModernExtents() {
   Drawing& d = drawing_;
-  if (headerExtMin_ && headerExtMax_ && SaneExtents(d)) return;
+  const bool headerSane = headerExtMin_ && headerExtMax_ && SaneExtents(d);
+  const Drawing header = [&d] {
+    Drawing h;
+    h.ExtMinX = d.ExtMinX, h.ExtMinY = d.ExtMinY, h.ExtMaxX = d.ExtMaxX, h.ExtMaxY = d.ExtMaxY;
+    return h;
+  }();
   d.ExtMinX = d.ExtMinY = 1e30f;
   d.ExtMaxX = d.ExtMaxY = -1e30f;
   for (const LineEntity& e : d.Lines) d.CheckExtents(e.X1, e.Y1, e.X2, e.Y2);
@@ -261,6 +287,16 @@ void DXFReader::FinishModernExtents() {
   for (const SolidEntity& e : d.Solids) {
     d.CheckExtents(e.X1, e.Y1, e.X2, e.Y2);
     d.CheckExtents(e.X3, e.Y3, e.X4, e.Y4);
+  }
+  for (const HatchEntity& h : d.Hatches)
+    for (const PointF& p : h.Points) d.CheckExtents(p.x, p.y, p.x, p.y);
+  if (!headerSane) return;
+  const bool nothingDrawn = d.ExtMinX > d.ExtMaxX;
+  const double slack = 0.01 * std::max(double(header.ExtMaxX) - header.ExtMinX, double(header.ExtMaxY) - header.ExtMinY);
+  const bool covers = d.ExtMinX >= header.ExtMinX - slack && d.ExtMinY >= header.ExtMinY - slack &&
+                      d.ExtMaxX <= header.ExtMaxX + slack && d.ExtMaxY <= header.ExtMaxY + slack;
+  if (nothingDrawn || covers) {
+    d.ExtMinX = header.ExtMinX, d.ExtMinY = header.ExtMinY, d.ExtMaxX = header.ExtMaxX, d.ExtMaxY = header.ExtMaxY;
   }
 }
 

@@ -202,6 +202,15 @@ class DXFReader {
   bool ModernSeqEnd();
   bool ModernLwPolyline();
   bool ModernInsert();
+  bool ModernMText();
+  bool ModernEllipse();
+  bool ModernSpline();
+  bool ModernLeader();
+  bool ModernHatch();
+  void EmitCurve(const std::vector<PointF>& points);
+  // Chord tolerance for curves: a quarter pixel when the extents (from the header, else
+  // the curve itself) fill 2048 pixels.
+  double CurveTolerance(double curveSize) const;
   bool Ignore();
   void FinishModernExtents();
   std::string_view Last(int code) const;  // the last value of a code in the record

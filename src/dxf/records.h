@@ -5,6 +5,8 @@
 #include <variant>
 #include <vector>
 
+#include "dxf/rotation.h"
+
 namespace dxfimport {
 
 // Colours are RGB values in the Windows layout 0x00BBGGRR; a Layer is a 1-based row of
@@ -59,6 +61,15 @@ struct SolidEntity {
   int32_t Color = 0;
 };
 
+// A solid-filled HATCH: its boundary loops as polygons, filled by the alternate rule
+// (inner loops are holes). Points of loop i run from LoopStarts[i] to the next start.
+struct HatchEntity {
+  std::vector<PointF> Points;
+  std::vector<int32_t> LoopStarts;
+  int32_t Layer = 0;
+  int32_t Color = 0;
+};
+
 // ATTRIB: the block count at the time it was read, then a text.
 struct AttribEntity {
   int32_t Block = 0;
@@ -85,6 +96,7 @@ enum EntityKind : int32_t {
   kKindArc = 4,
   kKindSolid = 5,
   kKindAttrib = 7,
+  kKindHatch = 8,  // modern profile
 };
 
 // One drawable item in file order: its kind and its 1-based row in that kind's table.
@@ -94,8 +106,7 @@ struct SeqEntry {
 };
 
 // One entity of a block definition, coordinates relative to the block's base point.
-// The alternative's position + 1 is its kind number (1 line .. 5 solid).
-using BlockRecord = std::variant<LineEntity, PolySegment, TextEntity, ArcEntity, SolidEntity>;
+using BlockRecord = std::variant<LineEntity, PolySegment, TextEntity, ArcEntity, SolidEntity, HatchEntity>;
 
 struct BlockEntry {
   float BaseX = 0, BaseY = 0;  // groups 10, 20 of the BLOCK

@@ -1,6 +1,7 @@
 #include "render/canvas.h"
 
 #include <QFontMetrics>
+#include <QPainterPath>
 #include <QPolygon>
 
 #include <cmath>
@@ -100,7 +101,7 @@ void Canvas::DrawLine(const RECT& ends, int32_t width, int32_t color, int32_t st
   });
 }
 
-void Canvas::DrawArc(const RECT& bounds, const ArcEnds& ends, int32_t color, int32_t style) {
+void Canvas::DrawArc(const RECT& bounds, const ArcEnds& ends, int32_t color, int32_t style, int32_t width) {
   Reported("DrawArc", [&] {
     QRectF rect = FigureRect(bounds);
     QPointF centre = rect.center();
@@ -108,7 +109,7 @@ void Canvas::DrawArc(const RECT& bounds, const ArcEnds& ends, int32_t color, int
     double end = ScreenAngle(centre, ends.EndX, ends.EndY);
     double span = std::fmod(end - start + 720.0, 360.0);
     if (span == 0) span = 360;  // both ends on one radial: the whole ellipse
-    UsePen(color, 1, style);
+    UsePen(color, width, style);
     painter_.setBrush(Qt::NoBrush);
     painter_.drawArc(rect, int(std::lround(start * 16)), int(std::lround(span * 16)));
   });
@@ -133,6 +134,18 @@ void Canvas::DrawSolid(const std::array<DevicePoint, 4>& corners, int32_t color)
     painter_.setPen(Qt::NoPen);
     painter_.setBrush(ToQColor(color));
     painter_.drawPolygon(polygon, Qt::OddEvenFill);
+  });
+}
+
+void Canvas::DrawHatch(const std::vector<QPolygon>& loops, int32_t color) {
+  Reported("DrawHatch", [&] {
+    QPainterPath path;
+    path.setFillRule(Qt::OddEvenFill);
+    for (const QPolygon& loop : loops) path.addPolygon(QPolygonF(loop));
+    ForgetPen();
+    painter_.setPen(Qt::NoPen);
+    painter_.setBrush(ToQColor(color));
+    painter_.drawPath(path);
   });
 }
 

@@ -8,6 +8,9 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
+
+#include <QPolygon>
 
 #include "render/engine.h"
 
@@ -37,12 +40,14 @@ class Canvas {
   void DrawLine(const RECT& ends, int32_t width, int32_t color, int32_t style);
   // An arc of the ellipse in `bounds` (either corner order), counter-clockwise on the
   // screen from the radial through its start point to the radial through its end point.
-  void DrawArc(const RECT& bounds, const ArcEnds& ends, int32_t color, int32_t style);
+  void DrawArc(const RECT& bounds, const ArcEnds& ends, int32_t color, int32_t style, int32_t width = 1);
   // The ellipse in `bounds`, filled with the current brush.
   void DrawEllipse(const RECT& bounds, int32_t color, int32_t style);
   // The four corners as a polygon outlined with the current pen and brush, then filled
   // (alternate rule) with the colour.
   void DrawSolid(const std::array<DevicePoint, 4>& corners, int32_t color);
+  // Polygons filled by the alternate rule (inner loops are holes), without an outline.
+  void DrawHatch(const std::vector<QPolygon>& loops, int32_t color);
   // A text with its baseline at y; justification 1 and 4 centre on x, 2 ends at x, any
   // other starts at x; rotation in whole degrees (ties to even), counter-clockwise; the
   // character cell is `height` pixels high; weight 100.

@@ -159,7 +159,8 @@ void ZoomState::DrawEntity(Pass& pass, const SeqEntry& entry) {
       RECT r{e.CvtX(s.X1), e.CvtY(s.Y1), e.CvtX(s.X2), e.CvtY(s.Y2)};
       int32_t color = EntityColor(s.Layer, s.Color, pass.toPrinter);
       int32_t penWidth = std::max<int32_t>(1, CInt(double(s.Width) * e.ViewScale));
-      if (Visible(pass, r)) canvas.DrawLine(r, penWidth, color, 0);  // bulges are drawn straight
+      if (s.Bulge != 0 && drawing_.BulgesAsArcs) return DrawBulgedSegment(pass, s, color, penWidth);
+      if (Visible(pass, r)) canvas.DrawLine(r, penWidth, color, 0);  // legacy: bulges are drawn straight
       return;
     }
     case kKindText: {
@@ -187,9 +188,51 @@ void ZoomState::DrawEntity(Pass& pass, const SeqEntry& entry) {
       if (LayerOn(a.Text.Layer) && AttributesVisible) DrawTextEntity(pass, a.Text);
       return;
     }
+    case kKindHatch: {
+      const HatchEntity& h = RowOf(drawing_.Hatches, entry.Index);
+      if (LayerOn(h.Layer)) DrawHatchEntity(pass, h);
+      return;
+    }
     default:
       return;
   }
+}
+
+// A bulged segment as its arc: bulge = tan(included angle / 4), positive counter-clockwise
+// from the segment's start to its end.
+void ZoomState::DrawBulgedSegment(Pass& pass, const PolySegment& s, int32_t color, int32_t penWidth) {
+  const DXFEngine& e = Engine;
+  const double b = s.Bulge, dx = double(s.X2) - s.X1, dy = double(s.Y2) - s.Y1, d = std::hypot(dx, dy);
+  if (d == 0) return;
+  const double k = (1 - b * b) / (4 * b);
+  const double cx = s.X1 + dx / 2 - dy * k, cy = s.Y1 + dy / 2 + dx * k;
+  const double radius = d * (1 + b * b) / (4 * std::abs(b));
+  RECT bounds{e.CvtX(float(cx - radius)), e.CvtY(float(cy + radius)), e.CvtX(float(cx + radius)),
+              e.CvtY(float(cy - radius))};
+  int32_t x1 = e.CvtX(s.X1), y1 = e.CvtY(s.Y1), x2 = e.CvtX(s.X2), y2 = e.CvtY(s.Y2);
+  if (std::abs(x1 - x2) < 1 && std::abs(y1 - y2) < 1) return;
+  if (!Visible(pass, bounds)) return;
+  ArcEnds ends = b > 0 ? ArcEnds{x1, y2, x2, y1} : ArcEnds{x2, y1, x1, y2};
+  pass.canvas.DrawArc(bounds, ends, color, 0, penWidth);
+}
+
+void ZoomState::DrawHatchEntity(Pass& pass, const HatchEntity& h) {
+  const DXFEngine& e = Engine;
+  std::vector<QPolygon> loops;
+  RECT box{INT32_MAX, INT32_MAX, INT32_MIN, INT32_MIN};
+  for (std::size_t l = 0; l < h.LoopStarts.size(); ++l) {
+    std::size_t from = std::size_t(h.LoopStarts[l]);
+    std::size_t to = l + 1 < h.LoopStarts.size() ? std::size_t(h.LoopStarts[l + 1]) : h.Points.size();
+    QPolygon loop;
+    for (std::size_t i = from; i < to && i < h.Points.size(); ++i) {
+      QPoint p(e.CvtX(h.Points[i].x), e.CvtY(h.Points[i].y));
+      loop << p;
+      box = {std::min(box.left, p.x()), std::min(box.top, p.y()), std::max(box.right, p.x()), std::max(box.bottom, p.y())};
+    }
+    loops.push_back(std::move(loop));
+  }
+  if (loops.empty() || !Visible(pass, RECT{box.left, box.top, box.right + 1, box.bottom + 1})) return;
+  pass.canvas.DrawHatch(loops, EntityColor(h.Layer, h.Color, pass.toPrinter));
 }
 
 void ZoomState::DrawTextEntity(Pass& pass, TextEntity& t) {

@@ -59,6 +59,8 @@ class ZoomState {
   void DrawEntity(Pass& pass, const SeqEntry& entry);
   void DrawTextEntity(Pass& pass, TextEntity& text);
   void DrawArcEntity(Pass& pass, const ArcEntity& arc);
+  void DrawBulgedSegment(Pass& pass, const PolySegment& s, int32_t color, int32_t penWidth);
+  void DrawHatchEntity(Pass& pass, const HatchEntity& h);
   bool Visible(const Pass& pass, const RECT& device) const;
   bool LayerOn(int32_t layer) const { return drawing_.LayerState(layer) != 0; }
   void AddPrintBorder(Canvas& canvas, int32_t lineHeight);
