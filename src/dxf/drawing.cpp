@@ -14,6 +14,7 @@ bool Drawing::InitDrawing(bool clearAll) {
     Solids = {};
     Attribs = {};
     Hatches = {};
+    DashPatterns = {};
     BulgesAsArcs = false;
     Layers = {};
     DrawSeq = {};

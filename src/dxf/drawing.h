@@ -43,6 +43,12 @@ class Drawing {
   // segment straight.
   bool BulgesAsArcs = false;
 
+  // Dash patterns of line types from the LTYPE table (modern profile), in drawing units:
+  // positive a dash, negative a gap, 0 a dot. Pen style kFirstDashPattern + i draws
+  // pattern i.
+  static constexpr int32_t kFirstDashPattern = 16;
+  std::vector<std::vector<float>> DashPatterns;
+
   float ExtMinX = 1e30f, ExtMinY = 1e30f, ExtMaxX = -1e30f, ExtMaxY = -1e30f;
 
   int32_t LineCount() const { return int32_t(Lines.size()); }

@@ -203,12 +203,19 @@ bool DXFReader::ModernLayer() {
   entry.Color = ColorMap(int16_t(std::abs(int(number))));
   if (Has(420)) entry.Color = TrueColor(Last(420));
   entry.IsOn = (number < 0 || BitFlag(Long(70), 0)) ? 0 : -1;
-  entry.LineType = LineTypeOfName(Text(6));
+  entry.LineType = LineTypeOfName(Trim(Text(6)));
   drawing_.AddLayer(std::move(entry));
   return true;
 }
 
-bool DXFReader::ModernLineType() { return true; }
+// LTYPE: the name (2) and its pattern elements (49).
+bool DXFReader::ModernLineType() {
+  std::vector<float> elements;
+  for (const auto& [code, value] : pairs_)
+    if (code == 49) elements.push_back(CSng(Val(value)));
+  lineTypes_[std::string(Trim(Text(2)))] = std::move(elements);
+  return true;
+}
 
 bool DXFReader::ModernPolyline() {
   BeginPolyline(Long(70), Sng(40));

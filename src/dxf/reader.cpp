@@ -227,11 +227,23 @@ int32_t DXFReader::EntityLineType() const {
     int32_t row = drawing_.FindLayer(TrimRight(CutChars(Trim(Text(8)), 20)));
     return row ? drawing_.Layers[std::size_t(row - 1)].LineType : 0;
   }
-  return LineTypeOfName(name);
+  return LineTypeOfName(name, GroupValues[48].data() ? Num(48) : 1.0);
 }
 
-int32_t DXFReader::LineTypeOfName(std::string_view name) const {
-  return LineTypeMap(name);
+int32_t DXFReader::LineTypeOfName(std::string_view name, double scale) const {
+  int32_t style = LineTypeMap(name);
+  if (style != 0 || profile_ == ReadingProfile::Legacy || name == "CONTINUOUS") return style;
+  auto found = lineTypes_.find(std::string(name));
+  if (found == lineTypes_.end() || found->second.empty()) return 0;
+  auto key = std::pair(found->first, scale);
+  auto known = patternStyles_.find(key);
+  if (known != patternStyles_.end()) return known->second;
+  std::vector<float> pattern;
+  for (float element : found->second) pattern.push_back(float(element * ltScale_ * scale));
+  drawing_.DashPatterns.push_back(std::move(pattern));
+  int32_t patternStyle = Drawing::kFirstDashPattern + int32_t(drawing_.DashPatterns.size()) - 1;
+  patternStyles_.emplace(key, patternStyle);
+  return patternStyle;
 }
 
 // $EXTMIN and $EXTMAX: once a header extent is read the readers stop widening the extents,

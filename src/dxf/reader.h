@@ -1,6 +1,8 @@
 #pragma once
 
 #include <array>
+#include <map>
+#include <unordered_map>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -113,7 +115,9 @@ class DXFReader {
   int32_t EntityLayer();
   int32_t EntityColorValue() const;
   int32_t EntityLineType() const;
-  int32_t LineTypeOfName(std::string_view name) const;
+  // Pen style of a line-type name: the legacy map's, else (modern) the LTYPE table's
+  // pattern scaled by $LTSCALE and `scale`, else solid.
+  int32_t LineTypeOfName(std::string_view name, double scale = 1) const;
 
   // Header and tables.
   bool ReadHeaderPoint(float& x, float& y);
@@ -241,6 +245,8 @@ class DXFReader {
   bool skipBlock_ = false;  // a paper-space block: its entities are not kept
   bool headerExtMin_ = false, headerExtMax_ = false;
   double ltScale_ = 1;
+  std::unordered_map<std::string, std::vector<float>> lineTypes_;        // LTYPE elements
+  mutable std::map<std::pair<std::string, double>, int32_t> patternStyles_;  // (name, scale) -> style
   TextDecoder decoder_;
 };
 

@@ -37,13 +37,47 @@ double ScreenAngle(QPointF centre, double x, double y) {
   return std::atan2(-(y - centre.y()), x - centre.x()) * 180.0 / M_PI;
 }
 
-QPen MakePen(int32_t color, int32_t width, int32_t style) {
-  if (width <= 1) return QPen(QBrush(Canvas::ToQColor(color)), 0, Canvas::ToPenStyle(style), Qt::FlatCap);
-  // A wide pen is always solid, with round ends, as wide pens have always been.
-  return QPen(QBrush(Canvas::ToQColor(color)), width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+}  // namespace
+
+QPen Canvas::MakePen(int32_t color, int32_t width, int32_t style) const {
+  if (width > 1) {
+    // A wide pen is always solid, with round ends, as wide pens have always been.
+    return QPen(QBrush(ToQColor(color)), width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+  }
+  QPen pen(QBrush(ToQColor(color)), 0, ToPenStyle(style), Qt::FlatCap);
+  std::size_t pattern = std::size_t(style - 16);
+  if (style >= 16 && pattern < dashPatterns_.size() && !dashPatterns_[pattern].isEmpty())
+    pen.setDashPattern(dashPatterns_[pattern]);
+  return pen;
 }
 
-}  // namespace
+QVector<qreal> Canvas::PixelPattern(const std::vector<float>& elements, double scale) {
+  // Runs of dashes and of gaps; neighbours of one kind merge.
+  std::vector<std::pair<bool, double>> runs;
+  double total = 0;
+  for (float element : elements) {
+    bool dash = element >= 0;
+    double pixels = element == 0 ? 1.0 : std::abs(double(element)) * scale;
+    total += pixels;
+    if (!runs.empty() && runs.back().first == dash) runs.back().second += pixels;
+    else runs.emplace_back(dash, pixels);
+  }
+  if (runs.size() < 2 || total < 3 || !std::isfinite(total)) return {};
+  // Qt takes dash, gap, dash, gap, ...: the pattern repeats, so a leading gap moves to the
+  // end and a trailing dash joins the leading one.
+  if (!runs.front().first) {
+    runs.push_back(runs.front());
+    runs.erase(runs.begin());
+  }
+  if (runs.back().first) {
+    runs.front().second += runs.back().second;
+    runs.pop_back();
+  }
+  QVector<qreal> pattern;
+  for (const auto& run : runs) pattern.append(std::max(1.0, run.second));
+  if (pattern.size() % 2 == 1) pattern.append(1);
+  return pattern;
+}
 
 Canvas::Canvas(QPainter& painter)
     : painter_(painter), currentPen_(Qt::black, 0), currentBrush_(Qt::NoBrush), currentFont_(CellFont("Arial", 16)) {

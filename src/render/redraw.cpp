@@ -112,6 +112,10 @@ bool ZoomState::DrawPass(const ZoomRect& window, Surface& surface, QPaintDevice*
 
   QPainter painter(device);
   Canvas canvas(painter);
+  std::vector<QVector<qreal>> patterns;
+  for (const std::vector<float>& pattern : drawing_.DashPatterns)
+    patterns.push_back(Canvas::PixelPattern(pattern, e.ViewScale));
+  canvas.SetDashPatterns(std::move(patterns));
   Pass pass{canvas, toPrinter};
   const int32_t count = drawing_.SeqCount();
   const float step = 50000.0f / float(count);
