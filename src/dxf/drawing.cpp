@@ -83,11 +83,6 @@ int32_t Drawing::LayerIndex(std::string_view name) {
   return 1;
 }
 
-int32_t Drawing::FindLayer(std::string_view name) const {
-  auto found = layerRows_.find(name);
-  return found == layerRows_.end() ? 0 : found->second;
-}
-
 int32_t Drawing::LayerState(int32_t index) const {
   if (index < 1 || index > LayerCount()) throw RunTimeError(kErrSubscript);
   return Layers[index - 1].IsOn;

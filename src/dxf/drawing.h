@@ -85,8 +85,6 @@ class Drawing {
   // Names are compared and stored back trimmed, as the layer table always did. The row
   // is a 16-bit number: searching past row 32767 raises the Overflow error.
   int32_t LayerIndex(std::string_view name);
-  // Row of the first layer whose trimmed name equals `name`, 0 when none; no side effects.
-  int32_t FindLayer(std::string_view name) const;
   // IsOn of layer row `index`; Subscript out of range for a row that does not exist.
   int32_t LayerState(int32_t index) const;
 

@@ -220,12 +220,12 @@ int32_t DXFReader::EntityColorValue() const {
 }
 
 // Legacy: LineTypeMap of group 6. Modern: "by layer" (or none) takes the layer's.
-int32_t DXFReader::EntityLineType() const {
+int32_t DXFReader::EntityLineType() {
   if (profile_ == ReadingProfile::Legacy) return LineTypeMap(GroupValues[6]);
   std::string_view name = Trim(GroupValues[6]);
   if (name.empty() || name == "BYLAYER") {
-    int32_t row = drawing_.FindLayer(TrimRight(CutChars(Trim(Text(8)), 20)));
-    return row ? drawing_.Layers[std::size_t(row - 1)].LineType : 0;
+    int32_t row = EntityLayer();
+    return row >= 1 && row <= drawing_.LayerCount() ? drawing_.Layers[std::size_t(row - 1)].LineType : 0;
   }
   return LineTypeOfName(name, GroupValues[48].data() ? Num(48) : 1.0);
 }

@@ -114,7 +114,7 @@ class DXFReader {
   // The entity's layer row, colour and pen style, by the profile's rules.
   int32_t EntityLayer();
   int32_t EntityColorValue() const;
-  int32_t EntityLineType() const;
+  int32_t EntityLineType();
   // Pen style of a line-type name: the legacy map's, else (modern) the LTYPE table's
   // pattern scaled by $LTSCALE and `scale`, else solid.
   int32_t LineTypeOfName(std::string_view name, double scale = 1) const;

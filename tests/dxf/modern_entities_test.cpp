@@ -1,0 +1,128 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "dxf/curves.h"
+#include "dxf/mtext.h"
+#include "testing/dxf_fixture.h"
+
+namespace dxfimport {
+namespace {
+
+using testing::EntitiesFile;
+using testing::LoadModern;
+
+TEST(MTextLines, StripsFormattingAndSplitsParagraphs) {
+  EXPECT_EQ(MTextLines("plain"), std::vector<std::string>{"plain"});
+  EXPECT_EQ(MTextLines("a\\Pb"), (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(MTextLines("{\\fArial|b1;Bold} \\H2.5x;big\\~end"), std::vector<std::string>{"Bold big end"});
+  EXPECT_EQ(MTextLines("\\LUnder\\l \\S1^2; \\\\ \\{x\\}"), std::vector<std::string>{"Under 1/2 \\ {x}"});
+  EXPECT_EQ(MTextLines("\\C1;red^Jnext %%d%%c"), (std::vector<std::string>{"red", "next \u00B0\u00D8"}));
+}
+
+TEST(Curves, EllipsesAndSplinesStayWithinTheTolerance) {
+  auto circle = FlattenEllipse({0, 0}, {10, 0}, 1, 0, 2 * M_PI, false, 0.01);
+  ASSERT_GT(circle.size(), 20u);
+  for (std::size_t i = 1; i < circle.size(); ++i) {
+    double mx = (circle[i - 1].x + circle[i].x) / 2, my = (circle[i - 1].y + circle[i].y) / 2;
+    EXPECT_LE(10 - std::hypot(mx, my), 0.0101);
+  }
+  EXPECT_NEAR(circle[circle.size() / 4].y, 10, 0.01);  // counter-clockwise
+  auto clockwise = FlattenEllipse({0, 0}, {10, 0}, 0.5, 0, M_PI / 2, true, 0.01);
+  EXPECT_NEAR(clockwise.back().y, -5, 0.01);
+  SplineData quadratic;
+  quadratic.degree = 2;
+  quadratic.controlPoints = {{0, 0}, {5, 10}, {10, 0}};
+  auto points = FlattenSpline(quadratic, 0.01);
+  EXPECT_NEAR(points.front().x, 0, 1e-5);
+  EXPECT_NEAR(points.back().x, 10, 1e-5);
+  EXPECT_NEAR(points[points.size() / 2].y, 5, 0.05);  // the middle of a clamped quadratic
+  SplineData fitOnly;
+  fitOnly.controlPoints.clear();
+  fitOnly.fitPoints = {{0, 0}, {1, 1}, {2, 0}};
+  EXPECT_EQ(FlattenSpline(fitOnly, 0.01).size(), 3u);
+  EXPECT_EQ(ChordCount(1e30, 1, 0), 4);
+  EXPECT_EQ(ChordCount(1e9, 6.3, 1e-9), 4096);
+}
+
+TEST(ModernEntities, MTextBecomesOneRowPerLinePlacedByItsAttachment) {
+  auto loaded = LoadModern(EntitiesFile({{0, "MTEXT"}, {10, "100"}, {20, "50"}, {40, "3"}, {71, "1"},
+                                         {3, "first\\Psec"}, {1, "ond\\P\\Pfourth"}, {101, "Embedded Object"},
+                                         {10, "999"}, {40, "77"}}));
+  const Drawing& d = loaded->drawing;
+  ASSERT_EQ(d.TextCount(), 3);
+  EXPECT_EQ(d.Texts[0].Text, "first");
+  EXPECT_EQ(d.Texts[1].Text, "second");
+  EXPECT_EQ(d.Texts[2].Text, "fourth");
+  EXPECT_EQ(d.Texts[0].X, 100);
+  EXPECT_EQ(d.Texts[0].Y, 47);  // top left: the first baseline one height down
+  EXPECT_FLOAT_EQ(d.Texts[2].Y, 47 - 3 * 5);
+  EXPECT_EQ(d.Texts[0].Height, 3);
+  auto turned = LoadModern(EntitiesFile({{0, "MTEXT"}, {10, "0"}, {20, "0"}, {40, "2"}, {71, "9"}, {11, "0"},
+                                         {21, "1"}, {1, "x"}}));
+  EXPECT_EQ(turned->drawing.Texts[0].Rotation, 90);
+  EXPECT_EQ(turned->drawing.Texts[0].HorzJustify, 2);
+}
+
+TEST(ModernEntities, CurvesLeadersAndTracesBecomeSegmentsAndSolids) {
+  auto loaded = LoadModern(EntitiesFile({
+      {0, "ELLIPSE"}, {10, "0"}, {20, "0"}, {11, "10"}, {21, "0"}, {40, "0.5"}, {41, "0"}, {42, "3.14159265"},
+      {0, "LEADER"}, {10, "0"}, {20, "0"}, {10, "5"}, {20, "5"}, {10, "9"}, {20, "5"},
+      {0, "TRACE"}, {10, "0"}, {20, "0"}, {11, "1"}, {21, "0"}, {12, "0"}, {22, "1"}, {13, "1"}, {23, "1"},
+      {0, "SPLINE"}, {71, "2"}, {10, "0"}, {20, "0"}, {10, "5"}, {20, "10"}, {10, "10"}, {20, "0"}}));
+  const Drawing& d = loaded->drawing;
+  EXPECT_EQ(d.SolidCount(), 1);
+  ASSERT_GT(d.PolySegCount(), 10);
+  EXPECT_EQ(d.PolySegs[0].X1, 10);  // the half ellipse starts on its major axis
+  int leader = 0;
+  for (const PolySegment& s : d.PolySegs) leader += (s.X1 == 5 && s.Y1 == 5 && s.X2 == 9);
+  EXPECT_EQ(leader, 1);
+  EXPECT_EQ(d.ExtMinY, 0);
+  EXPECT_NEAR(d.ExtMaxY, 5, 0.01);
+  EXPECT_NEAR(d.ExtMaxX, 10, 1e-4);
+}
+
+TEST(ModernEntities, SolidHatchesKeepTheirLoopsAndPatternHatchesTheirOutline) {
+  testing::Pairs square = {{91, "2"},
+                           {92, "2"}, {72, "0"}, {73, "1"}, {93, "4"}, {10, "0"}, {20, "0"}, {10, "10"}, {20, "0"},
+                           {10, "10"}, {20, "10"}, {10, "0"}, {20, "10"}, {97, "0"},
+                           {92, "1"}, {93, "2"}, {72, "1"}, {10, "4"}, {20, "4"}, {11, "6"}, {21, "4"},
+                           {72, "2"}, {10, "5"}, {20, "4"}, {40, "1"}, {50, "0"}, {51, "180"}, {73, "1"}, {97, "0"},
+                           {75, "0"}, {76, "1"}, {98, "1"}, {10, "5"}, {20, "5"}};
+  testing::Pairs solid = {{0, "HATCH"}, {62, "1"}, {10, "0"}, {20, "0"}, {2, "SOLID"}, {70, "1"}};
+  solid.insert(solid.end(), square.begin(), square.end());
+  auto filled = LoadModern(EntitiesFile(solid));
+  const Drawing& d = filled->drawing;
+  ASSERT_EQ(d.HatchCount(), 1);
+  EXPECT_EQ(d.Hatches[0].LoopStarts.size(), 2u);
+  EXPECT_EQ(d.Hatches[0].LoopStarts[1], 4);
+  EXPECT_GT(d.Hatches[0].Points.size(), 8u);
+  EXPECT_EQ(d.Hatches[0].Color, 0x0000FF);
+  EXPECT_EQ(d.DrawSeq[0].Kind, kKindHatch);
+  testing::Pairs pattern = {{0, "HATCH"}, {2, "ANSI31"}, {70, "0"}};
+  pattern.insert(pattern.end(), square.begin(), square.end());
+  auto outlined = LoadModern(EntitiesFile(pattern));
+  EXPECT_EQ(outlined->drawing.HatchCount(), 0);
+  EXPECT_GT(outlined->drawing.PolySegCount(), 8);
+}
+
+TEST(ModernEntities, LineTypePatternsComeFromTheLtypeTable) {
+  std::string tables = testing::DxfText({{0, "SECTION"}, {2, "HEADER"}, {9, "$LTSCALE"}, {40, "2"}, {0, "ENDSEC"},
+                                         {0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "LTYPE"},
+                                         {0, "LTYPE"}, {2, "CENTER2"}, {73, "4"}, {49, "1.25"}, {49, "-0.25"},
+                                         {49, "0.25"}, {49, "-0.25"}, {0, "ENDTAB"},
+                                         {0, "TABLE"}, {2, "LAYER"}, {0, "LAYER"}, {2, "0"}, {6, "CENTER2"},
+                                         {0, "ENDTAB"}, {0, "ENDSEC"}});
+  auto loaded = LoadModern(tables + EntitiesFile({{0, "LINE"}, {6, "CENTER2"}, {48, "3"}, {0, "LINE"},
+                                                  {0, "LINE"}, {6, "DASHED"}}));
+  const Drawing& d = loaded->drawing;
+  ASSERT_EQ(d.LineCount(), 3);
+  EXPECT_EQ(d.Lines[0].LineType, Drawing::kFirstDashPattern + 1);  // the layer took pattern 0
+  EXPECT_EQ(d.Lines[1].LineType, Drawing::kFirstDashPattern);      // by layer
+  EXPECT_EQ(d.Lines[2].LineType, 1);                               // the legacy map's
+  ASSERT_EQ(d.DashPatterns.size(), 2u);
+  EXPECT_FLOAT_EQ(d.DashPatterns[1][0], 1.25f * 2 * 3);
+}
+
+}  // namespace
+}  // namespace dxfimport
