@@ -8,6 +8,7 @@
 
 #include "app/commands.h"
 #include "app/render_command.h"
+#include "app/sweep_command.h"
 #include "support/texts.h"
 
 namespace {
@@ -68,6 +69,13 @@ int main(int argc, char** argv) {
   draw->add_flag("--legacy", legacy, legacyHelp);
   draw->add_option("--window", window, "Window LEFT,TOP,RIGHT,BOTTOM in drawing units (default: the extents)");
 
+  std::string sweepDir, sweepOutput;
+  int sweepSeconds = 60;
+  CLI::App* sweep = app.add_subcommand("sweep", "Load and draw every .dxf file under a folder; print a table");
+  sweep->add_option("dir", sweepDir, "Folder to sweep")->required();
+  sweep->add_option("-o,--output", sweepOutput, "Write the Markdown table to this file");
+  sweep->add_option("--seconds", sweepSeconds, "Time bound per file and profile")->capture_default_str();
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
@@ -77,6 +85,10 @@ int main(int argc, char** argv) {
   const ReadingProfile profile = legacy ? ReadingProfile::Legacy : ReadingProfile::Modern;
   if (stats->parsed()) return RunStats(file, json, profile);
   if (dump->parsed()) return RunDump(file, profile);
+  if (sweep->parsed()) {
+    PrepareHeadlessQt();
+    return RunSweep(sweepDir, sweepOutput, sweepSeconds);
+  }
   if (draw->parsed()) {
     render.profile = profile;
     if (std::sscanf(size.c_str(), "%dx%d", &render.width, &render.height) != 2) {

@@ -144,6 +144,8 @@ bool DXFReader::ReadModern() {
     StopAt("LoadDXF");
   }
   if (!goOn && outcome_.StoppedIn.empty()) StopAt("LoadDXF");
+  // Every drawing has a layer "0", even one written without a layer table.
+  if (drawing_.LayerCount() == 0 && drawing_.SeqCount() > 0) drawing_.AddLayer({"0", 0, -1, 0});
   FinishModernExtents();
   return goOn;
 }

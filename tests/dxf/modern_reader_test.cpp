@@ -84,6 +84,13 @@ TEST(ModernProfile, LwPolylinesCarryBulgesWidthAndTheClosingSegment) {
   EXPECT_EQ(d.PolySegs[2].Width, 0.5f);
 }
 
+TEST(ModernProfile, ADrawingWithoutALayerTableGetsLayerZero) {
+  auto loaded = LoadModern(EntitiesFile(kModernLine));
+  ASSERT_EQ(loaded->drawing.LayerCount(), 1);
+  EXPECT_EQ(loaded->drawing.Layers[0].Name, "0");
+  EXPECT_EQ(loaded->drawing.LayerState(loaded->drawing.Lines[0].Layer), -1);
+}
+
 TEST(ModernProfile, PaperSpaceIsNotDrawn) {
   Pairs blocks = {{0, "SECTION"}, {2, "BLOCKS"}, {0, "BLOCK"}, {2, "*Paper_Space0"}, {0, "LINE"}, {10, "9"},
                   {0, "ENDBLK"}, {0, "ENDSEC"}};
