@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include <charconv>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <cstdio>
@@ -52,52 +53,73 @@ std::size_t FileSize(const std::string& path) {
   return std::size_t(st.st_size);
 }
 
+// Args: megabytes, drawing style (0 R12, 1 R2000), profile (0 legacy, 1 modern).
+SyntheticStyle StyleOf(const benchmark::State& state) {
+  return state.range(1) ? SyntheticStyle::R2000 : SyntheticStyle::R12;
+}
+
+// The floor: map the file, split it into lines and parse every numeric line.
+double FloorPass(const std::string& path, std::size_t size) {
+  double sum = 0;
+  int fd = open(path.c_str(), O_RDONLY);
+  void* map = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
+  close(fd);
+  const char* p = static_cast<const char*>(map);
+  const char* end = p + size;
+  while (p < end) {
+    const char* nl = static_cast<const char*>(memchr(p, '\n', std::size_t(end - p)));
+    if (!nl) nl = end;
+    const char* s = p;
+    while (s < nl && *s == ' ') ++s;
+    double v = 0;
+    if (s < nl && ((*s >= '0' && *s <= '9') || *s == '-')) std::from_chars(s, nl, v);
+    sum += v;
+    p = nl + 1;
+  }
+  munmap(map, size);
+  return sum;
+}
+
+// Each iteration loads the file and then runs the floor over the same bytes, so that the
+// ratio compares the two at the same moment of a noisy machine.
 void BM_LoadDXF(benchmark::State& state) {
-  std::string path = SyntheticDrawingFile(DataDir(), int(state.range(0)));
+  std::string path = SyntheticDrawingFile(DataDir(), int(state.range(0)), StyleOf(state));
+  const ReadingProfile profile = state.range(2) ? ReadingProfile::Modern : ReadingProfile::Legacy;
+  const std::size_t size = FileSize(path);
   QuietSinks quiet;
+  using Clock = std::chrono::steady_clock;
+  double loadSeconds = 0, floorSeconds = 0, sum = 0;
   int64_t entities = 0;
   for (auto _ : state) {
-    Drawing drawing;
-    DXFReader reader(drawing);
-    if (!reader.LoadDXF(path) || !reader.outcome().Complete) state.SkipWithError("load failed");
-    entities = drawing.SeqCount();
+    auto start = Clock::now();
+    {
+      Drawing drawing;
+      DXFReader reader(drawing, profile);
+      if (!reader.LoadDXF(path) || !reader.outcome().Complete) state.SkipWithError("load failed");
+      entities = drawing.SeqCount();
+    }
+    auto loaded = Clock::now();
+    sum += FloorPass(path, size);
+    auto floored = Clock::now();
+    loadSeconds += std::chrono::duration<double>(loaded - start).count();
+    floorSeconds += std::chrono::duration<double>(floored - loaded).count();
   }
-  state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(FileSize(path)));
+  benchmark::DoNotOptimize(sum);
+  const double bytes = double(size) * double(state.iterations());
+  state.counters["load_MBps"] = bytes / loadSeconds / 1e6;
+  state.counters["floor_MBps"] = bytes / floorSeconds / 1e6;
+  state.counters["ratio"] = floorSeconds / loadSeconds;
   state.counters["entities"] = double(entities);
 }
 
-// The floor: map the same file, split it into lines and parse every numeric line.
-void BM_Floor(benchmark::State& state) {
-  std::string path = SyntheticDrawingFile(DataDir(), int(state.range(0)));
-  std::size_t size = FileSize(path);
-  double sum = 0;
-  for (auto _ : state) {
-    int fd = open(path.c_str(), O_RDONLY);
-    void* map = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
-    close(fd);
-    const char* p = static_cast<const char*>(map);
-    const char* end = p + size;
-    while (p < end) {
-      const char* nl = static_cast<const char*>(memchr(p, '\n', std::size_t(end - p)));
-      if (!nl) nl = end;
-      const char* s = p;
-      while (s < nl && *s == ' ') ++s;
-      double v = 0;
-      if (s < nl && ((*s >= '0' && *s <= '9') || *s == '-')) std::from_chars(s, nl, v);
-      sum += v;
-      p = nl + 1;
-    }
-    munmap(map, size);
-  }
-  benchmark::DoNotOptimize(sum);
-  state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(size));
+// Medians of three repetitions: the legacy profile on R12 drawings, the modern one on R12
+// and R2000 drawings.
+void Cases(benchmark::internal::Benchmark* b) {
+  for (int mb : kSizes)
+    for (auto [style, profile] : {std::pair(0, 0), std::pair(0, 1), std::pair(1, 1)}) b->Args({mb, style, profile});
+  b->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5)->Repetitions(3)->ReportAggregatesOnly(true);
 }
-
-// Medians of three repetitions: the machines this runs on are shared and noisy.
-#define DXF_SIZES(b) \
-  b->Arg(1)->Arg(10)->Arg(100)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5)->Repetitions(3)->ReportAggregatesOnly(true)
-DXF_SIZES(BENCHMARK(BM_LoadDXF));
-DXF_SIZES(BENCHMARK(BM_Floor));
+BENCHMARK(BM_LoadDXF)->Apply(Cases);
 
 struct PeakMemory {
   std::size_t before = 0;  // peak resident memory of the process before the load
@@ -111,7 +133,7 @@ long MaxRssKb() {
 }
 
 // Peak resident memory of a fresh process that only loads the file, in bytes.
-PeakMemory PeakMemoryOfLoad(const std::string& path) {
+PeakMemory PeakMemoryOfLoad(const std::string& path, ReadingProfile profile) {
   int pipefd[2];
   if (pipe(pipefd) != 0) return {};
   pid_t pid = fork();
@@ -120,7 +142,7 @@ PeakMemory PeakMemoryOfLoad(const std::string& path) {
     QuietSinks quiet;
     long kb[2] = {MaxRssKb(), 0};
     Drawing drawing;
-    DXFReader reader(drawing);
+    DXFReader reader(drawing, profile);
     reader.LoadDXF(path);
     kb[1] = MaxRssKb();
     if (write(pipefd[1], kb, sizeof kb) != sizeof kb) _exit(1);
@@ -139,24 +161,33 @@ PeakMemory PeakMemoryOfLoad(const std::string& path) {
 }  // namespace dxfimport::bench
 
 int main(int argc, char** argv) {
+  using namespace dxfimport;
   using namespace dxfimport::bench;
-  for (int mb : kSizes) SyntheticDrawingFile(DataDir(), mb);
+  for (int mb : kSizes)
+    for (SyntheticStyle style : {SyntheticStyle::R12, SyntheticStyle::R2000}) SyntheticDrawingFile(DataDir(), mb, style);
   benchmark::Initialize(&argc, argv);
-  CollectingReporter reporter("bytes_per_second");
+  CollectingReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
 
-  std::printf("\n| file | LoadDXF MB/s | floor MB/s | ratio | process peak before | after the load | growth / file size |\n");
-  std::printf("|---|---|---|---|---|---|---|\n");
+  std::printf("\n| file | profile | LoadDXF MB/s | floor MB/s | ratio | process peak before | after the load | growth / file size |\n");
+  std::printf("|---|---|---|---|---|---|---|---|\n");
+  const char* suffix = "/min_time:0.500/repeats:3/real_time_median";
   for (int mb : kSizes) {
-    std::string arg = "/" + std::to_string(mb) + "/min_time:0.500/repeats:3/real_time_median";
-    double load = reporter.values["BM_LoadDXF" + arg] / 1e6;
-    double floor = reporter.values["BM_Floor" + arg] / 1e6;
-    std::string path = SyntheticDrawingFile(DataDir(), mb);
-    double size = double(FileSize(path));
-    PeakMemory peak = PeakMemoryOfLoad(path);
-    std::printf("| %d MB | %.0f | %.0f | %.0f %% | %.1f MB | %.1f MB | %.2f |\n", mb, load, floor,
-                floor > 0 ? 100.0 * load / floor : 0.0, double(peak.before) / 1e6, double(peak.after) / 1e6,
-                double(peak.after - peak.before) / size);
+    for (auto [style, profile] : {std::pair(0, 0), std::pair(0, 1), std::pair(1, 1)}) {
+      std::string name = "BM_LoadDXF/" + std::to_string(mb) + "/" + std::to_string(style) + "/" +
+                         std::to_string(profile) + suffix;
+      auto& counters = reporter.values[name];
+      double load = counters["load_MBps"], floor = counters["floor_MBps"], ratio = counters["ratio"];
+      if (load == 0 || floor == 0) continue;
+      SyntheticStyle s = style ? SyntheticStyle::R2000 : SyntheticStyle::R12;
+      ReadingProfile p = profile ? ReadingProfile::Modern : ReadingProfile::Legacy;
+      std::string path = SyntheticDrawingFile(DataDir(), mb, s);
+      double size = double(FileSize(path));
+      PeakMemory peak = PeakMemoryOfLoad(path, p);
+      std::printf("| %d MB %s | %s | %.0f | %.0f | %.0f %% | %.1f MB | %.1f MB | %.2f |\n", mb, style ? "R2000" : "R12",
+                  profile ? "modern" : "legacy", load, floor, 100.0 * ratio, double(peak.before) / 1e6,
+                  double(peak.after) / 1e6, double(peak.after - peak.before) / size);
+    }
   }
   benchmark::Shutdown();
   return 0;

@@ -108,13 +108,14 @@ int main(int argc, char** argv) {
   dxfimport::RecordingMessageSink messages;
   dxfimport::SetMessageSink(&messages);
   benchmark::Initialize(&argc, argv);
-  dxfimport::bench::CollectingReporter reporter("entities_per_second");
+  dxfimport::bench::CollectingReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   std::printf("\n| drawing | picture | Zoom entities/s | floor entities/s | ratio |\n|---|---|---|---|---|\n");
   for (int mb : {1, 10, 100}) {
     for (const char* size : {"1024/768", "4096/3072"}) {
       std::string args = "/" + std::to_string(mb) + "/" + size + "/min_time:0.500/repeats:3/real_time_median";
-      double zoom = reporter.values["BM_Zoom" + args], floor = reporter.values["BM_FloorDrawLine" + args];
+      double zoom = reporter.values["BM_Zoom" + args]["entities_per_second"];
+      double floor = reporter.values["BM_FloorDrawLine" + args]["entities_per_second"];
       if (zoom == 0 || floor == 0) continue;
       std::printf("| %d MB | %s | %.2f M | %.2f M | %.0f %% |\n", mb, size, zoom / 1e6, floor / 1e6, 100 * zoom / floor);
     }

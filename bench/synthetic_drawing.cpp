@@ -84,13 +84,23 @@ void Blocks(Writer& w) {
   w.Pair(0, "ENDSEC");
 }
 
-void Entity(Writer& w, const char* kind, std::mt19937& rng) {
+// The common head of an entity; R2000 adds the handle, owner and subclass markers.
+void Entity(Writer& w, const char* kind, std::mt19937& rng, SyntheticStyle style, const char* subclass = nullptr) {
+  static unsigned handle = 0x100;
   w.Pair(0, kind);
+  if (style == SyntheticStyle::R2000) {
+    char hex[16];
+    std::snprintf(hex, sizeof hex, "%X", handle++);
+    w.Pair(5, hex);
+    w.Pair(330, "1F");
+    w.Pair(100, "AcDbEntity");
+  }
   w.Pair(8, LayerName(int(rng() % kLayers)));
   if (rng() % 4 == 0) w.Int(62, int(rng() % 256));
+  if (style == SyntheticStyle::R2000 && subclass) w.Pair(100, subclass);
 }
 
-void Entities(Writer& w, std::size_t bytes, std::mt19937& rng) {
+void Entities(Writer& w, std::size_t bytes, std::mt19937& rng, SyntheticStyle style) {
   std::uniform_real_distribution<double> coord(0.0, 10000.0);
   std::uniform_real_distribution<double> small(0.5, 50.0);
   w.Pair(0, "SECTION");
@@ -99,11 +109,22 @@ void Entities(Writer& w, std::size_t bytes, std::mt19937& rng) {
     unsigned pick = rng() % 100;
     double x = coord(rng), y = coord(rng);
     if (pick < 50) {
-      Entity(w, "LINE", rng);
+      Entity(w, "LINE", rng, style, "AcDbLine");
       w.Point(10, x, y);
       w.Point(11, x + small(rng), y + small(rng));
+    } else if (pick < 65 && style == SyntheticStyle::R2000) {
+      Entity(w, "LWPOLYLINE", rng, style, "AcDbPolyline");
+      int vertices = 4 + int(rng() % 7);
+      w.Int(90, vertices);
+      w.Int(70, int(rng() % 2));
+      w.Num(43, 0.0);
+      for (int v = 0; v < vertices; ++v) {
+        w.Num(10, x + small(rng));
+        w.Num(20, y + small(rng));
+        if (rng() % 5 == 0) w.Num(42, 0.414214);
+      }
     } else if (pick < 65) {
-      Entity(w, "POLYLINE", rng);
+      Entity(w, "POLYLINE", rng, style);
       w.Int(66, 1);
       w.Int(70, int(rng() % 2));
       int vertices = 4 + int(rng() % 7);
@@ -116,30 +137,30 @@ void Entities(Writer& w, std::size_t bytes, std::mt19937& rng) {
       w.Pair(0, "SEQEND");
       w.Pair(8, "0");
     } else if (pick < 72) {
-      Entity(w, "ARC", rng);
+      Entity(w, "ARC", rng, style, "AcDbCircle");
       w.Point(10, x, y);
       w.Num(40, small(rng));
       w.Num(50, double(rng() % 360));
       w.Num(51, double(rng() % 360));
     } else if (pick < 80) {
-      Entity(w, "CIRCLE", rng);
+      Entity(w, "CIRCLE", rng, style, "AcDbCircle");
       w.Point(10, x, y);
       w.Num(40, small(rng));
     } else if (pick < 90) {
-      Entity(w, "TEXT", rng);
+      Entity(w, "TEXT", rng, style, "AcDbText");
       w.Point(10, x, y);
       w.Num(40, 2.5);
       w.Pair(1, "Outlet N-" + std::to_string(rng() % 10000));
       w.Pair(7, "ROMANS");
     } else if (pick < 95) {
-      Entity(w, "INSERT", rng);
+      Entity(w, "INSERT", rng, style, "AcDbBlockReference");
       w.Pair(2, kBlocks[rng() % 3]);
       w.Point(10, x, y);
       w.Num(41, 1.5);
       w.Num(42, 1.5);
       w.Num(50, double(rng() % 4) * 90.0);
     } else {
-      Entity(w, "SOLID", rng);
+      Entity(w, "SOLID", rng, style, "AcDbTrace");
       w.Point(10, x, y);
       w.Point(11, x + 1, y);
       w.Point(12, x, y + 1);
@@ -152,26 +173,31 @@ void Entities(Writer& w, std::size_t bytes, std::mt19937& rng) {
 
 }  // namespace
 
-std::string SyntheticDrawing(std::size_t bytes) {
+std::string SyntheticDrawing(std::size_t bytes, SyntheticStyle style) {
   std::mt19937 rng(20261122);
   Writer w(bytes);
   w.Pair(0, "SECTION");
   w.Pair(2, "HEADER");
   w.Pair(9, "$ACADVER");
-  w.Pair(1, "AC1009");
+  w.Pair(1, style == SyntheticStyle::R2000 ? "AC1015" : "AC1009");
+  if (style == SyntheticStyle::R2000) {
+    w.Pair(9, "$DWGCODEPAGE");
+    w.Pair(3, "ANSI_1252");
+  }
   w.Pair(0, "ENDSEC");
   Tables(w);
   Blocks(w);
-  Entities(w, bytes, rng);
+  Entities(w, bytes, rng, style);
   return w.take();
 }
 
-std::string SyntheticDrawingFile(const std::string& dir, int megabytes) {
+std::string SyntheticDrawingFile(const std::string& dir, int megabytes, SyntheticStyle style) {
   std::filesystem::create_directories(dir);
-  std::string path = dir + "/synthetic-" + std::to_string(megabytes) + "mb.dxf";
+  std::string kind = style == SyntheticStyle::R2000 ? "synthetic-r2000-" : "synthetic-";
+  std::string path = dir + "/" + kind + std::to_string(megabytes) + "mb.dxf";
   if (!std::filesystem::exists(path)) {
     std::string tmp = path + ".part";
-    std::ofstream(tmp, std::ios::binary) << SyntheticDrawing(std::size_t(megabytes) << 20);
+    std::ofstream(tmp, std::ios::binary) << SyntheticDrawing(std::size_t(megabytes) << 20, style);
     std::filesystem::rename(tmp, path);
   }
   return path;

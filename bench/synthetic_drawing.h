@@ -5,12 +5,17 @@
 
 namespace dxfimport::bench {
 
-// Writes a deterministic synthetic R12 drawing of about `bytes` bytes: a layer table, a
-// few blocks, and a realistic mix of entities (mostly lines, then polylines of 4 to 10
+// R12: the entities as AutoCAD Release 12 wrote them. R2000: as AutoCAD 2000 and later
+// write them, every entity with its handle (5), owner (330) and subclass markers (100),
+// polylines as LWPOLYLINE, code page and version in the header.
+enum class SyntheticStyle { R12, R2000 };
+
+// Writes a deterministic synthetic drawing of about `bytes` bytes: a layer table, a few
+// blocks, and a realistic mix of entities (mostly lines, then polylines of 4 to 10
 // vertices, arcs, circles, texts, inserts and solids) with 6-decimal coordinates.
-std::string SyntheticDrawing(std::size_t bytes);
+std::string SyntheticDrawing(std::size_t bytes, SyntheticStyle style = SyntheticStyle::R12);
 
 // The synthetic drawing of `megabytes` MB, written under `dir` once and reused; its path.
-std::string SyntheticDrawingFile(const std::string& dir, int megabytes);
+std::string SyntheticDrawingFile(const std::string& dir, int megabytes, SyntheticStyle style = SyntheticStyle::R12);
 
 }  // namespace dxfimport::bench

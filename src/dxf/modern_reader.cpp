@@ -72,9 +72,7 @@ bool DXFReader::NextPair(int& code, std::string_view& value) {
     return true;
   }
   if (source_.AtEnd()) return false;
-  std::size_t start = source_.Position();
   std::string_view codeLine = source_.ReadLine();
-  Pace(start);
   int16_t c = 0;
   if (!PlainGroupCode(codeLine, c)) c = GeneralGroupCode(codeLine);
   code = c;
@@ -126,7 +124,7 @@ bool DXFReader::ReadModern() {
   std::string_view value;
   bool goOn = true;
   try {
-    while (goOn && NextPair(code, value)) {
+    while (goOn && (Pace(source_.Position()), NextPair(code, value))) {
       if (code == 9 && section_ == "HEADER") {
         std::string_view name = Trim(value);
         ReadRecord(true);
@@ -301,7 +299,7 @@ void DXFReader::FinishModernExtents() {
     for (const PointF& p : h.Points) d.CheckExtents(p.x, p.y, p.x, p.y);
   if (!headerSane) return;
   const bool nothingDrawn = d.ExtMinX > d.ExtMaxX;
-  const double slack = 0.01 * std::max(double(header.ExtMaxX) - header.ExtMinX, double(header.ExtMaxY) - header.ExtMinY);
+  const double slack = 1e-6 * std::max(double(header.ExtMaxX) - header.ExtMinX, double(header.ExtMaxY) - header.ExtMinY);
   const bool covers = d.ExtMinX >= header.ExtMinX - slack && d.ExtMinY >= header.ExtMinY - slack &&
                       d.ExtMaxX <= header.ExtMaxX + slack && d.ExtMaxY <= header.ExtMaxY + slack;
   if (nothingDrawn || covers) {

@@ -202,6 +202,8 @@ std::string DXFReader::Text(int code) const { return decoder_.Decode(GroupValues
 int32_t DXFReader::EntityLayer() {
   if (profile_ == ReadingProfile::Legacy) return drawing_.LayerIndex(GroupValues[8]);
   // Modern: the name trimmed and cut as layer names are stored.
+  std::string_view raw = GroupValues[8];
+  if (raw.size() <= 20 && IsAscii(raw) && Trim(raw).size() == raw.size()) return drawing_.LayerIndex(raw);
   std::string name = Text(8);
   return drawing_.LayerIndex(TrimRight(CutChars(Trim(name), 20)));
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cfloat>
 #include <charconv>
+#include <cstdint>
 #include <cmath>
 #include <limits>
 
@@ -80,6 +81,35 @@ long MagnitudeOf(std::string_view number) {
   return (intDigits > 0 ? intDigits : -leadingFracZeros) + exponent;
 }
 
+// Plain decimals ("1234.567890") without an exponent, of at most 19 digits whose value
+// is below 2^53 and with at most 22 decimals: the integer of their digits and the power
+// of ten are both exact doubles, so one division gives the correctly rounded value, the
+// same as from_chars. False for anything else.
+bool FastDecimal(std::string_view s, double& value) {
+  static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                       1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+  uint64_t mantissa = 0;
+  int digits = 0, decimals = 0;
+  bool point = false;
+  std::size_t i = 0;
+  for (; i < s.size(); ++i) {
+    char c = s[i];
+    if (IsDigit(c)) {
+      if (++digits > 19) return false;
+      mantissa = mantissa * 10 + uint64_t(c - '0');
+      decimals += point;
+    } else if (c == '.' && !point) {
+      point = true;
+    } else {
+      break;
+    }
+  }
+  if (digits == 0 || decimals > 22 || mantissa > (uint64_t(1) << 53)) return false;
+  if (i < s.size() && (s[i] == 'e' || s[i] == 'E')) return false;
+  value = double(mantissa) / kPowers[decimals];
+  return true;
+}
+
 }  // namespace
 
 bool HasLeadingNumber(std::string_view text) { return ScanNumber(text).valid; }
@@ -93,6 +123,7 @@ double Val(std::string_view text) {
   // point must be kept from it.
   if (i >= text.size() || !(IsDigit(text[i]) || text[i] == '.')) return 0.0;
   double value = 0.0;
+  if (FastDecimal(text.substr(i), value)) return negative ? -value : value;
   auto [ptr, ec] = std::from_chars(text.data() + i, text.data() + text.size(), value);
   if (ec == std::errc::invalid_argument) return 0.0;
   if (ec == std::errc::result_out_of_range) {

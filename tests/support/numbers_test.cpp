@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <charconv>
 #include <clocale>
+#include <cstdio>
+#include <cstring>
 
 #include "support/numbers.h"
 #include "support/runtime_error.h"
@@ -24,6 +27,29 @@ TEST(Val, ReadsTheLeadingNumberWhateverTheLocale) {
   EXPECT_THROW(Val("1e999"), RunTimeError);
   EXPECT_THROW(Val(std::string(400, '9')), RunTimeError);
   std::setlocale(LC_NUMERIC, "C");
+}
+
+TEST(Val, PlainDecimalsReadExactlyAsFromChars) {
+  // Every plain decimal must give the same double as the library's correctly rounded
+  // parse, whichever path reads it.
+  const char* samples[] = {"0.1", "1234.567890", "-9999999.999999", "0.000001", "123456789012345678",
+                           "9007199254740993", "3.14159265358979323846", "1e5", "2.5E-3", "0.30000000000000004",
+                           "17.", ".75", "00012.5000", "4503599627370496.5"};
+  for (const char* text : samples) {
+    std::string_view s(text);
+    bool negative = s[0] == '-';
+    if (negative) s.remove_prefix(1);
+    double expected = 0;
+    std::from_chars(s.data(), s.data() + s.size(), expected);
+    EXPECT_EQ(Val(text), negative ? -expected : expected) << text;
+  }
+  for (int i = 0; i < 20000; ++i) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%d.%06d", i * 7919 % 100000, i * 104729 % 1000000);
+    double expected = 0;
+    std::from_chars(text, text + std::strlen(text), expected);
+    ASSERT_EQ(Val(text), expected) << text;
+  }
 }
 
 TEST(Conversions, RoundHalfToEvenAndOverflow) {
