@@ -24,20 +24,21 @@ struct Quiet : LogSink {
   void Write(int, std::string_view) override {}
 };
 
-// The synthetic drawing of `megabytes` MB, loaded once.
-Drawing& Loaded(int megabytes) {
-  static std::map<int, std::unique_ptr<Drawing>> drawings;
-  auto& slot = drawings[megabytes];
+// The synthetic drawing of `megabytes` MB, loaded once per reading profile (1 modern:
+// line types by layer make a third of its lines dashed; 0 legacy: all solid).
+Drawing& Loaded(int megabytes, int modern) {
+  static std::map<std::pair<int, int>, std::unique_ptr<Drawing>> drawings;
+  auto& slot = drawings[{megabytes, modern}];
   if (!slot) {
     slot = std::make_unique<Drawing>();
-    DXFReader reader(*slot);
+    DXFReader reader(*slot, modern ? ReadingProfile::Modern : ReadingProfile::Legacy);
     reader.LoadDXF(SyntheticDrawingFile(DXFIMPORT_BENCH_DATA, megabytes));
   }
   return *slot;
 }
 
 void BM_Zoom(benchmark::State& state) {
-  Drawing& drawing = Loaded(int(state.range(0)));
+  Drawing& drawing = Loaded(int(state.range(0)), int(state.range(3)));
   ImageSurface surface(int(state.range(1)), int(state.range(2)));
   ZoomState zoom(drawing);
   ZoomRect extents = ExtentsOf(drawing);
@@ -73,7 +74,7 @@ std::vector<QLine> FloorLines(Drawing& drawing, int width, int height) {
 }
 
 void BM_FloorDrawLine(benchmark::State& state) {
-  Drawing& drawing = Loaded(int(state.range(0)));
+  Drawing& drawing = Loaded(int(state.range(0)), int(state.range(3)));
   QImage image(int(state.range(1)), int(state.range(2)), QImage::Format_RGB32);
   std::vector<QLine> lines = FloorLines(drawing, image.width(), image.height());
   for (auto _ : state) {
@@ -89,7 +90,8 @@ void BM_FloorDrawLine(benchmark::State& state) {
 
 void Sizes(benchmark::internal::Benchmark* b) {
   for (int mb : {1, 10, 100})
-    for (auto [w, h] : {std::pair(1024, 768), std::pair(4096, 3072)}) b->Args({mb, w, h});
+    for (auto [w, h] : {std::pair(1024, 768), std::pair(4096, 3072)})
+      for (int modern : {0, 1}) b->Args({mb, w, h, modern});
   // Medians of three repetitions: the machines this runs on are shared and noisy.
   b->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5)->Repetitions(3)->ReportAggregatesOnly(true);
 }
@@ -110,14 +112,18 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   dxfimport::bench::CollectingReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
-  std::printf("\n| drawing | picture | Zoom entities/s | floor entities/s | ratio |\n|---|---|---|---|---|\n");
+  std::printf("\n| drawing | read with | picture | Zoom entities/s | floor entities/s | ratio |\n|---|---|---|---|---|---|\n");
   for (int mb : {1, 10, 100}) {
     for (const char* size : {"1024/768", "4096/3072"}) {
-      std::string args = "/" + std::to_string(mb) + "/" + size + "/min_time:0.500/repeats:3/real_time_median";
-      double zoom = reporter.values["BM_Zoom" + args]["entities_per_second"];
-      double floor = reporter.values["BM_FloorDrawLine" + args]["entities_per_second"];
-      if (zoom == 0 || floor == 0) continue;
-      std::printf("| %d MB | %s | %.2f M | %.2f M | %.0f %% |\n", mb, size, zoom / 1e6, floor / 1e6, 100 * zoom / floor);
+      for (int modern : {0, 1}) {
+        std::string args = "/" + std::to_string(mb) + "/" + size + "/" + std::to_string(modern) +
+                           "/min_time:0.500/repeats:3/real_time_median";
+        double zoom = reporter.values["BM_Zoom" + args]["entities_per_second"];
+        double floor = reporter.values["BM_FloorDrawLine" + args]["entities_per_second"];
+        if (zoom == 0 || floor == 0) continue;
+        std::printf("| %d MB | %s | %s | %.2f M | %.2f M | %.0f %% |\n", mb, modern ? "modern" : "legacy", size,
+                    zoom / 1e6, floor / 1e6, 100 * zoom / floor);
+      }
     }
   }
   benchmark::Shutdown();

@@ -208,6 +208,12 @@ void ZoomState::DrawBulgedSegment(Pass& pass, const PolySegment& s, int32_t colo
   const DXFEngine& e = Engine;
   const double b = s.Bulge, dx = double(s.X2) - s.X1, dy = double(s.Y2) - s.Y1, d = std::hypot(dx, dy);
   if (d == 0) return;
+  // An arc that strays less than half a pixel from its chord is drawn as the chord.
+  if (std::abs(b) * d / 2 * e.ViewScale < 0.5) {
+    RECT r{e.CvtX(s.X1), e.CvtY(s.Y1), e.CvtX(s.X2), e.CvtY(s.Y2)};
+    if (Visible(pass, r)) pass.canvas.DrawLine(r, penWidth, color, 0);
+    return;
+  }
   const double k = (1 - b * b) / (4 * b);
   const double cx = s.X1 + dx / 2 - dy * k, cy = s.Y1 + dy / 2 + dx * k;
   const double radius = d * (1 + b * b) / (4 * std::abs(b));

@@ -133,17 +133,7 @@ double Val(std::string_view text) {
   return negative ? -value : value;
 }
 
-int16_t CInt(double value) {
-  double r = std::nearbyint(value);
-  if (!(r >= -32768.0 && r <= 32767.0)) throw RunTimeError(kErrOverflow);
-  return static_cast<int16_t>(r);
-}
-
-int32_t CLng(double value) {
-  double r = std::nearbyint(value);
-  if (!(r >= -2147483648.0 && r <= 2147483647.0)) throw RunTimeError(kErrOverflow);
-  return static_cast<int32_t>(r);
-}
+void ThrowOverflow() { throw RunTimeError(kErrOverflow); }
 
 float CSng(double value) {
   if (std::isnan(value) || std::abs(value) > static_cast<double>(FLT_MAX))

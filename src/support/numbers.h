@@ -15,9 +15,27 @@ double Val(std::string_view text);
 // True when the text starts (after blanks) with something Val reads as a number.
 bool HasLeadingNumber(std::string_view text);
 
+// Rounds to the nearest whole number, ties to even (the floating unit's default rounding).
+inline double RoundHalfEven(double value) {
+  // Adding and taking away 1.5 * 2^52 leaves no fraction bits: the addition rounds.
+  constexpr double kShift = 6755399441055744.0;
+  if (value > -2251799813685248.0 && value < 2251799813685248.0) return (value + kShift) - kShift;
+  return value;  // already whole (or NaN or infinite)
+}
+
+[[noreturn]] void ThrowOverflow();
+
 // Conversions with the run time's rules: round half to even, Overflow when out of range.
-int16_t CInt(double value);
-int32_t CLng(double value);
+inline int16_t CInt(double value) {
+  double r = RoundHalfEven(value);
+  if (!(r >= -32768.0 && r <= 32767.0)) ThrowOverflow();
+  return static_cast<int16_t>(r);
+}
+inline int32_t CLng(double value) {
+  double r = RoundHalfEven(value);
+  if (!(r >= -2147483648.0 && r <= 2147483647.0)) ThrowOverflow();
+  return static_cast<int32_t>(r);
+}
 float CSng(double value);
 
 // Thousands and decimal separators of the user's locale.
