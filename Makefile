@@ -4,7 +4,10 @@ PRESET ?= release
 BUILD  := build/$(PRESET)
 JOBS   ?= $(shell nproc)
 
-.PHONY: all deps configure build demo test asan-test bench clean
+FUZZ_SECONDS ?= 60
+FUZZERS := load_fuzzer render_fuzzer
+
+.PHONY: all deps configure build demo test asan-test bench fuzz clean
 
 all: build
 
@@ -31,6 +34,17 @@ asan-test:
 bench: build
 	@$(BUILD)/bench/reader_bench --benchmark_counters_tabular=true
 	@$(BUILD)/bench/render_bench --benchmark_counters_tabular=true
+
+# Runs each fuzzer for FUZZ_SECONDS from the seed corpus; findings land in build/fuzz/.
+fuzz: deps
+	@cmake --preset fuzz >/dev/null && cmake --build build/fuzz -j $(JOBS)
+	@for f in $(FUZZERS); do \
+	  mkdir -p build/fuzz/corpus/$$f && \
+	  LSAN_OPTIONS=suppressions=$(CURDIR)/fuzz/lsan.supp QT_QPA_PLATFORM=offscreen \
+	  build/fuzz/fuzz/$$f build/fuzz/corpus/$$f fuzz/seeds -max_total_time=$(FUZZ_SECONDS) \
+	    -timeout=20 -rss_limit_mb=2048 -max_len=65536 -print_final_stats=1 \
+	    -artifact_prefix=build/fuzz/$$f- 2>&1 | tail -n 12 || exit 1; \
+	done
 
 clean:
 	@rm -rf build out

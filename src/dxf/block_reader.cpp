@@ -20,6 +20,8 @@ template <class... Fs>
 struct Overloaded : Fs... {
   using Fs::operator()...;
 };
+template <class... Fs>
+Overloaded(Fs...) -> Overloaded<Fs...>;
 
 // Where one point of a block lands for an insert: scaled, turned about the block origin,
 // then moved to the insertion point.

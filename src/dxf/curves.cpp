@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "support/numbers.h"
+
 namespace dxfimport {
 namespace {
 
@@ -25,8 +27,9 @@ std::vector<double> ClampedKnots(std::size_t count, int degree) {
 PointF EvaluateAt(const SplineData& s, const std::vector<double>& knots, double u) {
   const int p = s.degree;
   const std::size_t n = s.controlPoints.size();
-  std::size_t k = std::size_t(p);
-  while (k + 1 < n && knots[k + 1] <= u) ++k;
+  // The knot span that holds u, between p and n - 1.
+  auto above = std::upper_bound(knots.begin() + p + 1, knots.begin() + std::ptrdiff_t(n), u);
+  std::size_t k = std::size_t(above - knots.begin()) - 1;
   struct H {
     double x, y, w;
   };
@@ -48,7 +51,7 @@ PointF EvaluateAt(const SplineData& s, const std::vector<double>& knots, double 
   }
   const H& h = d[std::size_t(p)];
   double w = h.w == 0 ? 1 : h.w;
-  return {float(h.x / w), float(h.y / w)};
+  return {CSng(h.x / w), CSng(h.y / w)};
 }
 
 }  // namespace
@@ -72,8 +75,8 @@ std::vector<PointF> FlattenEllipse(PointF c, PointF major, double ratio, double 
   points.reserve(std::size_t(chords) + 1);
   for (int i = 0; i <= chords; ++i) {
     double t = start + (end - start) * i / chords;
-    points.push_back({float(c.x + major.x * std::cos(t) + minorX * std::sin(t)),
-                      float(c.y + major.y * std::cos(t) + minorY * std::sin(t))});
+    points.push_back({CSng(c.x + major.x * std::cos(t) + minorX * std::sin(t)),
+                      CSng(c.y + major.y * std::cos(t) + minorY * std::sin(t))});
   }
   return points;
 }

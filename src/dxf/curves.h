@@ -8,6 +8,7 @@ namespace dxfimport {
 
 // Curves of the modern profile, flattened into points. `tolerance` is the largest
 // distance (drawing units) allowed between the curve and the chords through its points.
+// A point beyond the single range raises the Overflow error.
 
 // An ellipse or elliptic arc: centre, major-axis end point relative to the centre, minor
 // to major ratio, start and end parameters (radians; the end below the start wraps once).

@@ -1,5 +1,6 @@
 #include "dxf/drawing.h"
 
+#include "support/numbers.h"
 #include "support/runtime_error.h"
 #include "support/text_decode.h"
 
@@ -29,8 +30,8 @@ bool Drawing::InitDrawing(bool clearAll) {
 }
 
 void Drawing::CheckExtents(double x1, double y1, double x2, double y2) {
-  auto lower = [](float& extent, double v) { if (v < extent) extent = float(v); };
-  auto raise = [](float& extent, double v) { if (v > extent) extent = float(v); };
+  auto lower = [](float& extent, double v) { if (v < extent) extent = CSng(v); };
+  auto raise = [](float& extent, double v) { if (v > extent) extent = CSng(v); };
   lower(ExtMinX, x1);
   lower(ExtMinX, x2);
   raise(ExtMaxX, x1);

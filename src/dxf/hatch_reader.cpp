@@ -54,7 +54,7 @@ void AppendArc(std::vector<PointF>& out, PointF centre, double radius, double a0
   int chords = ChordCount(radius, sweep * M_PI / 180.0, tolerance);
   for (int i = 0; i <= chords; ++i) {
     double a = (a0 + (clockwise ? -sweep : sweep) * i / chords) * M_PI / 180.0;
-    out.push_back({float(centre.x + radius * std::cos(a)), float(centre.y + radius * std::sin(a))});
+    out.push_back({CSng(centre.x + radius * std::cos(a)), CSng(centre.y + radius * std::sin(a))});
   }
 }
 
@@ -78,7 +78,7 @@ void ReadPolylinePath(PairCursor& c, std::vector<PointF>& loop, double tolerance
     double dx = double(q.x) - p.x, dy = double(q.y) - p.y, d = std::hypot(dx, dy);
     if (d == 0) continue;
     double k = (1 - bulge * bulge) / (4 * bulge);
-    PointF centre{float(p.x + dx / 2 - dy * k), float(p.y + dy / 2 + dx * k)};
+    PointF centre{CSng(p.x + dx / 2 - dy * k), CSng(p.y + dy / 2 + dx * k)};
     double radius = d * (1 + bulge * bulge) / (4 * std::abs(bulge));
     double a0 = std::atan2(p.y - centre.y, p.x - centre.x) * 180 / M_PI;
     double a1 = std::atan2(q.y - centre.y, q.x - centre.x) * 180 / M_PI;

@@ -86,11 +86,25 @@ std::string_view LineSource::ReadLine() {
       break;
     }
   }
-  if (!nl) nl = static_cast<const char*>(std::memchr(p, '\n', left - std::size_t(p - begin)));
+  if (!nl) {
+    std::size_t end = FindLineEnd(std::size_t(p - data_.data()));
+    nl = end < data_.size() ? data_.data() + end : nullptr;
+  }
   std::size_t length = nl ? std::size_t(nl - begin) : left;
   pos_ += nl ? length + 1 : length;
   if (length > 0 && begin[length - 1] == '\r') --length;
   return {begin, length};
+}
+
+std::size_t LineSource::FindLineEnd(std::size_t from) {
+  constexpr std::size_t kWindow = 8u << 20;
+  for (std::size_t at = from; at < data_.size(); at += kWindow) {
+    std::size_t length = std::min(kWindow, data_.size() - at);
+    if (const void* nl = std::memchr(data_.data() + at, '\n', length))
+      return std::size_t(static_cast<const char*>(nl) - data_.data());
+    if (length == kWindow) ReleaseBefore(at + length);
+  }
+  return data_.size();
 }
 
 void LineSource::ReleaseBefore(std::size_t offset) {

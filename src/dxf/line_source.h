@@ -31,6 +31,11 @@ class LineSource {
   // The next line without its ending; raises Input past end of file at the end.
   std::string_view ReadLine();
 
+  // Offset of the first line feed at or after `from` (Length() when there is none). A long
+  // search hands back the pages it has passed: the mapping is read-only, so a page is read
+  // again from the file if a line that spans it is looked at later.
+  std::size_t FindLineEnd(std::size_t from);
+
   // Lets the system drop the mapped pages before `offset` (they are read again if needed).
   void ReleaseBefore(std::size_t offset);
 

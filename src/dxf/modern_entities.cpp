@@ -39,7 +39,7 @@ void DXFReader::EmitCurve(const std::vector<PointF>& points) {
 bool DXFReader::ModernMText() {
   std::string bytes;
   for (const auto& [code, value] : pairs_)
-    if (code == 1 || code == 3) bytes.append(value);
+    if ((code == 1 || code == 3) && bytes.size() < kMaxTextBytes) bytes.append(value.substr(0, kMaxTextBytes));
   const std::vector<std::string> lines = MTextLines(decoder_.Decode(bytes));
   const int attachment = std::clamp<int32_t>(Long(71), 1, 9) - 1;
   const double height = Num(40);

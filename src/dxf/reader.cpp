@@ -57,6 +57,24 @@ bool DXFReader::LocateSection(std::string_view bytes) {
   return false;
 }
 
+// The validity scan over the open file, handing back the pages it has looked at.
+bool DXFReader::SectionInSource() {
+  const std::string_view bytes = source_.bytes();
+  std::size_t nextRelease = kReleaseStep;
+  for (std::size_t start = 0; start < bytes.size();) {
+    std::size_t end = source_.FindLineEnd(start);
+    std::string_view line = bytes.substr(start, end - start);
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    if (Trim(line) == "SECTION") return true;
+    start = end + 1;
+    if (start >= nextRelease) {
+      source_.ReleaseBefore(start);
+      nextRelease = start + kReleaseStep;
+    }
+  }
+  return false;
+}
+
 bool DXFReader::LocateSection(const std::string& fileName) {
   LineSource source;
   try {
@@ -91,7 +109,7 @@ bool DXFReader::LoadDXFBytes(std::string_view bytes, LoadProgress* progress) {
 
 bool DXFReader::ReadAll(LoadProgress* progress) {
   constexpr std::string_view kBinarySentinel = "AutoCAD Binary DXF";
-  if (source_.bytes().starts_with(kBinarySentinel) || !LocateSection(source_.bytes())) {
+  if (source_.bytes().starts_with(kBinarySentinel) || !SectionInSource()) {
     ShowMessage(MessageIcon::Information, LoadResText(1050));
     return false;
   }
@@ -197,7 +215,12 @@ double DXFReader::Num(int code) const { return Val(GroupValues[code]); }
 float DXFReader::Sng(int code) const { return CSng(Num(code)); }
 int16_t DXFReader::Int16(int code) const { return CInt(Num(code)); }
 int32_t DXFReader::Long(int code) const { return CLng(Num(code)); }
-std::string DXFReader::Text(int code) const { return decoder_.Decode(GroupValues[code]); }
+// Stored texts hold at most 100 characters (an MTEXT line 100 of its lines), so a value
+// is decoded from its first kMaxTextBytes bytes only: a value line of gigabytes costs no
+// copy of itself.
+std::string DXFReader::Text(int code) const {
+  return decoder_.Decode(GroupValues[code].substr(0, kMaxTextBytes));
+}
 
 int32_t DXFReader::EntityLayer() {
   if (profile_ == ReadingProfile::Legacy) return drawing_.LayerIndex(GroupValues[8]);
@@ -241,7 +264,7 @@ int32_t DXFReader::LineTypeOfName(std::string_view name, double scale) const {
   auto known = patternStyles_.find(key);
   if (known != patternStyles_.end()) return known->second;
   std::vector<float> pattern;
-  for (float element : found->second) pattern.push_back(float(element * ltScale_ * scale));
+  for (float element : found->second) pattern.push_back(CSng(element * ltScale_ * scale));
   drawing_.DashPatterns.push_back(std::move(pattern));
   int32_t patternStyle = Drawing::kFirstDashPattern + int32_t(drawing_.DashPatterns.size()) - 1;
   patternStyles_.emplace(key, patternStyle);

@@ -47,6 +47,9 @@ enum class ReadingProfile { Legacy, Modern };
 // and every INSERT adds transformed copies of their entities to the tables.
 class DXFReader {
  public:
+  // The longest value that a text is decoded from.
+  static constexpr std::size_t kMaxTextBytes = 1u << 20;
+
   explicit DXFReader(Drawing& drawing, ReadingProfile profile = ReadingProfile::Modern)
       : drawing_(drawing), profile_(profile) {}
 
@@ -88,6 +91,7 @@ class DXFReader {
   bool Run(const char* procedure, ReaderFn body);
   bool ReportFailure(const char* procedure, int number, const std::string& text);
   bool ReadAll(LoadProgress* progress);
+  bool SectionInSource();
   bool ReadLegacy();
   void StopAt(const char* procedure);
 

@@ -38,6 +38,12 @@ class BusyPointer {
   Surface& surface_;
 };
 
+int32_t Plus(int32_t a, int32_t b) {
+  int32_t sum = 0;
+  if (__builtin_add_overflow(a, b, &sum)) throw RunTimeError(kErrOverflow);
+  return sum;
+}
+
 float Divide(float a, float b) {
   if (b == 0) throw RunTimeError(kErrDivisionByZero);
   return a / b;
@@ -217,6 +223,8 @@ void ZoomState::DrawBulgedSegment(Pass& pass, const PolySegment& s, int32_t colo
   const double k = (1 - b * b) / (4 * b);
   const double cx = s.X1 + dx / 2 - dy * k, cy = s.Y1 + dy / 2 + dx * k;
   const double radius = d * (1 + b * b) / (4 * std::abs(b));
+  const double limit = 3e38;
+  if (!(std::abs(cx) + radius < limit && std::abs(cy) + radius < limit)) return;  // beyond any view
   RECT bounds{e.CvtX(float(cx - radius)), e.CvtY(float(cy + radius)), e.CvtX(float(cx + radius)),
               e.CvtY(float(cy - radius))};
   int32_t x1 = e.CvtX(s.X1), y1 = e.CvtY(s.Y1), x2 = e.CvtX(s.X2), y2 = e.CvtY(s.Y2);
@@ -241,7 +249,7 @@ void ZoomState::DrawHatchEntity(Pass& pass, const HatchEntity& h) {
     }
     loops.push_back(std::move(loop));
   }
-  if (loops.empty() || !Visible(pass, RECT{box.left, box.top, box.right + 1, box.bottom + 1})) return;
+  if (loops.empty() || !Visible(pass, RECT{box.left, box.top, Plus(box.right, 1), Plus(box.bottom, 1)})) return;
   pass.canvas.DrawHatch(loops, EntityColor(h.Layer, h.Color, pass.toPrinter));
 }
 
@@ -249,12 +257,15 @@ void ZoomState::DrawTextEntity(Pass& pass, TextEntity& t) {
   const DXFEngine& e = Engine;
   int32_t height = e.CvtTxtHt(t.Height, t.FontFactor);
   if (height == 50000 || height < 2) return;  // too small to read
+  // A text many times larger than the picture shows nothing legible; its glyphs would
+  // only cost memory.
+  if (height > 16 * std::max(e.DeviceWidth, e.DeviceHeight)) return;
   int32_t left = e.CvtX(t.X);
   int32_t baseline = e.CvtY(t.Y);
   // The text and its font name are kept trimmed from the first redraw on.
   t.Text = std::string(Trim(t.Text));
-  int32_t right = left + pass.canvas.CalcTxtWidth(t.Text);
-  int32_t below = baseline + pass.canvas.CalcTxtHeight(t.Text);
+  int32_t right = Plus(left, pass.canvas.CalcTxtWidth(t.Text));
+  int32_t below = Plus(baseline, pass.canvas.CalcTxtHeight(t.Text));
   int32_t color = EntityColor(t.Layer, t.Color, pass.toPrinter);
   if (!Visible(pass, RECT{left, below, right, baseline})) return;
   t.FontName = std::string(Trim(t.FontName));
@@ -272,10 +283,10 @@ void ZoomState::DrawArcEntity(Pass& pass, const ArcEntity& a) {
   }
   float a1 = float(a.StartAngle * 2 * 3.14159 / 360);
   float a2 = float(a.EndAngle * 2 * 3.14159 / 360);
-  int32_t startX = e.CvtX(float(a.Radius * std::cos(a1) + a.CenterX));
-  int32_t startY = e.CvtY(float(a.Radius * std::sin(a1) + a.CenterY));
-  int32_t endX = e.CvtX(float(a.Radius * std::cos(a2) + a.CenterX));
-  int32_t endY = e.CvtY(float(a.Radius * std::sin(a2) + a.CenterY));
+  int32_t startX = e.CvtX(CSng(a.Radius * std::cos(a1) + a.CenterX));
+  int32_t startY = e.CvtY(CSng(a.Radius * std::sin(a1) + a.CenterY));
+  int32_t endX = e.CvtX(CSng(a.Radius * std::cos(a2) + a.CenterX));
+  int32_t endY = e.CvtY(CSng(a.Radius * std::sin(a2) + a.CenterY));
   // Both ends on one pixel would draw a whole circle: such an arc is left out.
   if (std::abs(startX - endX) < 1 && std::abs(startY - endY) < 1) return;
   if (Visible(pass, bounds)) pass.canvas.DrawArc(bounds, ArcEnds{startX, endY, endX, startY}, color, a.LineType);

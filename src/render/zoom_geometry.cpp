@@ -4,6 +4,7 @@
 
 #include "render/redraw.h"
 #include "support/messages.h"
+#include "support/numbers.h"
 #include "support/runtime_error.h"
 
 namespace dxfimport {
@@ -23,10 +24,10 @@ bool ZoomState::StationaryZoom(float x, float y, int16_t percent, Surface& surfa
     double newHeight = 100.0 / percent * (current.top - current.bottom);
     double fx = double(x) / surface.ScaleWidth();
     double fy = double(y) / surface.ScaleHeight();
-    NextZoom.left = float(cx - fx * newWidth);
-    NextZoom.right = float((1 - fx) * newWidth + cx);
-    NextZoom.top = float(newHeight * fy + cy);
-    NextZoom.bottom = float(cy - (1 - fy) * newHeight);
+    NextZoom.left = CSng(cx - fx * newWidth);
+    NextZoom.right = CSng((1 - fx) * newWidth + cx);
+    NextZoom.top = CSng(newHeight * fy + cy);
+    NextZoom.bottom = CSng(cy - (1 - fy) * newHeight);
     surface.Cls();
     AddToPrevZoomStack(NextZoom);
     if (NextZoom.left - NextZoom.right != 0 && NextZoom.bottom - NextZoom.top != 0) {

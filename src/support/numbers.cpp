@@ -112,9 +112,10 @@ bool FastDecimal(std::string_view s, double& value) {
 
 }  // namespace
 
-bool HasLeadingNumber(std::string_view text) { return ScanNumber(text).valid; }
+bool HasLeadingNumber(std::string_view text) { return ScanNumber(text.substr(0, kLongestNumber)).valid; }
 
 double Val(std::string_view text) {
+  text = text.substr(0, kLongestNumber);
   std::size_t i = 0;
   while (i < text.size() && IsBlank(text[i])) ++i;
   bool negative = false;

@@ -6,6 +6,10 @@
 
 namespace dxfimport {
 
+// Numbers are read from the first kLongestNumber characters of a text: any longer digit
+// string is beyond the range of a double already.
+inline constexpr std::size_t kLongestNumber = 4096;
+
 // The numeric value of the leading part of a text, as the reader sees every DXF value:
 // leading blanks skipped, then the longest decimal prefix (sign, digits, point, exponent).
 // Text that holds no number gives 0; the locale is never consulted. A value beyond the

@@ -1,0 +1,103 @@
+#!/usr/bin/env python3
+"""Writes fuzz/seeds/: one small drawing per entity kind and per error path, for the
+fuzzers to start from (the sample floor plan is copied beside them)."""
+import os
+import shutil
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+OUT = os.path.join(HERE, "..", "fuzz", "seeds")
+
+
+def dxf(*pairs):
+    return "".join(f"{code}\n{value}\n" for code, value in pairs)
+
+
+def entities(*pairs, header=(), tables=(), blocks=()):
+    head = dxf((0, "SECTION"), (2, "HEADER"), *header, (0, "ENDSEC")) if header else ""
+    tab = dxf((0, "SECTION"), (2, "TABLES"), *tables, (0, "ENDSEC")) if tables else ""
+    blk = dxf((0, "SECTION"), (2, "BLOCKS"), *blocks, (0, "ENDSEC")) if blocks else ""
+    return head + tab + blk + dxf((0, "SECTION"), (2, "ENTITIES"), *pairs, (0, "ENDSEC"), (0, "EOF"))
+
+
+LAYERS = ((0, "TABLE"), (2, "LAYER"), (0, "LAYER"), (2, "0"), (62, "7"), (0, "LAYER"), (2, "OFF"), (62, "-1"),
+          (0, "LAYER"), (2, "FROZEN"), (70, "1"), (0, "LAYER"), (2, "TRUE"), (420, "255"), (6, "CENTER"),
+          (0, "ENDTAB"))
+LTYPES = ((0, "TABLE"), (2, "LTYPE"), (0, "LTYPE"), (2, "CENTER"), (73, "4"), (49, "1.25"), (49, "-0.25"),
+          (49, "0"), (49, "-0.25"), (0, "ENDTAB"))
+HEADER = ((9, "$ACADVER"), (1, "AC1015"), (9, "$DWGCODEPAGE"), (3, "ANSI_932"), (9, "$EXTMIN"), (10, "0"),
+          (20, "0"), (9, "$EXTMAX"), (10, "100"), (20, "100"), (9, "$LTSCALE"), (40, "2"))
+BLOCK = ((0, "BLOCK"), (2, "B"), (10, "1"), (20, "1"), (0, "LINE"), (8, "0"), (62, "0"), (10, "1"), (20, "1"),
+         (11, "3"), (21, "2"), (0, "ARC"), (10, "2"), (20, "2"), (40, "1"), (50, "0"), (51, "90"),
+         (0, "TEXT"), (10, "1"), (20, "1"), (40, "0.5"), (1, "B%%d"), (0, "INSERT"), (2, "LATER"),
+         (0, "ENDBLK"), (0, "BLOCK"), (2, "LATER"), (0, "CIRCLE"), (40, "1"), (0, "ENDBLK"),
+         (0, "BLOCK"), (2, "*D1"), (0, "LINE"), (11, "5"), (0, "TEXT"), (1, "5.00"), (0, "ENDBLK"))
+
+SEEDS = {
+    "line": entities((0, "LINE"), (8, "0"), (6, "DASHED"), (62, "1"), (10, "1.5"), (20, "2"), (11, "30"),
+                     (21, "40")),
+    "circle_arc": entities((0, "CIRCLE"), (10, "5"), (20, "5"), (40, "3"), (0, "ARC"), (10, "5"), (20, "5"),
+                           (40, "2"), (50, "725"), (51, "-90")),
+    "solid_trace_3dface": entities((0, "SOLID"), (10, "0"), (20, "0"), (11, "1"), (21, "0"), (12, "0"),
+                                   (22, "1"), (13, "1"), (23, "1"), (0, "TRACE"), (10, "2"), (11, "3"),
+                                   (0, "3DFACE"), (10, "0"), (20, "0"), (11, "4"), (21, "0"), (12, "4"),
+                                   (22, "3"), (13, "4"), (23, "3")),
+    "text": entities((0, "TEXT"), (10, "1"), (20, "2"), (11, "5"), (21, "9"), (72, "4"), (40, "2"),
+                     (1, 'AB%%uC "q" %%c%%p%%x'), (7, "romans"), (50, "30"), (0, "TEXT"), (10, "2"),
+                     (20, "2"), (11, "1"), (21, "1"), (72, "5"), (1, "fit"), (40, "1")),
+    "polyline": entities((0, "POLYLINE"), (8, "0"), (66, "1"), (70, "1"), (40, "0.5"), (0, "VERTEX"),
+                         (10, "0"), (20, "0"), (42, "1"), (0, "VERTEX"), (10, "5"), (20, "0"), (70, "16"),
+                         (0, "VERTEX"), (10, "5"), (20, "5"), (0, "SEQEND")),
+    "lwpolyline": entities((0, "LWPOLYLINE"), (90, "3"), (70, "1"), (43, "0.2"), (10, "0"), (20, "0"),
+                           (42, "0.5"), (10, "4"), (20, "0"), (10, "4"), (20, "4"), (42, "-1")),
+    "mtext": entities((0, "MTEXT"), (10, "0"), (20, "10"), (40, "2"), (71, "5"), (11, "1"), (21, "1"),
+                      (44, "1.5"), (3, "{\\fArial|b1;first}\\P\\S1^2;\\~"), (1, "\\U+56F3\\M+196CA^Jend"),
+                      (101, "Embedded Object"), (10, "99")),
+    "ellipse_spline_leader": entities(
+        (0, "ELLIPSE"), (10, "0"), (20, "0"), (11, "10"), (21, "0"), (40, "0.5"), (41, "1"), (42, "0.5"),
+        (230, "-1"), (0, "SPLINE"), (71, "3"), (40, "0"), (40, "0"), (40, "0"), (40, "0"), (40, "1"), (40, "1"),
+        (40, "1"), (40, "1"), (10, "0"), (20, "0"), (10, "3"), (20, "9"), (10, "6"), (20, "-9"), (10, "9"),
+        (20, "0"), (0, "SPLINE"), (71, "3"), (11, "0"), (21, "0"), (11, "5"), (21, "5"), (0, "LEADER"),
+        (10, "0"), (20, "0"), (10, "5"), (20, "5")),
+    "hatch": entities((0, "HATCH"), (70, "1"), (91, "2"), (92, "2"), (72, "1"), (73, "1"), (93, "3"),
+                      (10, "0"), (20, "0"), (42, "0.3"), (10, "9"), (20, "0"), (10, "9"), (20, "9"), (97, "0"),
+                      (92, "1"), (93, "4"), (72, "1"), (10, "1"), (20, "1"), (11, "2"), (21, "1"), (72, "2"),
+                      (10, "3"), (20, "3"), (40, "1"), (50, "0"), (51, "180"), (73, "0"), (72, "3"),
+                      (10, "4"), (20, "4"), (11, "1"), (21, "0"), (40, "0.5"), (50, "0"), (51, "90"),
+                      (73, "1"), (72, "4"), (94, "2"), (73, "0"), (74, "0"), (95, "6"), (96, "3"), (40, "0"),
+                      (40, "0"), (40, "0"), (40, "1"), (40, "1"), (40, "1"), (10, "0"), (20, "0"), (10, "1"),
+                      (20, "2"), (10, "2"), (20, "0"), (97, "1"), (330, "2A"), (0, "HATCH"), (70, "0"),
+                      (91, "1"), (92, "2"), (93, "2"), (10, "0"), (20, "0"), (10, "1"), (20, "1")),
+    "blocks_inserts": entities((0, "INSERT"), (8, "TRUE"), (2, "B"), (10, "10"), (20, "10"), (41, "-2"),
+                               (42, "0"), (50, "45"), (62, "3"), (66, "1"), (0, "ATTRIB"), (1, "N-1"), (70, "8"),
+                               (0, "SEQEND"), (0, "INSERT"), (2, "B"), (70, "3"), (71, "2"), (44, "5"),
+                               (45, "5"), (0, "DIMENSION"), (2, "*D1"), (0, "DIMENSION"), (2, "*D9"),
+                               blocks=BLOCK, tables=LAYERS),
+    "tables_header": entities((0, "LINE"), (8, "TRUE"), (6, "BYLAYER"), (48, "3"), (11, "50"), (0, "TEXT"),
+                              (1, "\x90\x7d\x96\xca"), (0, "LINE"), (67, "1"), (11, "9"),
+                              header=HEADER, tables=LTYPES + LAYERS),
+    "self_insert": entities((0, "INSERT"), (2, "S"), blocks=((0, "BLOCK"), (2, "S"), (0, "LINE"), (11, "1"),
+                                                           (0, "INSERT"), (2, "S"), (0, "INSERT"), (2, "S"),
+                                                           (0, "ENDBLK"))),
+    "error_code_above_80": entities((0, "LINE"), (5, "2A"), (330, "1F"), (100, "AcDbLine"), (10, "1")),
+    "error_cut_in_entity": "0\nSECTION\n2\nENTITIES\n0\nLINE\n10\n1\n20\n",
+    "error_number_too_large": entities((0, "LINE"), (62, "99999")),
+    "error_code_not_a_number": "0\nSECTION\n2\nENTITIES\n0\nLINE\nabc\n1\n0\nEOF\n",
+    "error_polyline_without_vertex": entities((0, "POLYLINE"), (8, "0"), (0, "LINE")),
+    "error_no_section": dxf((0, "LINE"), (10, "1")),
+    "error_binary": "AutoCAD Binary DXF\r\n\x1a\x00",
+    "error_huge_values": entities((0, "LINE"), (10, "3e38"), (11, "-3e38"), (0, "CIRCLE"), (40, "3e38"),
+                                  (0, "TEXT"), (40, "1e30"), (1, "x"), (0, "INSERT"), (2, "B"), (41, "1e30"),
+                                  blocks=BLOCK),
+}
+
+
+def main():
+    os.makedirs(OUT, exist_ok=True)
+    for name, text in SEEDS.items():
+        with open(os.path.join(OUT, name + ".dxf"), "w", encoding="latin-1", newline="") as f:
+            f.write(text)
+    shutil.copy(os.path.join(HERE, "..", "samples", "floorplan.dxf"), os.path.join(OUT, "floorplan.dxf"))
+
+
+if __name__ == "__main__":
+    main()
