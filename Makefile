@@ -39,11 +39,13 @@ bench: build
 fuzz: deps
 	@cmake --preset fuzz >/dev/null && cmake --build build/fuzz -j $(JOBS)
 	@for f in $(FUZZERS); do \
-	  mkdir -p build/fuzz/corpus/$$f && \
+	  mkdir -p build/fuzz/corpus/$$f; \
 	  LSAN_OPTIONS=suppressions=$(CURDIR)/fuzz/lsan.supp QT_QPA_PLATFORM=offscreen \
 	  build/fuzz/fuzz/$$f build/fuzz/corpus/$$f fuzz/seeds -max_total_time=$(FUZZ_SECONDS) \
 	    -timeout=20 -rss_limit_mb=2048 -max_len=65536 -print_final_stats=1 \
-	    -artifact_prefix=build/fuzz/$$f- 2>&1 | tail -n 12 || exit 1; \
+	    -artifact_prefix=build/fuzz/$$f- > build/fuzz/$$f.log 2>&1; status=$$?; \
+	  tail -n 14 build/fuzz/$$f.log; \
+	  if [ $$status -ne 0 ]; then echo "$$f found a failing input (see build/fuzz/)"; exit 1; fi; \
 	done
 
 clean:
