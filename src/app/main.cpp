@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "app/commands.h"
+#include "app/gui_modes.h"
 #include "app/render_command.h"
 #include "app/sweep_command.h"
 #include "support/texts.h"
@@ -41,8 +42,13 @@ int main(int argc, char** argv) {
   using namespace dxfimport;
   SetApplicationTitle(LoadResText(1000));
 
-  CLI::App app{"dxfimport: reads DXF drawings, draws them and reports on them"};
-  app.require_subcommand(1);
+  CLI::App app{"dxfimport: reads DXF drawings, draws them and reports on them.\n"
+               "Without a command it opens the viewer (with FILE, if one is given)."};
+  app.require_subcommand(0, 1);
+  std::string viewerFile;
+  bool automation = false;
+  app.add_option("file", viewerFile, "DXF file to open in the viewer");
+  app.add_flag("--automation", automation, "Host mode: the modal viewer, then the bitmap path on standard output");
 
   std::string file;
   bool json = false, legacy = false;
@@ -85,6 +91,10 @@ int main(int argc, char** argv) {
   const ReadingProfile profile = legacy ? ReadingProfile::Legacy : ReadingProfile::Modern;
   if (stats->parsed()) return RunStats(file, json, profile);
   if (dump->parsed()) return RunDump(file, profile);
+  if (app.get_subcommands().empty()) {
+    if (automation) return RunAutomation(argc, argv, viewerFile);
+    return RunViewer(argc, argv, viewerFile);
+  }
   if (sweep->parsed()) {
     PrepareHeadlessQt();
     return RunSweep(sweepDir, sweepOutput, sweepSeconds);

@@ -91,6 +91,7 @@ constexpr std::array kTable = std::to_array<Entry>({
     {1057, "&16", "&16"},
     {1058, "&Mono", "モノクロ(&M)"},
     {1059, "&Default", "既定(&D)"},
+    {1060, "The help file %1 was not found.", "ヘルプ ファイル %1 が見つかりません。"},
 });
 
 static_assert(std::is_sorted(kTable.begin(), kTable.end(),

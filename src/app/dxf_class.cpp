@@ -1,0 +1,60 @@
+#include "app/dxf_class.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QPointer>
+
+#include "render/picture_file.h"
+#include "support/temp_file.h"
+#include "viewer/main_window.h"
+
+namespace dxfimport {
+namespace {
+
+// The one main window under automation, made by the first ShowDialog.
+QPointer<frmImport> g_window;
+
+}  // namespace
+
+DXF::DXF() = default;
+
+DXF::~DXF() { Class_Terminate(); }
+
+void DXF::strDXFFileName(const std::string& fileName) { dxfFileName_ = fileName; }
+
+frmImport* DXF::window() const { return g_window; }
+
+void DXF::ShowDialog() {
+  if (dxfFileName_.empty()) return;
+  gstrDXFFileName = dxfFileName_;
+  if (!g_window) {
+    g_window = new frmImport(true);
+    g_window->setAttribute(Qt::WA_DeleteOnClose, false);
+    g_window->FileOpen(false);  // the window opens the host's file as it loads
+  }
+  g_window->hide();
+  QEventLoop loop;
+  g_window->onHidden = [&loop] { loop.quit(); };
+  g_window->setWindowModality(Qt::ApplicationModal);
+  g_window->show();
+  loop.exec();
+  if (g_window) g_window->onHidden = nullptr;
+}
+
+std::string DXF::strBmpFileName() {
+  if (g_window && !g_window->booImportCancel && g_window->booPictureLoaded) {
+    bmpFileName_ = NewTempFileName();
+    if (!SavePictureAtomically(g_window->CurrentPicture(), QString::fromStdString(bmpFileName_), "BMP"))
+      bmpFileName_.clear();
+  } else {
+    bmpFileName_.clear();
+  }
+  return bmpFileName_;
+}
+
+void DXF::Class_Terminate() {
+  for (QWidget* window : QApplication::topLevelWidgets()) window->close();
+  delete g_window.data();
+}
+
+}  // namespace dxfimport

@@ -1,0 +1,44 @@
+#pragma once
+
+// The importer as a host application uses it in-process (library dxfimport_host):
+//
+//   dxfimport::DXF dxf;                  // a QApplication must exist
+//   dxf.strDXFFileName("plan.dxf");
+//   dxf.ShowDialog();                    // the modal viewer; returns when the user leaves it
+//   std::string bitmap = dxf.strBmpFileName();  // "" when cancelled or nothing loaded
+//
+// The same from another process: dxfimport --automation plan.dxf prints the bitmap path.
+
+#include <memory>
+#include <string>
+
+namespace dxfimport {
+
+class frmImport;
+
+class DXF {
+ public:
+  DXF();
+  ~DXF();  // Class_Terminate
+  DXF(const DXF&) = delete;
+  DXF& operator=(const DXF&) = delete;
+
+  // The DXF file that ShowDialog opens.
+  void strDXFFileName(const std::string& fileName);
+  // Shows the viewer modally with the file opened; returns at once when no file is named.
+  void ShowDialog();
+  // Writes the current picture to a new temporary bitmap (~CV*.tmp) and returns its path;
+  // "" when the user chose "Cancel Import" or nothing is loaded. Each call makes a new file.
+  std::string strBmpFileName();
+  // Closes every window of the importer.
+  void Class_Terminate();
+
+  // The viewer window, once ShowDialog has made it (tests).
+  frmImport* window() const;
+
+ private:
+  std::string dxfFileName_;
+  std::string bmpFileName_;
+};
+
+}  // namespace dxfimport

@@ -1,0 +1,43 @@
+#include "app/gui_modes.h"
+
+#include <QApplication>
+
+#include <cstdio>
+
+#include "app/dxf_class.h"
+#include "support/messages.h"
+#include "support/shared_settings.h"
+#include "viewer/main_window.h"
+#include "viewer/message_box_sink.h"
+
+namespace dxfimport {
+
+int RunViewer(int argc, char** argv, const std::string& file) {
+  QApplication app(argc, argv);
+  MessageBoxSink boxes;
+  ScopedMessageSink sink(&boxes);
+  RestoreSharedSettings(false);
+  frmImport window(false);
+  window.show();
+  if (!file.empty()) {
+    gstrDXFFileName = file;
+    window.FileOpen(false);
+  }
+  return app.exec();
+}
+
+int RunAutomation(int argc, char** argv, const std::string& file) {
+  QApplication app(argc, argv);
+  MessageBoxSink boxes;
+  ScopedMessageSink sink(&boxes);
+  DXF dxf;
+  dxf.strDXFFileName(file);
+  dxf.ShowDialog();
+  std::string bitmap = dxf.strBmpFileName();
+  std::printf("%s\n", bitmap.c_str());
+  std::fflush(stdout);
+  dxf.Class_Terminate();
+  return 0;
+}
+
+}  // namespace dxfimport

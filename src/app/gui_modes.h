@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+namespace dxfimport {
+
+// The viewer started by a user: the shared settings restored, the window shown, FILE
+// opened when one is named. Returns the program's exit status.
+int RunViewer(int argc, char** argv, const std::string& file);
+
+// The viewer run for a host in another process: FILE opened in the modal viewer; when the
+// user leaves it, the path of a fresh temporary bitmap (or an empty line) on standard
+// output.
+int RunAutomation(int argc, char** argv, const std::string& file);
+
+}  // namespace dxfimport

@@ -1,0 +1,467 @@
+#include "viewer/main_window.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QApplication>
+#include <QClipboard>
+#include <QCloseEvent>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QScreen>
+#include <QScrollArea>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QUrl>
+
+#include "dxf/stats.h"
+#include "render/picture_file.h"
+#include "support/log.h"
+#include "support/messages.h"
+#include "support/runtime_error.h"
+#include "support/shared_settings.h"
+#include "support/texts.h"
+#include "viewer/choose_size_dialog.h"
+#include "viewer/dialog_font.h"
+#include "viewer/picture_box.h"
+
+// The toolbar images live in this library's resources, which a static library must
+// register itself.
+static void InitViewerResources() { Q_INIT_RESOURCE(viewer); }
+
+namespace dxfimport {
+
+std::string gstrDXFFileName;
+
+namespace {
+
+QString Text(int id) { return QString::fromStdString(LoadResText(id)); }
+
+// The load's progress on the progress bar; pending window messages run at each step.
+class ProgressBarSink : public LoadProgress {
+ public:
+  explicit ProgressBarSink(QProgressBar* bar) : bar_(bar) {}
+  void Show() override {
+    bar_->setValue(0);
+    bar_->show();
+    bar_->raise();
+  }
+  void Hide() override { bar_->hide(); }
+  void SetValue(int percent) override {
+    bar_->setValue(percent);
+    QCoreApplication::processEvents();
+  }
+
+ private:
+  QProgressBar* bar_;
+};
+
+// The hourglass for the length of an operation, restored on every way out.
+class HourGlass {
+ public:
+  HourGlass() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+  ~HourGlass() { QApplication::restoreOverrideCursor(); }
+  HourGlass(const HourGlass&) = delete;
+  HourGlass& operator=(const HourGlass&) = delete;
+};
+
+// "A|*.a|B|*.b" as Qt's "A (*.a);;B (*.b)".
+QString QtFilter(const QString& filter) {
+  QStringList parts = filter.split('|'), out;
+  for (int i = 0; i + 1 < parts.size(); i += 2) {
+    QString name = parts[i];
+    out << (name.contains('(') ? name : name + " (" + parts[i + 1] + ")");
+  }
+  return out.join(";;");
+}
+
+}  // namespace
+
+frmImport::frmImport(bool startedForAutomation, QWidget* parent)
+    : QMainWindow(parent), startedForAutomation_(startedForAutomation) {
+  setObjectName("frmImport");
+  InitViewerResources();
+  HourGlass hourglass;
+  ChooseOpenFile = [this] { return DefaultOpenFile(); };
+  ChooseSaveFile = [this] { return DefaultSaveFile(); };
+
+  viewport_ = new QScrollArea(this);
+  viewport_->setObjectName("vsViewPort1");
+  viewport_->setAlignment(Qt::AlignCenter);  // a picture smaller than the viewport is centred
+  viewport_->setBackgroundRole(QPalette::Dark);
+  picture_ = new PictureBox;
+  picture_->setObjectName("Picture1");
+  viewport_->setWidget(picture_);
+  gear1_ = new QLabel(picture_);
+  gear1_->setObjectName("Gear1");
+  gear1_->hide();
+  progress_ = new QProgressBar(viewport_->viewport());
+  progress_->setObjectName("ProgressBar1");
+  progress_->setRange(0, 100);
+  progress_->setGeometry(20, 20, 300, 22);
+  progress_->hide();
+  setCentralWidget(viewport_);
+  statusBar()->setObjectName("StatusBar1");
+
+  picture_->onMouseDown = [this](int x, int y) { Picture1_MouseDown(x, y); };
+  picture_->onMouseMove = [this](int x, int y) { Picture1_MouseMove(x, y); };
+  picture_->onMouseUp = [this](int x, int y) { Picture1_MouseUp(x, y); };
+
+  CreateMenus();
+  CreateToolbar();
+  ApplyDialogFont(this, true);
+  LoadCaptions();
+  setWindowTitle(QString::fromStdString(ApplicationTitle()));
+  resize(800, 620);
+  if (QScreen* screen = QGuiApplication::primaryScreen()) {
+    QRect area = screen->availableGeometry();
+    move(area.x() + (area.width() - width()) / 2, area.y() + (area.height() - height()) / 2);
+  }
+  // The exit items shown depend only on how the program was started.
+  exitItems_[0]->setVisible(startedForAutomation_);
+  exitItems_[1]->setVisible(startedForAutomation_);
+  exitItems_[2]->setVisible(!startedForAutomation_);
+  zoom_.ColorByLayer = true;
+  zoom_.AttributesVisible = true;
+}
+
+frmImport::~frmImport() = default;
+
+void frmImport::CreateMenus() {
+  auto item = [this](QMenu* menu, int id, const char* name, auto handler) {
+    QAction* action = menu->addAction(QString());
+    action->setObjectName(name);
+    captioned_[id] = action;
+    connect(action, &QAction::triggered, this, handler);
+    return action;
+  };
+  auto menu = [this](int id, const char* name) {
+    QMenu* m = menuBar()->addMenu(QString());
+    m->setObjectName(name);
+    captioned_[id] = m->menuAction();
+    return m;
+  };
+  QMenu* file = menu(1026, "mnuFile");
+  connect(file, &QMenu::aboutToShow, this, &frmImport::mnuFile_Click);
+  item(file, 1027, "MnuFileOpen", [this] { FileOpen(true); });
+  item(file, 1028, "mnuFileSaveAsBitmap", &frmImport::mnuFileSaveAsBitmap_Click);
+  file->addSeparator()->setObjectName("mnufilesep1");
+  exitItems_[0] = item(file, 1029, "mnuFileExit0", [this] { mnuFileExit_Click(0); });
+  exitItems_[1] = item(file, 1054, "mnuFileExit1", [this] { mnuFileExit_Click(1); });
+  exitItems_[2] = item(file, 1030, "mnuFileExit2", [this] { mnuFileExit_Click(2); });
+
+  QMenu* edit = menu(1031, "mnuEdit");
+  item(edit, 1032, "mnuEditCopy", &frmImport::mnuEditCopy_Click)->setShortcut(QKeySequence::Copy);
+
+  QMenu* options = menu(1033, "mnuOptionS");
+  item(options, 1034, "mnuOptionForecolor", [] {});
+  item(options, 1035, "mnuOptionColor", [] {});
+  item(options, 1036, "mnuOptionSize", &frmImport::mnuOptionSize_Click);
+  item(options, 1048, "mnuOptionProperties", [this] { DisplayStats(drawing_, gstrDXFFileName); });
+  options->addSeparator()->setObjectName("mnuOptionSep1");
+  QMenu* depth = options->addMenu(QString());
+  depth->setObjectName("mnuOptionReduce");
+  captioned_[1055] = depth->menuAction();
+  auto* depthGroup = new QActionGroup(this);
+  for (int i = 0; i < 4; ++i) {
+    QAction* choice = item(depth, 1056 + i, "", [] {});
+    choice->setObjectName(QString("mnuOptionReduceChoice%1").arg(i));
+    choice->setCheckable(true);
+    choice->setChecked(i == 3);
+    depthGroup->addAction(choice);
+  }
+
+  QMenu* zoomMenu = menu(1037, "mnuZoom");
+  item(zoomMenu, 1038, "mnuZoomReset", &frmImport::mnuZoomReset_Click);
+  item(zoomMenu, 1039, "mnuZoomPlus", &frmImport::mnuZoomPlus_Click);
+  item(zoomMenu, 1040, "mnuZoomMinus", &frmImport::mnuZoomMinus_Click);
+
+  QMenu* help = menu(1041, "mnuHelp");
+  item(help, 1042, "mnuHelpHelp", &frmImport::mnuHelpHelp_Click)->setShortcut(QKeySequence::HelpContents);
+  item(help, 1043, "mnuHelpAbout", &frmImport::mnuHelpAbout_Click);
+}
+
+void frmImport::CreateToolbar() {
+  toolbar_ = addToolBar(QString());
+  toolbar_->setObjectName("Toolbar1");
+  toolbar_->setMovable(false);
+  struct Button {
+    const char* key;
+    int tooltip;
+  };
+  const Button buttons[] = {{"Open", 1016}, {nullptr, 0}, {"Resize", 1017}, {nullptr, 0},
+                            {"MagNormal", 1018}, {"MagPlus", 1019}, {"MagMinus", 1020}};
+  for (const Button& b : buttons) {
+    if (!b.key) {
+      toolbar_->addSeparator();
+      continue;
+    }
+    QString key = b.key;
+    QAction* button = toolbar_->addAction(QIcon(":/toolbar/" + key), key);
+    button->setObjectName(key);
+    button->setToolTip(Text(b.tooltip));
+    connect(button, &QAction::triggered, this, [this, key] { Toolbar1_ButtonClick(key); });
+    toolbarButtons_[key] = button;
+  }
+  toolbarButtons_["MagPlus"]->setCheckable(true);
+  SetZoomButtons(false);
+}
+
+void frmImport::LoadCaptions() {
+  for (auto& [id, action] : captioned_) action->setText(Text(id));
+}
+
+QAction* frmImport::Action(const QString& objectName) const {
+  for (auto& [id, action] : captioned_)
+    if (action->objectName() == objectName || (action->menu() && action->menu()->objectName() == objectName))
+      return action;
+  return nullptr;
+}
+
+QAction* frmImport::ToolbarButton(const QString& key) const {
+  auto found = toolbarButtons_.find(key);
+  return found == toolbarButtons_.end() ? nullptr : found->second;
+}
+
+void frmImport::setBooGear1Visible(bool visible) {
+  gear1Visible_ = visible;
+  gear1_->setVisible(visible);
+  if (visible) {
+    gear1_->setGeometry(0, 0, picture_->width(), picture_->height());
+    gear1_->setPixmap(QPixmap::fromImage(gearImage_));
+  }
+}
+
+QImage frmImport::CurrentPicture() const { return gear1Visible_ ? gearImage_ : picture_->image(); }
+
+void frmImport::SetZoomButtons(bool enabled) {
+  for (const char* key : {"MagNormal", "MagPlus", "MagMinus"}) toolbarButtons_[key]->setEnabled(enabled);
+}
+
+void frmImport::UpdateCaption(bool withFile) {
+  QString title = QString::fromStdString(ApplicationTitle());
+  if (withFile) title += " [" + QString::fromStdString(gstrDXFFileName) + "]";
+  setWindowTitle(title);
+}
+
+void frmImport::FileOpen(bool showDialog) {
+  picture_->Cls();
+  setBooGear1Visible(false);
+  booPictureLoaded = OpenDXFFile(showDialog);
+  SetZoomButtons(booPictureLoaded);
+}
+
+bool frmImport::OpenDXFFile(bool showDialog) {
+  zoom_.AttributesVisible = true;
+  zoom_.ColorByLayer = true;
+  if (showDialog) ChooseDXFFile();
+  if (gstrDXFFileName.empty()) {
+    UpdateCaption(false);
+    return false;
+  }
+  HourGlass hourglass;
+  if (!drawing_.InitDrawing(true)) {
+    LogCritical("OpenDXFFile: the drawing tables could not be initialized");
+    ShowMessage(MessageIcon::Critical, LoadResText(1023));
+    return false;
+  }
+  ProgressBarSink progress(progress_);
+  DXFReader reader(drawing_, profile_);
+  bool loaded = reader.LoadDXF(gstrDXFFileName, &progress);
+  if (!loaded) {
+    UpdateCaption(false);
+    return false;
+  }
+  zoom_.ExtentsZoom = ExtentsOf(drawing_);
+  zoom_.FileName = gstrDXFFileName;
+  zoom_.AttributesVisible = true;
+  zoom_.MonochromePrint = false;
+  picture_->Cls();
+  progress_->raise();
+  bool drawn = zoom_.Zoom(zoom_.ExtentsZoom, *picture_);
+  QCoreApplication::processEvents();
+  picture_->Refresh();
+  UpdateCaption(true);
+  if (drawn) rememberDirectory_ = true;
+  return true;
+}
+
+void frmImport::ChooseDXFFile() {
+  QString chosen = ChooseOpenFile();
+  if (!chosen.isEmpty()) gstrDXFFileName = chosen.toStdString();
+  else gstrDXFFileName.clear();  // a cancelled dialog leaves nothing to open
+}
+
+QString frmImport::DefaultOpenFile() {
+  QString directory = rememberDirectory_ ? QDir::currentPath() : QString::fromStdString(BitmapDirectory());
+  QFileDialog dialog(this, Text(1021), directory, QtFilter(Text(1022) + "|*.DXF *.dxf|(*.*)|*"));
+  dialog.setFileMode(QFileDialog::ExistingFile);
+  dialog.setDefaultSuffix("DXF");
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
+  QString file = dialog.selectedFiles().front();
+  QDir::setCurrent(QFileInfo(file).absolutePath());
+  return file;
+}
+
+QString frmImport::DefaultSaveFile() {
+  QFileDialog dialog(this, Text(1053), QString::fromStdString(BitmapDirectory()), QtFilter(Text(1025)));
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setDefaultSuffix("BMP");
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
+  return dialog.selectedFiles().front();
+}
+
+bool frmImport::Redraw(const ZoomRect& window) {
+  picture_->Cls();
+  bool drawn = zoom_.Zoom(window, *picture_);
+  picture_->Refresh();
+  return drawn;
+}
+
+void frmImport::mnuZoomReset_Click() {
+  if (booPictureLoaded) Redraw(zoom_.ExtentsZoom);
+}
+
+void frmImport::ZoomReset() {
+  if (booPictureLoaded) Redraw(zoom_.CurrentZoom());
+}
+
+void frmImport::mnuZoomMinus_Click() {
+  if (!booPictureLoaded) return;
+  zoom_.StationaryZoom(float(picture_->width()) / 2, float(picture_->height()) / 2, 50, *picture_);
+}
+
+void frmImport::mnuZoomPlus_Click() {
+  if (!booPictureLoaded) return;
+  picture_->setCursor(QCursor(QPixmap(":/toolbar/MagCursor"), 12, 12));
+  toolbarButtons_["MagPlus"]->setChecked(true);
+  zoomMode_ = true;
+}
+
+void frmImport::Picture1_MouseDown(int x, int y) {
+  if (!zoomMode_) return;
+  zoomMode_ = false;
+  rubberX0_ = rubberX1_ = x;
+  rubberY0_ = rubberY1_ = y;
+  rubberActive_ = true;
+}
+
+void frmImport::Picture1_MouseMove(int x, int y) {
+  if (!rubberActive_) return;
+  rubberX1_ = x, rubberY1_ = y;
+  picture_->SetRubberBand(QRect(QPoint(rubberX0_, rubberY0_), QPoint(rubberX1_, rubberY1_)).normalized());
+}
+
+// A release after a press on the armed picture: a drag of 15 pixels or more in both
+// directions zooms to the rectangle; anything else (a thin drag too) zooms in twice
+// about the release point.
+void frmImport::Picture1_MouseUp(int x, int y) {
+  if (!rubberActive_) return;
+  picture_->unsetCursor();
+  toolbarButtons_["MagPlus"]->setChecked(false);
+  picture_->SetRubberBand(QRect());
+  rubberActive_ = false;
+  rubberX1_ = x, rubberY1_ = y;
+  const int minX = std::min(rubberX0_, rubberX1_), maxX = std::max(rubberX0_, rubberX1_);
+  const int minY = std::min(rubberY0_, rubberY1_), maxY = std::max(rubberY0_, rubberY1_);
+  if (std::abs(float(maxX - minX)) < 15 || std::abs(float(maxY - minY)) < 15) {
+    zoom_.StationaryZoom(float(x), float(y), 200, *picture_);
+    return;
+  }
+  const float scale = zoom_.Engine.ViewScale;
+  if (scale == 0) return;
+  const ZoomRect& current = zoom_.CurrentZoom();
+  const float height = float(picture_->ScaleHeight());
+  zoom_.NextZoom.left = minX / scale + current.left;
+  zoom_.NextZoom.right = maxX / scale + current.left;
+  zoom_.NextZoom.bottom = (height - maxY) / scale + current.bottom;
+  zoom_.NextZoom.top = (height - minY) / scale + current.bottom;
+  Redraw(zoom_.NextZoom);
+}
+
+void frmImport::mnuFile_Click() { Action("mnuFileSaveAsBitmap")->setEnabled(booPictureLoaded); }
+
+void frmImport::mnuFileSaveAsBitmap_Click() {
+  HourGlass hourglass;
+  QString file = ChooseSaveFile();
+  if (file.isEmpty()) return;
+  if (!SavePictureAtomically(CurrentPicture(), file, "BMP")) {
+    ShowMessage(MessageIcon::Critical,
+                SubstituteArgs(LoadResText(1049), {std::to_string(kErrPathFileAccess), RunTimeText(kErrPathFileAccess)}) +
+                    "\n\n" + file.toStdString());
+  }
+}
+
+void frmImport::mnuEditCopy_Click() { QGuiApplication::clipboard()->setImage(CurrentPicture()); }
+
+void frmImport::mnuOptionSize_Click() {
+  setBooGear1Visible(false);
+  frmChooseSize dialog(*this);
+  dialog.exec();
+}
+
+void frmImport::mnuFileExit_Click(int index) {
+  hide();
+  if (!startedForAutomation_) close();
+  booImportCancel = index == 1;
+}
+
+void frmImport::closeEvent(QCloseEvent* event) {
+  if (event->spontaneous()) {
+    hide();
+    if (startedForAutomation_) {
+      event->ignore();
+      booImportCancel = false;
+      return;
+    }
+  }
+  event->accept();
+  if (!startedForAutomation_) QApplication::closeAllWindows();
+}
+
+void frmImport::hideEvent(QHideEvent* event) {
+  QMainWindow::hideEvent(event);
+  if (onHidden) onHidden();
+}
+
+void frmImport::keyPressEvent(QKeyEvent* event) {
+  if (event->key() != Qt::Key_Escape) return QMainWindow::keyPressEvent(event);
+  QAction* magPlus = toolbarButtons_["MagPlus"];
+  if (magPlus->isChecked()) {
+    magPlus->setChecked(false);
+    zoomMode_ = false;
+    picture_->unsetCursor();
+  }
+}
+
+void frmImport::Toolbar1_ButtonClick(const QString& key) {
+  if (key == "Open") FileOpen(true);
+  else if (key == "Resize") mnuOptionSize_Click();
+  else if (key == "MagNormal") mnuZoomReset_Click();
+  else if (key == "MagPlus") mnuZoomPlus_Click();
+  else if (key == "MagMinus") mnuZoomMinus_Click();
+  else LogCritical("unsupported toolbar button: " + key.toStdString());
+}
+
+void frmImport::mnuHelpHelp_Click() {
+  const std::string file = HelpDirectory() + "cvdesign.hlp";
+  if (!QFileInfo::exists(QString::fromStdString(file))) {
+    ShowMessage(MessageIcon::Information, SubstituteArgs(LoadResText(1060), {file}));
+    return;
+  }
+  QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(file)));
+}
+
+void frmImport::mnuHelpAbout_Click() {
+  QMessageBox::about(this, Text(1001),
+                     "<b>" + QString::fromStdString(ApplicationTitle()) + "</b><br>" + Text(1002) + "<br><br>" + Text(1003));
+}
+
+}  // namespace dxfimport

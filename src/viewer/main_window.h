@@ -1,0 +1,131 @@
+#pragma once
+
+#include <QImage>
+#include <QMainWindow>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "dxf/drawing.h"
+#include "dxf/reader.h"
+#include "render/color_depth.h"
+#include "render/redraw.h"
+
+class QAction;
+class QActionGroup;
+class QLabel;
+class QProgressBar;
+class QScrollArea;
+class QToolBar;
+
+namespace dxfimport {
+
+class PictureBox;
+
+// The DXF file the main window opens: set by the automation class or by the Open dialog.
+extern std::string gstrDXFFileName;
+
+// The viewer's main window: opens a drawing, shows it in a scrollable picture, and saves
+// or copies the picture. Started by a user it ends the program when it closes; started
+// for the host (automation) it only hides, and its File menu offers "Exit and Return to
+// Caller" and "Cancel Import" instead of "Exit".
+class frmImport : public QMainWindow {
+ public:
+  explicit frmImport(bool startedForAutomation, QWidget* parent = nullptr);
+  ~frmImport() override;
+
+  // Public state read by the automation class and the dialogs.
+  bool booPictureLoaded = false;  // the last open succeeded
+  bool booImportCancel = false;   // the user left with "Cancel Import"
+  bool booGear1Visible() const { return gear1Visible_; }
+  void setBooGear1Visible(bool visible);
+
+  // Opens gstrDXFFileName, or first asks for a file when `showDialog`.
+  void FileOpen(bool showDialog);
+  bool OpenDXFFile(bool showDialog);
+
+  // Zoom commands: the whole drawing; the current window again (after a size change);
+  // zoom out about the centre; arm the magnifier for a click or a dragged rectangle.
+  void mnuZoomReset_Click();
+  void ZoomReset();
+  void mnuZoomMinus_Click();
+  void mnuZoomPlus_Click();
+  bool zoomMode() const { return zoomMode_; }
+
+  void mnuFileSaveAsBitmap_Click();
+  void mnuEditCopy_Click();
+  void mnuOptionSize_Click();
+  void mnuFileExit_Click(int index);
+  void mnuHelpHelp_Click();
+  void mnuHelpAbout_Click();
+  void mnuFile_Click();
+  void Toolbar1_ButtonClick(const QString& key);
+
+  // The picture that Save, Copy and the host get: the colour-reduced copy while it is
+  // shown, else the picture.
+  QImage CurrentPicture() const;
+
+  PictureBox* Picture1() const { return picture_; }
+  Drawing& drawing() { return drawing_; }
+  ZoomState& zoom() { return zoom_; }
+  QAction* Action(const QString& objectName) const;
+  QAction* ToolbarButton(const QString& key) const;
+  QProgressBar* ProgressBar1() const { return progress_; }
+
+  // Called whenever the window is hidden (the modal viewer of the host ends then).
+  std::function<void()> onHidden;
+
+  void SetReadingProfile(ReadingProfile profile) { profile_ = profile; }
+  ReadingProfile readingProfile() const { return profile_; }
+
+  // The file dialogs, replaceable (tests). Each returns the chosen path, or "" when the
+  // user cancelled.
+  std::function<QString()> ChooseOpenFile;
+  std::function<QString()> ChooseSaveFile;
+
+  // Mouse gestures on the picture (device pixels).
+  void Picture1_MouseDown(int x, int y);
+  void Picture1_MouseMove(int x, int y);
+  void Picture1_MouseUp(int x, int y);
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void hideEvent(QHideEvent* event) override;
+
+ private:
+  void CreateMenus();
+  void CreateToolbar();
+  void LoadCaptions();
+  void ChooseDXFFile();
+  void ShowPictureSourceOnly();
+  bool Redraw(const ZoomRect& window);
+  void UpdateCaption(bool withFile);
+  void SetZoomButtons(bool enabled);
+  QString DefaultOpenFile();
+  QString DefaultSaveFile();
+
+  bool startedForAutomation_;
+  Drawing drawing_;
+  ZoomState zoom_{drawing_};
+  ReadingProfile profile_ = ReadingProfile::Modern;
+  bool gear1Visible_ = false;
+  bool rememberDirectory_ = false;
+  bool zoomMode_ = false;
+  bool rubberActive_ = false;
+  int rubberX0_ = 0, rubberY0_ = 0, rubberX1_ = 0, rubberY1_ = 0;
+  QImage gearImage_;
+
+  PictureBox* picture_ = nullptr;
+  QLabel* gear1_ = nullptr;
+  QScrollArea* viewport_ = nullptr;
+  QProgressBar* progress_ = nullptr;
+  QToolBar* toolbar_ = nullptr;
+  std::map<QString, QAction*> toolbarButtons_;
+  std::map<int, QAction*> captioned_;  // string id -> action or menu action
+  QAction* exitItems_[3] = {nullptr, nullptr, nullptr};
+};
+
+}  // namespace dxfimport

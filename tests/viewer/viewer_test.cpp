@@ -1,0 +1,235 @@
+#include <QAction>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QProgressBar>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <filesystem>
+#include <fstream>
+
+#include "app/dxf_class.h"
+#include "support/messages.h"
+#include "support/shared_settings.h"
+#include "support/texts.h"
+#include "viewer/choose_size_dialog.h"
+#include "viewer/main_window.h"
+#include "viewer/picture_box.h"
+
+using namespace dxfimport;
+
+namespace {
+
+const std::string kSample = DXFIMPORT_SAMPLES_DIR "/floorplan.dxf";
+
+int InkedPixels(const QImage& image) {
+  int n = 0;
+  for (int y = 0; y < image.height(); ++y)
+    for (int x = 0; x < image.width(); ++x) n += (image.pixel(x, y) & 0xFFFFFF) != 0xFFFFFF;
+  return n;
+}
+
+// Runs `step` once the event loop is running (after a modal dialog or viewer has opened).
+void Soon(std::function<void()> step) { QTimer::singleShot(50, step); }
+
+}  // namespace
+
+class ViewerTest : public QObject {
+  Q_OBJECT
+
+ private:
+  RecordingMessageSink messages_;
+  MessageSink* previous_ = nullptr;
+
+ private slots:
+  void initTestCase() {
+    SetApplicationTitle("Corvath DXF Import");
+    previous_ = SetMessageSink(&messages_);
+  }
+  void cleanupTestCase() { SetMessageSink(previous_); }
+  void init() { messages_.clear(); }
+
+  void openingTheSampleShowsItAndEnablesTheCommands() {
+    frmImport window(false);
+    QVERIFY(!window.ToolbarButton("MagPlus")->isEnabled());
+    gstrDXFFileName = kSample;
+    window.FileOpen(false);
+    QVERIFY(window.booPictureLoaded);
+    QCOMPARE(window.windowTitle(), QString::fromStdString("Corvath DXF Import [" + kSample + "]"));
+    for (const char* key : {"MagNormal", "MagPlus", "MagMinus", "Open", "Resize"})
+      QVERIFY(window.ToolbarButton(key)->isEnabled());
+    QVERIFY(window.ToolbarButton("MagPlus")->toolTip() == "Zoom in");
+    window.mnuFile_Click();
+    QVERIFY(window.Action("mnuFileSaveAsBitmap")->isEnabled());
+    QCOMPARE(window.Picture1()->image().size(), QSize(640, 480));
+    QVERIFY(InkedPixels(window.Picture1()->image()) > 1000);
+    QVERIFY(!window.ProgressBar1()->isVisible());
+    QVERIFY(messages_.messages().empty());
+    QCOMPARE(window.Action("mnuOptionReduce")->text(), QString("Color &Depth"));
+  }
+
+  void aCancelledOpenLeavesNothingOpen() {
+    frmImport window(false);
+    gstrDXFFileName = kSample;
+    window.FileOpen(false);
+    window.ChooseOpenFile = [] { return QString(); };
+    window.FileOpen(true);
+    QVERIFY(!window.booPictureLoaded);
+    QCOMPARE(window.windowTitle(), QString("Corvath DXF Import"));
+    QVERIFY(!window.ToolbarButton("MagNormal")->isEnabled());
+    QCOMPARE(InkedPixels(window.Picture1()->image()), 0);
+    window.mnuFile_Click();
+    QVERIFY(!window.Action("mnuFileSaveAsBitmap")->isEnabled());
+    QVERIFY(messages_.messages().empty());
+  }
+
+  void badFilesShowTheSystemsMessageAndLeaveNothingOpen() {
+    QTemporaryDir dir;
+    const std::string notDxf = dir.filePath("note.dxf").toStdString();
+    std::ofstream(notDxf) << "hello\n";
+    const std::string cut = dir.filePath("cut.dxf").toStdString();
+    std::ofstream(cut) << "0\nSECTION\n2\nENTITIES\n0\nLINE\n10\n";
+    struct Case {
+      std::string file;
+      const char* message;
+    };
+    for (const Case& c : {Case{"/nonexistent/x.dxf", "Error 53: File not found"},
+                          Case{dir.path().toStdString(), "Error 75"},
+                          Case{notDxf, "not recognized as a valid DXF file"}}) {
+      messages_.clear();
+      frmImport window(false);
+      gstrDXFFileName = c.file;
+      window.FileOpen(false);
+      QVERIFY(!window.booPictureLoaded);
+      QCOMPARE(window.windowTitle(), QString("Corvath DXF Import"));
+      QCOMPARE(messages_.messages().size(), std::size_t(1));
+      QVERIFY2(messages_.messages()[0].text.find(c.message) != std::string::npos, messages_.messages()[0].text.c_str());
+    }
+    messages_.clear();
+    frmImport window(false);
+    gstrDXFFileName = cut;
+    window.FileOpen(false);  // a broken file: reported, what was read is kept
+    QVERIFY(!messages_.messages().empty());
+  }
+
+  void saveAsBitmapWritesThePictureAndNothingWhenItCannot() {
+    QTemporaryDir dir;
+    frmImport window(false);
+    gstrDXFFileName = kSample;
+    window.FileOpen(false);
+    const QString file = dir.filePath("picture.bmp");
+    window.ChooseSaveFile = [file] { return file; };
+    window.mnuFileSaveAsBitmap_Click();
+    QImage saved(file);
+    QCOMPARE(saved.convertToFormat(QImage::Format_RGB32), window.Picture1()->image().convertToFormat(QImage::Format_RGB32));
+    window.ChooseSaveFile = [] { return QString(); };
+    window.mnuFileSaveAsBitmap_Click();  // cancelled: nothing
+    QVERIFY(messages_.messages().empty());
+    const QString unwritable = dir.filePath("missing/folder/picture.bmp");
+    window.ChooseSaveFile = [unwritable] { return unwritable; };
+    window.mnuFileSaveAsBitmap_Click();
+    QCOMPARE(messages_.messages().size(), std::size_t(1));
+    QVERIFY(!QFile::exists(unwritable));
+    window.mnuEditCopy_Click();
+    QCOMPARE(QGuiApplication::clipboard()->image().size(), QSize(640, 480));
+  }
+
+  void theSizeDialogPreselectsByWidthFirst() {
+    struct Case {
+      int width, height, option;
+    };
+    for (const Case& c : {Case{640, 480, 0}, Case{800, 600, 1}, Case{1024, 768, 2}, Case{1152, 864, 3},
+                          Case{480, 640, 4}, Case{600, 800, 5}, Case{768, 1024, 6}, Case{864, 1152, -1},
+                          Case{1024, 1152, 7}, Case{1024, 600, -1}, Case{333, 444, -1}})
+      QCOMPARE(frmChooseSize::PreselectedOption(c.width, c.height), c.option);
+    frmImport window(false);
+    gstrDXFFileName = kSample;
+    window.FileOpen(false);
+    {
+      frmChooseSize dialog(window);
+      QCOMPARE(dialog.SelectedOption(), 0);
+      dialog.SelectOption(7);
+      dialog.cmd1_Click(0);
+    }
+    QCOMPARE(window.Picture1()->image().size(), QSize(864, 1152));
+    QVERIFY(InkedPixels(window.Picture1()->image()) > 1000);
+    frmChooseSize again(window);
+    QCOMPARE(again.SelectedOption(), -1);  // 864 x 1152 pre-selects nothing, as it always did
+    again.cmd1_Click(2);
+    QCOMPARE(messages_.messages().back().text, std::string("help"));
+  }
+
+  void theFileMenuDependsOnHowTheProgramWasStarted() {
+    frmImport user(false);
+    QVERIFY(!user.Action("mnuFileExit0")->isVisible());
+    QVERIFY(!user.Action("mnuFileExit1")->isVisible());
+    QVERIFY(user.Action("mnuFileExit2")->isVisible());
+    QCOMPARE(user.Action("mnuFileExit2")->text(), QString("E&xit"));
+    frmImport host(true);
+    QVERIFY(host.Action("mnuFileExit0")->isVisible());
+    QVERIFY(host.Action("mnuFileExit1")->isVisible());
+    QVERIFY(!host.Action("mnuFileExit2")->isVisible());
+    QCOMPARE(host.Action("mnuFileExit1")->text(), QString("&Cancel Import"));
+  }
+
+  void escapeDisarmsTheMagnifierOnly() {
+    frmImport window(false);
+    gstrDXFFileName = kSample;
+    window.FileOpen(false);
+    QTest::keyClick(&window, Qt::Key_Escape);
+    QVERIFY(!window.zoomMode());
+    window.mnuZoomPlus_Click();
+    QVERIFY(window.zoomMode());
+    QVERIFY(window.ToolbarButton("MagPlus")->isChecked());
+    QTest::keyClick(&window, Qt::Key_Escape);
+    QVERIFY(!window.zoomMode());
+    QVERIFY(!window.ToolbarButton("MagPlus")->isChecked());
+  }
+
+  void theAutomationClassHandsBackFreshBitmaps() {
+    DXF empty;
+    empty.ShowDialog();  // no file named: returns at once
+    QVERIFY(empty.window() == nullptr);
+
+    DXF dxf;
+    dxf.strDXFFileName(kSample);
+    Soon([&dxf] { dxf.window()->mnuFileExit_Click(0); });
+    dxf.ShowDialog();
+    QVERIFY(dxf.window()->booPictureLoaded);
+    std::string first = dxf.strBmpFileName(), second = dxf.strBmpFileName();
+    QVERIFY(!first.empty());
+    QVERIFY(first != second);
+    QCOMPARE(QImage(QString::fromStdString(first)).size(), QSize(640, 480));
+    std::filesystem::remove(first);
+    std::filesystem::remove(second);
+
+    Soon([&dxf] { dxf.window()->mnuFileExit_Click(1); });
+    dxf.ShowDialog();
+    QCOMPARE(dxf.strBmpFileName(), std::string());
+    dxf.Class_Terminate();
+  }
+
+  void sharedSettingsGetTheirTrailingSeparator() {
+    QTemporaryDir home, config;
+    qputenv("DXFIMPORT_HOME", home.path().toUtf8());
+    qputenv("XDG_CONFIG_HOME", config.path().toUtf8());
+    RestoreSharedSettings(false);
+    const std::string install = home.path().toStdString() + "/";
+    QCOMPARE(BitmapDirectory(), install + "BACKGRND/");
+    QCOMPARE(HelpDirectory(), install);
+    {
+      std::ofstream ini(home.filePath("CVDESIGN.INI").toStdString());
+      ini << "[Paths]\nBitmap Directory=/data/bitmaps\nApplication Helpfile=/data/help/\n";
+    }
+    RestoreSharedSettings(false);
+    QCOMPARE(BitmapDirectory(), std::string("/data/bitmaps/"));
+    QCOMPARE(HelpDirectory(), std::string("/data/help/"));
+    qunsetenv("DXFIMPORT_HOME");
+    qunsetenv("XDG_CONFIG_HOME");
+  }
+};
+
+QTEST_MAIN(ViewerTest)
+#include "viewer_test.moc"
