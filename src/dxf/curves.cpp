@@ -62,7 +62,8 @@ int ChordCount(double radius, double sweep, double tolerance) {
   if (!(tolerance > 0) || !(radius > tolerance) || !std::isfinite(radius * sweep)) return kMinChords;
   double step = 2 * std::acos(1 - tolerance / radius);
   double chords = std::ceil(sweep / step);
-  return int(std::clamp(chords, double(kMinChords), double(kMaxChords)));
+  if (!(chords >= kMinChords)) return kMinChords;
+  return int(std::min(chords, double(kMaxChords)));
 }
 
 std::vector<PointF> FlattenEllipse(PointF c, PointF major, double ratio, double start, double end, bool clockwise,

@@ -40,7 +40,15 @@ class PairCursor {
 
 constexpr int kMaxCount = 1 << 20;
 
-int Count(PairCursor& c, int code) { return int(std::clamp(c.Get(code), 0.0, double(kMaxCount))); }
+// A value as a whole number within [lo, hi]; anything outside (or not a number) is held
+// at the nearer bound.
+int Whole(double value, int lo, int hi) {
+  if (!(value >= lo)) return lo;
+  if (!(value <= hi)) return hi;
+  return int(value);
+}
+
+int Count(PairCursor& c, int code) { return Whole(c.Get(code), 0, kMaxCount); }
 
 PointF Point(PairCursor& c, int xCode) { return {CSng(c.Get(xCode)), CSng(c.Get(xCode + 10))}; }
 
@@ -90,7 +98,7 @@ void ReadPolylinePath(PairCursor& c, std::vector<PointF>& loop, double tolerance
 void ReadEdgePath(PairCursor& c, std::vector<PointF>& loop, double tolerance) {
   const int edges = Count(c, 93);
   for (int e = 0; e < edges; ++e) {
-    switch (int(c.Get(72))) {
+    switch (Whole(c.Get(72), 0, 5)) {
       case 1: {
         loop.push_back(Point(c, 10));
         loop.push_back(Point(c, 11));
@@ -115,7 +123,7 @@ void ReadEdgePath(PairCursor& c, std::vector<PointF>& loop, double tolerance) {
       }
       case 4: {
         SplineData s;
-        s.degree = int(std::clamp(c.Get(94, 3), 1.0, 11.0));
+        s.degree = Whole(c.Get(94, 3), 1, 11);
         const bool rational = c.Get(73) != 0;
         c.Get(74);
         const int knots = Count(c, 95), points = Count(c, 96);
@@ -152,7 +160,7 @@ bool DXFReader::ModernHatch() {
     double flags = 0;
     if (!c.Next(92, flags, pairs_.size())) break;
     std::vector<PointF> loop;
-    if (int(flags) & 2) ReadPolylinePath(c, loop, tolerance);
+    if (Whole(flags, 0, 1 << 30) & 2) ReadPolylinePath(c, loop, tolerance);
     else ReadEdgePath(c, loop, tolerance);
     int sources = Count(c, 97);
     for (int i = 0; i < sources; ++i) c.Get(330);
