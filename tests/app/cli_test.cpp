@@ -76,6 +76,10 @@ TEST(CommandLine, ReadFailuresGiveTheSystemsMessageAndStatusOne) {
   ProgramRun japanese = Dxfimport("stats " + notDxf.path(), "LANG=ja_JP.UTF-8");
   EXPECT_EQ(japanese.err, "エラー: 選択したファイルは有効な DXF ファイルとして認識されません。\n");
 
+  ProgramRun host = Dxfimport("--automation");  // no file named: the viewer returns at once
+  EXPECT_EQ(host.status, 0);
+  EXPECT_EQ(host.out, "\n");
+
   EXPECT_EQ(Dxfimport("stats").status, 2);
   EXPECT_EQ(Dxfimport("frobnicate x").status, 2);
 }
