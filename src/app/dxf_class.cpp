@@ -4,6 +4,7 @@
 #include <QEventLoop>
 #include <QPointer>
 
+#include "app/viewer_factory.h"
 #include "render/picture_file.h"
 #include "support/temp_file.h"
 #include "viewer/main_window.h"
@@ -28,7 +29,8 @@ void DXF::ShowDialog() {
   if (dxfFileName_.empty()) return;
   gstrDXFFileName = dxfFileName_;
   if (!g_window) {
-    g_window = new frmImport(true);
+    g_window = MakeViewer(true).release();
+    g_window->SetReadingProfile(legacy_ ? ReadingProfile::Legacy : ReadingProfile::Modern);
     g_window->setAttribute(Qt::WA_DeleteOnClose, false);
     g_window->FileOpen(false);  // the window opens the host's file as it loads
   }

@@ -30,6 +30,9 @@ class DXF {
   // Writes the current picture to a new temporary bitmap (~CV*.tmp) and returns its path;
   // "" when the user chose "Cancel Import" or nothing is loaded. Each call makes a new file.
   std::string strBmpFileName();
+  // Reads the file with the legacy reading rules (off: the modern profile).
+  void booLegacyReadingRules(bool legacy) { legacy_ = legacy; }
+
   // Closes every window of the importer.
   void Class_Terminate();
 
@@ -39,6 +42,7 @@ class DXF {
  private:
   std::string dxfFileName_;
   std::string bmpFileName_;
+  bool legacy_ = false;
 };
 
 }  // namespace dxfimport

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "app/dxf_class.h"
+#include "app/viewer_factory.h"
 #include "support/messages.h"
 #include "support/shared_settings.h"
 #include "viewer/main_window.h"
@@ -17,11 +18,11 @@ int RunViewer(int argc, char** argv, const std::string& file) {
   MessageBoxSink boxes;
   ScopedMessageSink sink(&boxes);
   RestoreSharedSettings(false);
-  frmImport window(false);
-  window.show();
+  std::unique_ptr<frmImport> window = MakeViewer(false);
+  window->show();
   if (!file.empty()) {
     gstrDXFFileName = file;
-    window.FileOpen(false);
+    window->FileOpen(false);
   }
   return app.exec();
 }

@@ -4,6 +4,8 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QClipboard>
+#include <QColorDialog>
+#include <QSettings>
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QDir>
@@ -43,6 +45,11 @@ std::string gstrDXFFileName;
 namespace {
 
 QString Text(int id) { return QString::fromStdString(LoadResText(id)); }
+
+// The viewer's own setting: the reading profile for the files it opens.
+constexpr const char* kOrganization = "Corvath";
+constexpr const char* kProgram = "dxfimport";
+constexpr const char* kLegacySetting = "Viewer/LegacyReadingRules";
 
 // The load's progress on the progress bar; pending window messages run at each step.
 class ProgressBarSink : public LoadProgress {
@@ -91,6 +98,13 @@ frmImport::frmImport(bool startedForAutomation, QWidget* parent)
   HourGlass hourglass;
   ChooseOpenFile = [this] { return DefaultOpenFile(); };
   ChooseSaveFile = [this] { return DefaultSaveFile(); };
+  ChooseColor = [this](QColor current) -> std::optional<QColor> {
+    QColor chosen = QColorDialog::getColor(current, this);
+    if (!chosen.isValid()) return std::nullopt;
+    return chosen;
+  };
+  profile_ = QSettings(kOrganization, kProgram).value(kLegacySetting, false).toBool() ? ReadingProfile::Legacy
+                                                                                      : ReadingProfile::Modern;
 
   viewport_ = new QScrollArea(this);
   viewport_->setObjectName("vsViewPort1");
@@ -161,8 +175,9 @@ void frmImport::CreateMenus() {
   item(edit, 1032, "mnuEditCopy", &frmImport::mnuEditCopy_Click)->setShortcut(QKeySequence::Copy);
 
   QMenu* options = menu(1033, "mnuOptionS");
-  item(options, 1034, "mnuOptionForecolor", [] {});
-  item(options, 1035, "mnuOptionColor", [] {});
+  connect(options, &QMenu::aboutToShow, this, &frmImport::mnuoptions_Click);
+  item(options, 1034, "mnuOptionForecolor", &frmImport::mnuOptionForecolor_Click);
+  item(options, 1035, "mnuOptionColor", &frmImport::mnuOptionColor_Click);
   item(options, 1036, "mnuOptionSize", &frmImport::mnuOptionSize_Click);
   item(options, 1048, "mnuOptionProperties", [this] { DisplayStats(drawing_, gstrDXFFileName); });
   options->addSeparator()->setObjectName("mnuOptionSep1");
@@ -171,12 +186,18 @@ void frmImport::CreateMenus() {
   captioned_[1055] = depth->menuAction();
   auto* depthGroup = new QActionGroup(this);
   for (int i = 0; i < 4; ++i) {
-    QAction* choice = item(depth, 1056 + i, "", [] {});
+    QAction* choice = item(depth, 1056 + i, "", [this, i] { mnuOptionReduceChoice_Click(i); });
     choice->setObjectName(QString("mnuOptionReduceChoice%1").arg(i));
     choice->setCheckable(true);
     choice->setChecked(i == 3);
     depthGroup->addAction(choice);
   }
+
+  options->addSeparator();
+  QAction* legacy = item(options, 1061, "mnuOptionLegacy", [] {});
+  legacy->setCheckable(true);
+  legacy->setChecked(profile_ == ReadingProfile::Legacy);
+  connect(legacy, &QAction::toggled, this, &frmImport::mnuOptionLegacy_Click);
 
   QMenu* zoomMenu = menu(1037, "mnuZoom");
   item(zoomMenu, 1038, "mnuZoomReset", &frmImport::mnuZoomReset_Click);
@@ -384,6 +405,57 @@ void frmImport::Picture1_MouseUp(int x, int y) {
   zoom_.NextZoom.bottom = (height - maxY) / scale + current.bottom;
   zoom_.NextZoom.top = (height - minY) / scale + current.bottom;
   Redraw(zoom_.NextZoom);
+}
+
+void frmImport::mnuoptions_Click() {
+  for (const char* name : {"mnuOptionForecolor", "mnuOptionProperties", "mnuOptionReduce"})
+    Action(name)->setEnabled(booPictureLoaded);
+  if (!gear1Visible_) {
+    for (int i = 0; i < 4; ++i) Action(QString("mnuOptionReduceChoice%1").arg(i))->setChecked(i == 3);
+  }
+}
+
+void frmImport::mnuOptionReduceChoice_Click(int index) {
+  HourGlass hourglass;
+  for (int i = 0; i < 4; ++i) Action(QString("mnuOptionReduceChoice%1").arg(i))->setChecked(i == index);
+  static constexpr ColorDepth kDepths[] = {ColorDepth::Colors256, ColorDepth::Colors16, ColorDepth::Mono};
+  if (index >= 0 && index < 3) {
+    gearImage_ = ReduceColors(picture_->image(), kDepths[index]);
+    setBooGear1Visible(true);
+  } else {
+    setBooGear1Visible(false);
+  }
+}
+
+void frmImport::mnuOptionColor_Click() {
+  setBooGear1Visible(false);
+  std::optional<QColor> chosen = ChooseColor(picture_->BackColor());
+  if (!chosen || *chosen == picture_->BackColor()) return;  // cancelled or the same colour
+  picture_->SetBackColor(*chosen);
+  picture_->Cls();
+  setBooGear1Visible(false);
+  if (booPictureLoaded) {
+    zoom_.Zoom(zoom_.CurrentZoom(), *picture_);
+    ++redrawCount_;
+  }
+  picture_->Refresh();
+}
+
+void frmImport::mnuOptionForecolor_Click() {
+  setBooGear1Visible(false);
+  if (booPictureLoaded && OpenLayerDialog) OpenLayerDialog();
+}
+
+void frmImport::mnuOptionLegacy_Click(bool checked) {
+  profile_ = checked ? ReadingProfile::Legacy : ReadingProfile::Modern;
+  QSettings(kOrganization, kProgram).setValue(kLegacySetting, checked);
+}
+
+void frmImport::RedrawPicture() {
+  setBooGear1Visible(false);
+  if (!booPictureLoaded) return;
+  ++redrawCount_;
+  Redraw(zoom_.CurrentZoom());
 }
 
 void frmImport::mnuFile_Click() { Action("mnuFileSaveAsBitmap")->setEnabled(booPictureLoaded); }

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QColor>
 #include <QImage>
 #include <QMainWindow>
 
 #include <functional>
+#include <optional>
 #include <map>
 #include <memory>
 #include <string>
@@ -54,6 +56,17 @@ class frmImport : public QMainWindow {
   void mnuZoomPlus_Click();
   bool zoomMode() const { return zoomMode_; }
 
+  // The Options menu: enabled states on opening; colour depth; background colour; the
+  // layer dialog; the reading profile for the next file.
+  void mnuoptions_Click();
+  void mnuOptionReduceChoice_Click(int index);
+  void mnuOptionColor_Click();
+  void mnuOptionForecolor_Click();
+  void mnuOptionLegacy_Click(bool checked);
+  // Draws the current window again on the full-colour picture (after a layer edit).
+  void RedrawPicture();
+  int redrawCount() const { return redrawCount_; }
+
   void mnuFileSaveAsBitmap_Click();
   void mnuEditCopy_Click();
   void mnuOptionSize_Click();
@@ -84,6 +97,10 @@ class frmImport : public QMainWindow {
   // user cancelled.
   std::function<QString()> ChooseOpenFile;
   std::function<QString()> ChooseSaveFile;
+  // The colour dialog, replaceable (tests): the chosen colour, or nothing when cancelled.
+  std::function<std::optional<QColor>(QColor)> ChooseColor;
+  // Opens the layer dialog; wired by the application, which owns both windows.
+  std::function<void()> OpenLayerDialog;
 
   // Mouse gestures on the picture (device pixels).
   void Picture1_MouseDown(int x, int y);
@@ -116,6 +133,7 @@ class frmImport : public QMainWindow {
   bool zoomMode_ = false;
   bool rubberActive_ = false;
   int rubberX0_ = 0, rubberY0_ = 0, rubberX1_ = 0, rubberY1_ = 0;
+  int redrawCount_ = 0;
   QImage gearImage_;
 
   PictureBox* picture_ = nullptr;
