@@ -92,7 +92,7 @@ constexpr std::array kTable = std::to_array<Entry>({
     {1058, "&Mono", "モノクロ(&M)"},
     {1059, "&Default", "既定(&D)"},
     {1060, "The help file %1 was not found.", "ヘルプ ファイル %1 が見つかりません。"},
-    {1061, "&Legacy Reading Rules", "従来の読み込み規則(&L)"},
+    {1061, "Le&gacy Reading Rules", "従来の読み込み規則(&G)"},
 });
 
 static_assert(std::is_sorted(kTable.begin(), kTable.end(),

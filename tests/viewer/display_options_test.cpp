@@ -194,7 +194,7 @@ class DisplayOptionsTest : public QObject {
     auto w = MakeViewer(false);
     QCOMPARE(w->readingProfile(), ReadingProfile::Modern);
     QAction* legacy = w->Action("mnuOptionLegacy");
-    QCOMPARE(legacy->text(), QString("&Legacy Reading Rules"));
+    QCOMPARE(legacy->text(), QString("Le&gacy Reading Rules"));
     legacy->setChecked(true);
     QCOMPARE(w->readingProfile(), ReadingProfile::Legacy);
     auto again = MakeViewer(false);
