@@ -142,9 +142,9 @@ bool DXFReader::ReadModern() {
     StopAt("LoadDXF");
   }
   if (!goOn && outcome_.StoppedIn.empty()) StopAt("LoadDXF");
-  // Every drawing has a layer "0", even one written without a layer table.
-  if (drawing_.LayerCount() == 0 && drawing_.SeqCount() > 0) drawing_.AddLayer({"0", 0, -1, 0});
   try {
+    // Every drawing has a layer "0", even one written without a layer table.
+    if (drawing_.LayerCount() == 0 && drawing_.SeqCount() > 0) drawing_.AddLayer({"0", 0, -1, 0});
     FinishModernExtents();
   } catch (const RunTimeError& e) {
     goOn = ReportFailure("LoadDXF", e.number(), e.text());
