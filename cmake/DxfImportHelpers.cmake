@@ -34,3 +34,16 @@ function(dxfimport_add_fuzzer name)
   target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
   target_link_options(${name} PRIVATE -fsanitize=fuzzer)
 endfunction()
+
+# dxfimport_add_qt_test(NAME SOURCES... LIBS libs...): a QtTest widget test on the offscreen
+# platform (its sources use QTEST_MAIN).
+function(dxfimport_add_qt_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  set_target_properties(${name} PROPERTIES AUTOMOC ON)
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS} Qt6::Test)
+  target_compile_definitions(${name} PRIVATE DXFIMPORT_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/samples")
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES ENVIRONMENT
+    "QT_QPA_PLATFORM=offscreen;DXFIMPORT_LOG=${CMAKE_BINARY_DIR}/test.log;LANG=C.UTF-8")
+endfunction()

@@ -26,25 +26,17 @@ void Rotate(float& x, float& y, double theta) {
 }  // namespace
 
 int RotatePointNormal(PointF& p, float angle) {
-  try {
-    Rotate(p.x, p.y, Theta(angle));
-    return 1;
-  } catch (const RunTimeError& e) {
-    ReportError("RotatePointNormal", kEngineModule, e.text(), e.number());
-    return 0;
-  }
+  return RunReported("RotatePointNormal", kEngineModule, [&] { Rotate(p.x, p.y, Theta(angle)); }) ? 1 : 0;
 }
 
 int RotateRectNormal(PointPair& r, float angle) {
-  try {
-    double theta = Theta(angle);
-    Rotate(r.x1, r.y1, theta);
-    Rotate(r.x2, r.y2, theta);
-    return 1;
-  } catch (const RunTimeError& e) {
-    ReportError("RotateRectNormal", kEngineModule, e.text(), e.number());
-    return 0;
-  }
+  return RunReported("RotateRectNormal", kEngineModule, [&] {
+           double theta = Theta(angle);
+           Rotate(r.x1, r.y1, theta);
+           Rotate(r.x2, r.y2, theta);
+         })
+             ? 1
+             : 0;
 }
 
 }  // namespace dxfimport

@@ -30,11 +30,7 @@ QString Text(int id) { return QString::fromStdString(LoadResText(id)); }
 // Runs an event step; a run-time error in it is reported under the step's name.
 template <class F>
 void Step(const char* procedure, F&& f) {
-  try {
-    f();
-  } catch (const RunTimeError& e) {
-    ReportError(procedure, kModule, e.text(), e.number());
-  }
+  RunReported(procedure, kModule, std::forward<F>(f));
 }
 
 int32_t ToRgb(const QColor& c) { return c.red() | (c.green() << 8) | (c.blue() << 16); }

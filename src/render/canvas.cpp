@@ -18,11 +18,7 @@ constexpr const char* kEngineModule = "dxfengvb";
 
 template <class F>
 void Reported(const char* procedure, F&& f) {
-  try {
-    f();
-  } catch (const RunTimeError& e) {
-    ReportError(procedure, kEngineModule, e.text(), e.number());
-  }
+  RunReported(procedure, kEngineModule, std::forward<F>(f));
 }
 
 // The rectangle a figure fits in, with the right and bottom edges outside it.

@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "support/runtime_error.h"
+
 namespace dxfimport {
 
 enum class MessageIcon { Information, Critical };
@@ -56,9 +58,26 @@ class ScopedMessageSink {
 // A message box captioned with the application title.
 void ShowMessage(MessageIcon icon, const std::string& text);
 
+// Runs a procedure's body as every procedure runs it: a run-time error in it is handed to
+// ReportError under the procedure's and module's names, and the procedure is left. True
+// when the body ran to its end.
+template <class Body>
+bool RunReported(std::string_view procedure, std::string_view module, Body&& body);
+
 // The one error routine: logs "Error <number>: <text> in module <module> procedure
 // <procedure>" at the critical level and shows text 1049 with the number and the text.
 void ReportError(std::string_view procedure, std::string_view module, const std::string& text,
                  int number);
+
+template <class Body>
+bool RunReported(std::string_view procedure, std::string_view module, Body&& body) {
+  try {
+    body();
+    return true;
+  } catch (const RunTimeError& e) {
+    ReportError(procedure, module, e.text(), e.number());
+    return false;
+  }
+}
 
 }  // namespace dxfimport
