@@ -200,6 +200,7 @@ void frmImport::CreateMenus() {
   connect(legacy, &QAction::toggled, this, &frmImport::mnuOptionLegacy_Click);
 
   QMenu* zoomMenu = menu(1037, "mnuZoom");
+  connect(zoomMenu, &QMenu::aboutToShow, this, &frmImport::mnuZoom_Click);
   item(zoomMenu, 1038, "mnuZoomReset", &frmImport::mnuZoomReset_Click);
   item(zoomMenu, 1039, "mnuZoomPlus", &frmImport::mnuZoomPlus_Click);
   item(zoomMenu, 1040, "mnuZoomMinus", &frmImport::mnuZoomMinus_Click);
@@ -405,6 +406,10 @@ void frmImport::Picture1_MouseUp(int x, int y) {
   zoom_.NextZoom.bottom = (height - maxY) / scale + current.bottom;
   zoom_.NextZoom.top = (height - minY) / scale + current.bottom;
   Redraw(zoom_.NextZoom);
+}
+
+void frmImport::mnuZoom_Click() {
+  for (const char* name : {"mnuZoomReset", "mnuZoomPlus", "mnuZoomMinus"}) Action(name)->setEnabled(booPictureLoaded);
 }
 
 void frmImport::mnuoptions_Click() {

@@ -59,6 +59,8 @@ class frmImport : public QMainWindow {
   // The Options menu: enabled states on opening; colour depth; background colour; the
   // layer dialog; the reading profile for the next file.
   void mnuoptions_Click();
+  // The Zoom menu's commands are enabled exactly while a drawing is loaded.
+  void mnuZoom_Click();
   void mnuOptionReduceChoice_Click(int index);
   void mnuOptionColor_Click();
   void mnuOptionForecolor_Click();

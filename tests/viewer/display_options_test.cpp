@@ -161,6 +161,9 @@ class DisplayOptionsTest : public QObject {
 
   void colourDepthBackgroundAndTheOptionsMenu() {
     auto idle = MakeViewer(false);
+    idle->mnuZoom_Click();
+    QVERIFY(!idle->Action("mnuZoomPlus")->isEnabled());
+    QVERIFY(!idle->Action("mnuZoomReset")->isEnabled());
     idle->mnuoptions_Click();
     QVERIFY(!idle->Action("mnuOptionForecolor")->isEnabled());
     QVERIFY(!idle->Action("mnuOptionProperties")->isEnabled());
@@ -168,6 +171,8 @@ class DisplayOptionsTest : public QObject {
     QVERIFY(idle->Action("mnuOptionColor")->isEnabled());
 
     auto w = OpenSample();
+    w->mnuZoom_Click();
+    QVERIFY(w->Action("mnuZoomMinus")->isEnabled());
     w->mnuOptionReduceChoice_Click(1);
     QVERIFY(w->booGear1Visible());
     QCOMPARE(w->CurrentPicture().colorCount(), 16);
