@@ -263,8 +263,6 @@ bool DXFReader::ModernLwPolyline() {
 
 bool DXFReader::ModernInsert() { return StoreInsert(); }
 
-bool DXFReader::Ignore() { return true; }
-
 double DXFReader::CurveTolerance(double curveSize) const {
   constexpr double kReferencePixels = 2048;
   const Drawing& d = drawing_;

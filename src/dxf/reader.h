@@ -219,7 +219,6 @@ class DXFReader {
   // Chord tolerance for curves: a quarter pixel when the extents (from the header, else
   // the curve itself) fill 2048 pixels.
   double CurveTolerance(double curveSize) const;
-  bool Ignore();
   void FinishModernExtents();
   std::string_view Last(int code) const;  // the last value of a code in the record
   bool Has(int code) const;

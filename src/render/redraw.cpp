@@ -142,7 +142,7 @@ bool ZoomState::DrawPass(const ZoomRect& window, Surface& surface, QPaintDevice*
 
 // The visibility test: the entity's device rectangle, made into its test rectangle, must
 // meet the target's rectangle (0, 0, DeviceWidth, DeviceHeight).
-bool ZoomState::Visible(const Pass&, const RECT& device) const {
+bool ZoomState::Visible(const RECT& device) const {
   RECT test;
   if (!DXFEngine::MakeTestRect(device, test)) return false;
   int32_t left = std::min(test.left, test.right), right = std::max(test.left, test.right);
@@ -160,7 +160,7 @@ void ZoomState::DrawEntity(Pass& pass, const SeqEntry& entry) {
       if (!LayerOn(l.Layer)) return;
       RECT r{e.CvtX(l.X1), e.CvtY(l.Y1), e.CvtX(l.X2), e.CvtY(l.Y2)};
       int32_t color = EntityColor(l.Layer, l.Color, pass.toPrinter);
-      if (Visible(pass, r)) canvas.DrawLine(r, 1, color, l.LineType);
+      if (Visible(r)) canvas.DrawLine(r, 1, color, l.LineType);
       return;
     }
     case kKindPolySeg: {
@@ -170,7 +170,7 @@ void ZoomState::DrawEntity(Pass& pass, const SeqEntry& entry) {
       int32_t color = EntityColor(s.Layer, s.Color, pass.toPrinter);
       int32_t penWidth = std::max<int32_t>(1, CInt(double(s.Width) * e.ViewScale));
       if (s.Bulge != 0 && drawing_.BulgesAsArcs) return DrawBulgedSegment(pass, s, color, penWidth);
-      if (Visible(pass, r)) canvas.DrawLine(r, penWidth, color, 0);  // legacy: bulges are drawn straight
+      if (Visible(r)) canvas.DrawLine(r, penWidth, color, 0);  // legacy: bulges are drawn straight
       return;
     }
     case kKindText: {
@@ -217,7 +217,7 @@ void ZoomState::DrawBulgedSegment(Pass& pass, const PolySegment& s, int32_t colo
   // An arc that strays less than half a pixel from its chord is drawn as the chord.
   if (std::abs(b) * d / 2 * e.ViewScale < 0.5) {
     RECT r{e.CvtX(s.X1), e.CvtY(s.Y1), e.CvtX(s.X2), e.CvtY(s.Y2)};
-    if (Visible(pass, r)) pass.canvas.DrawLine(r, penWidth, color, 0);
+    if (Visible(r)) pass.canvas.DrawLine(r, penWidth, color, 0);
     return;
   }
   const double k = (1 - b * b) / (4 * b);
@@ -229,7 +229,7 @@ void ZoomState::DrawBulgedSegment(Pass& pass, const PolySegment& s, int32_t colo
               e.CvtY(float(cy - radius))};
   int32_t x1 = e.CvtX(s.X1), y1 = e.CvtY(s.Y1), x2 = e.CvtX(s.X2), y2 = e.CvtY(s.Y2);
   if (std::abs(x1 - x2) < 1 && std::abs(y1 - y2) < 1) return;
-  if (!Visible(pass, bounds)) return;
+  if (!Visible(bounds)) return;
   ArcEnds ends = b > 0 ? ArcEnds{x1, y2, x2, y1} : ArcEnds{x2, y1, x1, y2};
   pass.canvas.DrawArc(bounds, ends, color, 0, penWidth);
 }
@@ -249,7 +249,7 @@ void ZoomState::DrawHatchEntity(Pass& pass, const HatchEntity& h) {
     }
     loops.push_back(std::move(loop));
   }
-  if (loops.empty() || !Visible(pass, RECT{box.left, box.top, Plus(box.right, 1), Plus(box.bottom, 1)})) return;
+  if (loops.empty() || !Visible(RECT{box.left, box.top, Plus(box.right, 1), Plus(box.bottom, 1)})) return;
   pass.canvas.DrawHatch(loops, EntityColor(h.Layer, h.Color, pass.toPrinter));
 }
 
@@ -267,7 +267,7 @@ void ZoomState::DrawTextEntity(Pass& pass, TextEntity& t) {
   int32_t right = Plus(left, pass.canvas.CalcTxtWidth(t.Text));
   int32_t below = Plus(baseline, pass.canvas.CalcTxtHeight(t.Text));
   int32_t color = EntityColor(t.Layer, t.Color, pass.toPrinter);
-  if (!Visible(pass, RECT{left, below, right, baseline})) return;
+  if (!Visible(RECT{left, below, right, baseline})) return;
   t.FontName = std::string(Trim(t.FontName));
   pass.canvas.DrawText(t.Text, left, baseline, height, t.Rotation, t.HorzJustify, color, t.FontName);
 }
@@ -278,7 +278,7 @@ void ZoomState::DrawArcEntity(Pass& pass, const ArcEntity& a) {
               e.CvtY(a.CenterY - a.Radius)};
   int32_t color = EntityColor(a.Layer, a.Color, pass.toPrinter);
   if (a.StartAngle == a.EndAngle) {
-    if (Visible(pass, bounds)) pass.canvas.DrawEllipse(bounds, color, a.LineType);
+    if (Visible(bounds)) pass.canvas.DrawEllipse(bounds, color, a.LineType);
     return;
   }
   float a1 = float(a.StartAngle * 2 * 3.14159 / 360);
@@ -289,7 +289,7 @@ void ZoomState::DrawArcEntity(Pass& pass, const ArcEntity& a) {
   int32_t endY = e.CvtY(CSng(a.Radius * std::sin(a2) + a.CenterY));
   // Both ends on one pixel would draw a whole circle: such an arc is left out.
   if (std::abs(startX - endX) < 1 && std::abs(startY - endY) < 1) return;
-  if (Visible(pass, bounds)) pass.canvas.DrawArc(bounds, ArcEnds{startX, endY, endX, startY}, color, a.LineType);
+  if (Visible(bounds)) pass.canvas.DrawArc(bounds, ArcEnds{startX, endY, endX, startY}, color, a.LineType);
 }
 
 }  // namespace dxfimport

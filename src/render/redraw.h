@@ -61,7 +61,7 @@ class ZoomState {
   void DrawArcEntity(Pass& pass, const ArcEntity& arc);
   void DrawBulgedSegment(Pass& pass, const PolySegment& s, int32_t color, int32_t penWidth);
   void DrawHatchEntity(Pass& pass, const HatchEntity& h);
-  bool Visible(const Pass& pass, const RECT& device) const;
+  bool Visible(const RECT& device) const;
   bool LayerOn(int32_t layer) const { return drawing_.LayerState(layer) != 0; }
   void AddPrintBorder(Canvas& canvas, int32_t lineHeight);
   bool DrawPass(const ZoomRect& window, Surface& surface, QPaintDevice* metafile, bool toPrinter);
