@@ -201,8 +201,8 @@ void Canvas::DrawText(const std::string& text, int32_t x, int32_t y, int32_t hei
 
 QSize Canvas::Extent(const std::string& text) {
   if (text.empty()) return {0, 0};
-  QFontMetrics metrics(currentFont_, painter_.device());
-  return {metrics.horizontalAdvance(QString::fromStdString(text)), metrics.height()};
+  if (!currentMetrics_) currentMetrics_.emplace(currentFont_, painter_.device());
+  return {currentMetrics_->horizontalAdvance(QString::fromStdString(text)), currentMetrics_->height()};
 }
 
 int16_t Canvas::CalcTxtWidth(const std::string& text) {

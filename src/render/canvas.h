@@ -2,10 +2,12 @@
 
 #include <QBrush>
 #include <QFont>
+#include <QFontMetrics>
 #include <QPainter>
 #include <QPen>
 
 #include <array>
+#include <optional>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -68,7 +70,10 @@ class Canvas {
   // The current objects of the device, as its owner sets them.
   void SetCurrentPen(const QPen& pen) { currentPen_ = pen; }
   void SetCurrentBrush(const QBrush& brush) { currentBrush_ = brush; }
-  void SetCurrentFont(const QFont& font) { currentFont_ = font; }
+  void SetCurrentFont(const QFont& font) {
+    currentFont_ = font;
+    currentMetrics_.reset();
+  }
   const QFont& currentFont() const { return currentFont_; }
   QPainter& painter() { return painter_; }
 
@@ -99,6 +104,7 @@ class Canvas {
   QPen currentPen_;
   QBrush currentBrush_;
   QFont currentFont_;
+  std::optional<QFontMetrics> currentMetrics_;  // of currentFont_ on the painter's device
 };
 
 }  // namespace dxfimport
