@@ -27,11 +27,18 @@ class Silence : public MessageSink, public LogSink {
 // within milliseconds.
 inline constexpr std::size_t kFuzzRowLimit = 200000;
 
-inline void Load(Drawing& drawing, std::string_view bytes, ReadingProfile profile) {
-  drawing.InitDrawing(true);
-  drawing.SetRowLimit(kFuzzRowLimit);
-  DXFReader reader(drawing, profile);
-  reader.LoadDXFBytes(bytes);
+// Loads the fuzzer's bytes with each reading profile in turn and hands each drawing on.
+template <class Use>
+void LoadWithEachProfile(const uint8_t* data, std::size_t size, Use&& use) {
+  static Silence silence;
+  std::string_view bytes(reinterpret_cast<const char*>(data), size);
+  for (ReadingProfile profile : {ReadingProfile::Legacy, ReadingProfile::Modern}) {
+    Drawing drawing;
+    drawing.SetRowLimit(kFuzzRowLimit);
+    DXFReader reader(drawing, profile);
+    reader.LoadDXFBytes(bytes);
+    use(drawing);
+  }
 }
 
 }  // namespace dxfimport::fuzz

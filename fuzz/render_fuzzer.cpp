@@ -15,17 +15,12 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace dxfimport;
-  static fuzz::Silence silence;
-  std::string_view bytes(reinterpret_cast<const char*>(data), size);
-  for (ReadingProfile profile : {ReadingProfile::Legacy, ReadingProfile::Modern}) {
-    Drawing drawing;
-    fuzz::Load(drawing, bytes, profile);
-    if (drawing.SeqCount() == 0) continue;
+  fuzz::LoadWithEachProfile(data, size, [](Drawing& drawing) {
+    if (drawing.SeqCount() == 0) return;
     ImageSurface surface(64, 48);
     ZoomState zoom(drawing);
-    ZoomRect extents = ExtentsOf(drawing);
-    zoom.Zoom(extents, surface);
+    zoom.Zoom(ExtentsOf(drawing), surface);
     zoom.StationaryZoom(32, 24, 400, surface);
-  }
+  });
   return 0;
 }

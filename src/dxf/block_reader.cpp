@@ -121,24 +121,7 @@ void DXFReader::Emit(BlockRecord record) {
 }
 
 void DXFReader::ExtendBy(const BlockRecord& record) {
-  Drawing& d = drawing_;
-  std::visit(Overloaded{
-                 [&](const LineEntity& e) { d.CheckExtents(e.X1, e.Y1, e.X2, e.Y2); },
-                 [&](const PolySegment& e) { d.CheckExtents(e.X1, e.Y1, e.X2, e.Y2); },
-                 [&](const TextEntity& e) { d.CheckExtents(e.X, e.Y, e.X, e.Y); },
-                 [&](const ArcEntity& e) {
-                   double r = e.Radius;
-                   d.CheckExtents(e.CenterX - r, e.CenterY - r, e.CenterX + r, e.CenterY + r);
-                 },
-                 [&](const SolidEntity& e) {
-                   d.CheckExtents(e.X1, e.Y1, e.X2, e.Y2);
-                   d.CheckExtents(e.X4, e.Y4, e.X3, e.Y3);
-                 },
-                 [&](const HatchEntity& e) {
-                   for (const PointF& p : e.Points) d.CheckExtents(p.x, p.y, p.x, p.y);
-                 },
-             },
-             record);
+  std::visit([this](const auto& e) { drawing_.CheckExtentsOf(e); }, record);
 }
 
 bool DXFReader::DXFBlock() {
@@ -151,7 +134,6 @@ bool DXFReader::StoreBlock() {
   block.Name = std::string(Trim(CutChars(Text(2), 50)));
   block.BaseX = Sng(10);
   block.BaseY = Sng(20);
-  ++blockFileCounter_;
   // Paper-space layouts are not drawn: their blocks keep no entities (modern profile).
   std::string upper = block.Name;
   std::transform(upper.begin(), upper.end(), upper.begin(), [](unsigned char c) { return char(std::toupper(c)); });

@@ -42,6 +42,20 @@ void Drawing::CheckExtents(double x1, double y1, double x2, double y2) {
   raise(ExtMaxY, y2);
 }
 
+void Drawing::CheckExtentsOf(const ArcEntity& e) {
+  double r = e.Radius;
+  CheckExtents(e.CenterX - r, e.CenterY - r, e.CenterX + r, e.CenterY + r);
+}
+
+void Drawing::CheckExtentsOf(const SolidEntity& e) {
+  CheckExtents(e.X1, e.Y1, e.X2, e.Y2);
+  CheckExtents(e.X4, e.Y4, e.X3, e.Y3);
+}
+
+void Drawing::CheckExtentsOf(const HatchEntity& e) {
+  for (const PointF& p : e.Points) CheckExtents(p.x, p.y, p.x, p.y);
+}
+
 void Drawing::CountRow() {
   if (++storedRows_ > rowLimit_) throw RunTimeError(kErrOutOfMemory);
 }

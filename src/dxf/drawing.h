@@ -69,6 +69,15 @@ class Drawing {
 
   // Widens the extents to take in both points.
   void CheckExtents(double x1, double y1, double x2, double y2);
+  // Widens the extents to take in an entity: a segment's ends, a text's point, a circle's
+  // box, a solid's corners, a hatch's points.
+  void CheckExtentsOf(const LineEntity& e) { CheckExtents(e.X1, e.Y1, e.X2, e.Y2); }
+  void CheckExtentsOf(const PolySegment& e) { CheckExtents(e.X1, e.Y1, e.X2, e.Y2); }
+  void CheckExtentsOf(const TextEntity& e) { CheckExtents(e.X, e.Y, e.X, e.Y); }
+  void CheckExtentsOf(const AttribEntity& e) { CheckExtentsOf(e.Text); }
+  void CheckExtentsOf(const ArcEntity& e);
+  void CheckExtentsOf(const SolidEntity& e);
+  void CheckExtentsOf(const HatchEntity& e);
 
   // Append one row to its table and its entry to the draw sequence.
   void AddLine(const LineEntity& row);

@@ -279,33 +279,29 @@ double DXFReader::CurveTolerance(double curveSize) const {
 void DXFReader::FinishModernExtents() {
   Drawing& d = drawing_;
   const bool headerSane = headerExtMin_ && headerExtMax_ && SaneExtents(d);
-  const Drawing header = [&d] {
-    Drawing h;
-    h.ExtMinX = d.ExtMinX, h.ExtMinY = d.ExtMinY, h.ExtMaxX = d.ExtMaxX, h.ExtMaxY = d.ExtMaxY;
-    return h;
-  }();
+  struct Extents {
+    float minX, minY, maxX, maxY;
+  };
+  const Extents header{d.ExtMinX, d.ExtMinY, d.ExtMaxX, d.ExtMaxY};
   d.ExtMinX = d.ExtMinY = 1e30f;
   d.ExtMaxX = d.ExtMaxY = -1e30f;
-  for (const LineEntity& e : d.Lines) d.CheckExtents(e.X1, e.Y1, e.X2, e.Y2);
-  for (const PolySegment& e : d.PolySegs) d.CheckExtents(e.X1, e.Y1, e.X2, e.Y2);
-  for (const TextEntity& e : d.Texts) d.CheckExtents(e.X, e.Y, e.X, e.Y);
-  for (const AttribEntity& e : d.Attribs) d.CheckExtents(e.Text.X, e.Text.Y, e.Text.X, e.Text.Y);
-  for (const ArcEntity& e : d.Arcs)
-    d.CheckExtents(double(e.CenterX) - e.Radius, double(e.CenterY) - e.Radius, double(e.CenterX) + e.Radius,
-                   double(e.CenterY) + e.Radius);
-  for (const SolidEntity& e : d.Solids) {
-    d.CheckExtents(e.X1, e.Y1, e.X2, e.Y2);
-    d.CheckExtents(e.X3, e.Y3, e.X4, e.Y4);
-  }
-  for (const HatchEntity& h : d.Hatches)
-    for (const PointF& p : h.Points) d.CheckExtents(p.x, p.y, p.x, p.y);
+  auto widen = [&d](const auto& table) {
+    for (const auto& row : table) d.CheckExtentsOf(row);
+  };
+  widen(d.Lines);
+  widen(d.PolySegs);
+  widen(d.Texts);
+  widen(d.Attribs);
+  widen(d.Arcs);
+  widen(d.Solids);
+  widen(d.Hatches);
   if (!headerSane) return;
   const bool nothingDrawn = d.ExtMinX > d.ExtMaxX;
-  const double slack = 1e-6 * std::max(double(header.ExtMaxX) - header.ExtMinX, double(header.ExtMaxY) - header.ExtMinY);
-  const bool covers = d.ExtMinX >= header.ExtMinX - slack && d.ExtMinY >= header.ExtMinY - slack &&
-                      d.ExtMaxX <= header.ExtMaxX + slack && d.ExtMaxY <= header.ExtMaxY + slack;
+  const double slack = 1e-6 * std::max(double(header.maxX) - header.minX, double(header.maxY) - header.minY);
+  const bool covers = d.ExtMinX >= header.minX - slack && d.ExtMinY >= header.minY - slack &&
+                      d.ExtMaxX <= header.maxX + slack && d.ExtMaxY <= header.maxY + slack;
   if (nothingDrawn || covers) {
-    d.ExtMinX = header.ExtMinX, d.ExtMinY = header.ExtMinY, d.ExtMaxX = header.ExtMaxX, d.ExtMaxY = header.ExtMaxY;
+    d.ExtMinX = header.minX, d.ExtMinY = header.minY, d.ExtMaxX = header.maxX, d.ExtMaxY = header.maxY;
   }
 }
 

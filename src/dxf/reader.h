@@ -233,9 +233,7 @@ class DXFReader {
   int32_t currentBlock_ = 0;        // the last BLOCK read
   int32_t outputBlock_ = 0;         // where entities go while InBlock
   int32_t currentInsertLayer_ = 0;  // layer of the last INSERT, for its attributes
-  int32_t currentInsertColor_ = 0;
   int32_t pendingResolved_ = 0;
-  int32_t blockFileCounter_ = 0;
 
   // Modern state: the pairs of the current record, a pair read ahead, the section and
   // table being read, and what the header said.

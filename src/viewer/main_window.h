@@ -119,7 +119,6 @@ class frmImport : public QMainWindow {
   void CreateToolbar();
   void LoadCaptions();
   void ChooseDXFFile();
-  void ShowPictureSourceOnly();
   bool Redraw(const ZoomRect& window);
   void UpdateCaption(bool withFile);
   void SetZoomButtons(bool enabled);
