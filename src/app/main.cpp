@@ -14,11 +14,16 @@
 
 namespace {
 
-// "LEFT,TOP,RIGHT,BOTTOM" in drawing units.
-std::optional<dxfimport::ZoomRect> ParseWindow(const std::string& text) {
-  dxfimport::ZoomRect r;
+// "LEFT,TOP,RIGHT,BOTTOM" in drawing units, read in the profile's precision.
+std::optional<dxfimport::ZoomRect> ParseWindow(const std::string& text, dxfimport::ReadingProfile profile) {
   char tail = 0;
-  if (std::sscanf(text.c_str(), "%f,%f,%f,%f%c", &r.left, &r.top, &r.right, &r.bottom, &tail) != 4)
+  if (dxfimport::ProfileRules::Of(profile).SinglePrecision) {
+    float l = 0, t = 0, r = 0, b = 0;
+    if (std::sscanf(text.c_str(), "%f,%f,%f,%f%c", &l, &t, &r, &b, &tail) != 4) return std::nullopt;
+    return dxfimport::ZoomRect{l, t, r, b};
+  }
+  dxfimport::ZoomRect r;
+  if (std::sscanf(text.c_str(), "%lf,%lf,%lf,%lf%c", &r.left, &r.top, &r.right, &r.bottom, &tail) != 4)
     return std::nullopt;
   return r;
 }
@@ -106,7 +111,7 @@ int main(int argc, char** argv) {
       return 2;
     }
     if (!window.empty()) {
-      render.window = ParseWindow(window);
+      render.window = ParseWindow(window, profile);
       if (!render.window) {
         std::fprintf(stderr, "dxfimport render: --window takes LEFT,TOP,RIGHT,BOTTOM\n");
         return 2;

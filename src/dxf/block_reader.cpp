@@ -1,7 +1,7 @@
-// BLOCK definitions, INSERTs (with the pending ones) and DIMENSIONs. Blocks are expanded
-// while reading: the drawing holds no references, only the entities every INSERT adds.
+// BLOCK definitions, INSERTs (with the pending ones) and DIMENSIONs of the legacy
+// profile. Blocks are expanded while reading: the drawing holds no references, only the
+// entities every INSERT adds.
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <new>
 
@@ -16,128 +16,98 @@
 namespace dxfimport {
 namespace {
 
-template <class... Fs>
-struct Overloaded : Fs... {
-  using Fs::operator()...;
-};
-template <class... Fs>
-Overloaded(Fs...) -> Overloaded<Fs...>;
-
 // Where one point of a block lands for an insert: scaled, turned about the block origin,
-// then moved to the insertion point.
-PointF PlacePoint(float x, float y, double sx, double sy, float rotation, double dx, double dy) {
-  PointF p{CSng(x * sx), CSng(y * sy)};
-  if (rotation != 0) RotatePointNormal(p, rotation);
-  return {CSng(p.x + dx), CSng(p.y + dy)};
-}
-
-template <class Segment>
-void PlaceSegment(Segment& s, double sx, double sy, float rotation, double dx, double dy) {
-  PointPair p{CSng(s.X1 * sx), CSng(s.Y1 * sy), CSng(s.X2 * sx), CSng(s.Y2 * sy)};
-  if (rotation != 0) RotateRectNormal(p, rotation);
-  s.X1 = CSng(p.x1 + dx), s.Y1 = CSng(p.y1 + dy);
-  s.X2 = CSng(p.x2 + dx), s.Y2 = CSng(p.y2 + dy);
-}
-
-int32_t& LayerOf(BlockRecord& r) {
-  return std::visit([](auto& e) -> int32_t& { return e.Layer; }, r);
-}
-
-int32_t& ColorOf(BlockRecord& r) {
-  return std::visit([](auto& e) -> int32_t& { return e.Color; }, r);
-}
-
+// then moved to the insertion point; single precision at every step.
 struct Placement {
   double sx = 1, sy = 1;
   float rotation = 0;
   double dx = 0, dy = 0;
+
+  void Place(double& x, double& y) const {
+    PointF p{CSng(x * sx), CSng(y * sy)};
+    if (rotation != 0) RotatePointNormal(p, rotation);
+    x = CSng(p.x + dx), y = CSng(p.y + dy);
+  }
+  template <class Segment>
+  void PlaceSegment(Segment& s) const {
+    PointPair p{CSng(s.X1 * sx), CSng(s.Y1 * sy), CSng(s.X2 * sx), CSng(s.Y2 * sy)};
+    if (rotation != 0) RotateRectNormal(p, rotation);
+    s.X1 = CSng(p.x1 + dx), s.Y1 = CSng(p.y1 + dy);
+    s.X2 = CSng(p.x2 + dx), s.Y2 = CSng(p.y2 + dy);
+  }
 };
 
 // Scales, turns and moves every point of a record; sizes and angles follow the scale
 // and the rotation (mirrored arcs swap and reflect their angles).
-void PlaceRecord(BlockRecord& record, const Placement& m) {
-  auto place = [&m](float& x, float& y) {
-    PointF p = PlacePoint(x, y, m.sx, m.sy, m.rotation, m.dx, m.dy);
-    x = p.x, y = p.y;
-  };
-  std::visit(Overloaded{
-                 [&](LineEntity& e) { PlaceSegment(e, m.sx, m.sy, m.rotation, m.dx, m.dy); },
-                 [&](PolySegment& e) {
-                   PlaceSegment(e, m.sx, m.sy, m.rotation, m.dx, m.dy);
-                   e.Width = CSng(e.Width * std::abs(m.sx));
-                   if (m.sx * m.sy < 0 && e.Bulge != 0) e.Bulge = -e.Bulge;  // a mirror turns the arc
-                 },
-                 [&](TextEntity& e) {
-                   place(e.X, e.Y);
-                   e.Height = CSng(e.Height * m.sx);
-                   e.Rotation = CSng(double(e.Rotation) + m.rotation);
-                 },
-                 [&](ArcEntity& e) {
-                   place(e.CenterX, e.CenterY);
-                   e.Radius = CSng(e.Radius * std::abs(m.sx));
-                   float start = e.StartAngle, end = e.EndAngle;
-                   if (m.sx < 0) start = CSng(180.0 - e.EndAngle), end = CSng(180.0 - e.StartAngle);
-                   if (m.sy < 0) std::tie(start, end) = std::pair(-end, -start);
-                   e.StartAngle = CSng(double(start) + m.rotation);
-                   e.EndAngle = CSng(double(end) + m.rotation);
-                 },
-                 [&](SolidEntity& e) {
-                   place(e.X1, e.Y1);
-                   place(e.X2, e.Y2);
-                   place(e.X3, e.Y3);
-                   place(e.X4, e.Y4);
-                 },
-                 [&](HatchEntity& e) {
-                   for (PointF& p : e.Points) place(p.x, p.y);
-                 },
-             },
-             record);
+void PlaceRecord(LineEntity& e, const Placement& m) { m.PlaceSegment(e); }
+void PlaceRecord(PolySegment& e, const Placement& m) {
+  m.PlaceSegment(e);
+  e.Width = CSng(e.Width * std::abs(m.sx));
+}
+void PlaceRecord(TextEntity& e, const Placement& m) {
+  m.Place(e.X, e.Y);
+  e.Height = CSng(e.Height * m.sx);
+  e.Rotation = CSng(e.Rotation + m.rotation);
+}
+void PlaceRecord(ArcEntity& e, const Placement& m) {
+  m.Place(e.CenterX, e.CenterY);
+  e.Radius = CSng(e.Radius * std::abs(m.sx));
+  float start = float(e.StartAngle), end = float(e.EndAngle);
+  if (m.sx < 0) start = CSng(180.0 - e.EndAngle), end = CSng(180.0 - e.StartAngle);
+  if (m.sy < 0) std::tie(start, end) = std::pair(-end, -start);
+  e.StartAngle = CSng(double(start) + m.rotation);
+  e.EndAngle = CSng(double(end) + m.rotation);
+}
+void PlaceRecord(SolidEntity& e, const Placement& m) {
+  m.Place(e.X1, e.Y1);
+  m.Place(e.X2, e.Y2);
+  m.Place(e.X3, e.Y3);
+  m.Place(e.X4, e.Y4);
+}
+
+// The extents an added row widens: a segment's ends, a text's point, a circle's box, a
+// solid's corners.
+void Widen(Drawing& d, const LineEntity& e) { d.CheckExtents(e.X1, e.Y1, e.X2, e.Y2); }
+void Widen(Drawing& d, const PolySegment& e) { d.CheckExtents(e.X1, e.Y1, e.X2, e.Y2); }
+void Widen(Drawing& d, const TextEntity& e) { d.CheckExtents(e.X, e.Y, e.X, e.Y); }
+void Widen(Drawing& d, const ArcEntity& e) {
+  double r = e.Radius;
+  d.CheckExtents(e.CenterX - r, e.CenterY - r, e.CenterX + r, e.CenterY + r);
+}
+void Widen(Drawing& d, const SolidEntity& e) {
+  d.CheckExtents(e.X1, e.Y1, e.X2, e.Y2);
+  d.CheckExtents(e.X4, e.Y4, e.X3, e.Y3);
 }
 
 }  // namespace
 
-void DXFReader::Store(BlockRecord record) {
+template <class Row>
+void DXFReader::Store(Row record) {
   if (InBlock) {
     const BlockEntry& base = drawing_.Blocks[currentBlock_ - 1];
-    PlaceRecord(record, {1, 1, 0, -double(base.BaseX), -double(base.BaseY)});
+    PlaceRecord(record, {1, 1, 0, -base.BaseX, -base.BaseY});
   }
-  Emit(std::move(record));
+  Emit(record);
 }
 
-void DXFReader::Emit(BlockRecord record) {
-  if (InBlock) {
-    drawing_.AddBlockRecord(outputBlock_, std::move(record));
-    return;
-  }
-  std::visit(Overloaded{
-                 [&](LineEntity& e) { drawing_.AddLine(e); },
-                 [&](PolySegment& e) { drawing_.AddPolySegment(e); },
-                 [&](TextEntity& e) { drawing_.AddText(e); },
-                 [&](ArcEntity& e) { drawing_.AddArc(e); },
-                 [&](SolidEntity& e) { drawing_.AddSolid(e); },
-                 [&](HatchEntity& e) { drawing_.AddHatch(e); },
-             },
-             record);
+template <class Row>
+void DXFReader::Emit(const Row& record) {
+  if (InBlock) drawing_.AddBlockRecord(outputBlock_, record);
+  else drawing_.Add(record);
 }
 
-void DXFReader::ExtendBy(const BlockRecord& record) {
-  std::visit([this](const auto& e) { drawing_.CheckExtentsOf(e); }, record);
-}
+template void DXFReader::Store(LineEntity);
+template void DXFReader::Store(PolySegment);
+template void DXFReader::Store(TextEntity);
+template void DXFReader::Store(ArcEntity);
+template void DXFReader::Store(SolidEntity);
 
 bool DXFReader::DXFBlock() {
   LoadEntity();
-  return StoreBlock();
-}
-
-bool DXFReader::StoreBlock() {
   BlockEntry block;
   block.Name = std::string(Trim(CutChars(Text(2), 50)));
   block.BaseX = Sng(10);
   block.BaseY = Sng(20);
-  // Paper-space layouts are not drawn: their blocks keep no entities (modern profile).
-  std::string upper = block.Name;
-  std::transform(upper.begin(), upper.end(), upper.begin(), [](unsigned char c) { return char(std::toupper(c)); });
-  skipBlock_ = profile_ == ReadingProfile::Modern && upper.starts_with("*PAPER_SPACE");
   currentBlock_ = outputBlock_ = drawing_.AddBlock(std::move(block));
   InBlock = true;
   return true;
@@ -145,7 +115,6 @@ bool DXFReader::StoreBlock() {
 
 bool DXFReader::EndBlock() {
   InBlock = false;
-  skipBlock_ = false;
   outputBlock_ = 0;
   return true;
 }
@@ -164,62 +133,38 @@ bool DXFReader::DXFInsert(int32_t index) {
       ~EndOfReplay() { r.InBlock = false, r.outputBlock_ = 0; }
     } endOfReplay{*this};
     int32_t block = drawing_.FindBlock(pending.BlockName);
-    if (block && pending.Container && InsertAllowed(block)) {
-      Replay(block, {pending.X, pending.Y, pending.Rotation, pending.ScaleX, pending.ScaleY, pending.Layer,
-                     pending.Color});
+    if (block && pending.Container && PendingInsertAllowed(block)) {
+      Replay(block, {pending.X, pending.Y, float(pending.Rotation), pending.ScaleX, pending.ScaleY, pending.Layer});
     }
     return true;
   }
 
   LoadEntity();
-  return StoreInsert();
-}
-
-bool DXFReader::StoreInsert() {
   std::string name = Text(2);
   InsertTransform t;
-  t.Layer = currentInsertLayer_ = EntityLayer();
+  t.Layer = currentInsertLayer_ = drawing_.LayerIndex(GroupValues[8]);
   t.X = Sng(10);
   t.Y = Sng(20);
   t.Rotation = Sng(50);
   float scaleX = Sng(41), scaleY = Sng(42);
   t.ScaleX = scaleX == 0 ? 1.0f : scaleX;
   t.ScaleY = scaleY == 0 ? 1.0f : scaleY;
-  if (profile_ == ReadingProfile::Modern) t.Color = EntityColorValue();
 
   if (int32_t block = drawing_.FindBlock(name)) {
-    if (profile_ == ReadingProfile::Modern && !InsertAllowed(block)) return true;
     if (InBlock) {
       t.X = CSng(RelX(t.X));
       t.Y = CSng(RelY(t.Y));
     }
-    if (profile_ == ReadingProfile::Legacy) {
-      Replay(block, t);
-      return true;
-    }
-    // Modern: an INSERT with columns (70) and rows (71) is a MINSERT; its copies stand
-    // 44 apart along the insert's turned X axis and 45 apart along its Y axis.
-    const int32_t columns = std::clamp<int32_t>(Int16(70), 1, 1000), rows = std::clamp<int32_t>(Int16(71), 1, 1000);
-    const double dx = Num(44), dy = Num(45), turn = t.Rotation * M_PI / 180.0;
-    const double baseX = t.X, baseY = t.Y;
-    for (int32_t r = 0; r < rows; ++r) {
-      for (int32_t c = 0; c < columns; ++c) {
-        double ox = c * dx, oy = r * dy;
-        t.X = baseX + ox * std::cos(turn) - oy * std::sin(turn);
-        t.Y = baseY + ox * std::sin(turn) + oy * std::cos(turn);
-        Replay(block, t);
-      }
-    }
+    Replay(block, t);
     return true;
   }
   PendingInsert pending;
   pending.Container = currentBlock_;
   pending.BlockName = std::string(CutChars(name, 50));
   pending.Layer = t.Layer;
-  pending.X = float(t.X), pending.Y = float(t.Y);
+  pending.X = t.X, pending.Y = t.Y;
   pending.Rotation = t.Rotation;
-  pending.ScaleX = float(t.ScaleX), pending.ScaleY = float(t.ScaleY);
-  pending.Color = t.Color;
+  pending.ScaleX = t.ScaleX, pending.ScaleY = t.ScaleY;
   drawing_.PendingInserts.push_back(std::move(pending));
   return true;
 }
@@ -243,14 +188,10 @@ bool DXFReader::ResolvePendingInserts() {
 // was defined: the records are relative to its base point, which is added back.
 bool DXFReader::DXFDimension() {
   LoadEntity();
-  return StoreDimension();
-}
-
-bool DXFReader::StoreDimension() {
   std::string name = Text(2);
-  EntityColorValue();
+  ColorMap(Int16(62));
   InsertTransform t;
-  t.Layer = EntityLayer();
+  t.Layer = drawing_.LayerIndex(GroupValues[8]);
   Num(12), Num(22), Long(70);
   int32_t block = drawing_.FindBlock(name);
   if (!block) {
@@ -268,12 +209,12 @@ bool DXFReader::StoreDimension() {
   return true;
 }
 
-// Modern profile: a block may not be inserted into itself, nor nested deeper than 32
-// levels; such an insert is logged and skipped.
-bool DXFReader::InsertAllowed(int32_t block) {
+// A pending insert may not insert the block it is resolved into, nor nest deeper than
+// 32 levels; such an insert is logged and skipped.
+bool DXFReader::PendingInsertAllowed(int32_t block) {
   constexpr int32_t kMaxDepth = 32;
   BlockEntry& inserted = drawing_.Blocks[std::size_t(block - 1)];
-  if (InBlock && block == outputBlock_) {
+  if (block == outputBlock_) {
     LogCritical("Block " + inserted.Name + " inserts itself; the insert is skipped.");
     return false;
   }
@@ -281,26 +222,29 @@ bool DXFReader::InsertAllowed(int32_t block) {
     LogCritical("Block " + inserted.Name + " is nested more than 32 levels deep; the insert is skipped.");
     return false;
   }
-  if (InBlock && outputBlock_) {
-    int32_t& depth = drawing_.Blocks[std::size_t(outputBlock_ - 1)].Depth;
-    depth = std::max(depth, inserted.Depth + 1);
-  }
+  int32_t& depth = drawing_.Blocks[std::size_t(outputBlock_ - 1)].Depth;
+  depth = std::max(depth, inserted.Depth + 1);
   return true;
 }
 
 void DXFReader::Replay(int32_t block, const InsertTransform& t, ReplayKinds kinds) {
-  const std::size_t count = drawing_.Blocks[block - 1].Records.size();
+  const std::size_t count = drawing_.Blocks[block - 1].Content.DrawSeq.size();
   for (std::size_t k = 0; k < count; ++k) {
+    const SeqEntry entry = drawing_.Blocks[block - 1].Content.DrawSeq[k];
+    if (kinds == ReplayKinds::LinesAndTexts && entry.Kind != kKindLine && entry.Kind != kKindText) continue;
     // A copy: the block may be the one being written (a block that inserts itself).
-    BlockRecord record = drawing_.Blocks[block - 1].Records[k];
-    if (kinds == ReplayKinds::LinesAndTexts && record.index() != 0 && record.index() != 2) continue;
-    PlaceRecord(record, {t.ScaleX, t.ScaleY, t.Rotation, t.X, t.Y});
-    int32_t& layer = LayerOf(record);
-    if (layer == 1) layer = t.Layer;
-    int32_t& color = ColorOf(record);
-    if (color == kColorByBlock) color = t.Color;
-    if (!InBlock && !NoExtentsUpdate) ExtendBy(record);
-    Emit(std::move(record));
+    VisitRow(drawing_.Blocks[block - 1].Content, entry, [&](const auto& stored) {
+      using Row = std::decay_t<decltype(stored)>;
+      if constexpr (std::is_same_v<Row, LineEntity> || std::is_same_v<Row, PolySegment> ||
+                    std::is_same_v<Row, TextEntity> || std::is_same_v<Row, ArcEntity> ||
+                    std::is_same_v<Row, SolidEntity>) {
+        Row record = stored;
+        PlaceRecord(record, {t.ScaleX, t.ScaleY, t.Rotation, t.X, t.Y});
+        if (record.Layer == 1) record.Layer = t.Layer;
+        if (!InBlock && !NoExtentsUpdate) Widen(drawing_, record);
+        Emit(record);
+      }
+    });
   }
 }
 

@@ -11,7 +11,7 @@ namespace {
 constexpr int kMinChords = 4;
 constexpr int kMaxChords = 4096;
 
-double Distance(PointF a, PointF b) { return std::hypot(double(a.x) - b.x, double(a.y) - b.y); }
+double Distance(PointD a, PointD b) { return std::hypot(a.x - b.x, a.y - b.y); }
 
 // A clamped uniform knot vector for `count` control points of `degree`.
 std::vector<double> ClampedKnots(std::size_t count, int degree) {
@@ -24,7 +24,7 @@ std::vector<double> ClampedKnots(std::size_t count, int degree) {
 }
 
 // De Boor's evaluation in homogeneous coordinates at parameter u.
-PointF EvaluateAt(const SplineData& s, const std::vector<double>& knots, double u) {
+PointD EvaluateAt(const SplineData& s, const std::vector<double>& knots, double u) {
   const int p = s.degree;
   const std::size_t n = s.controlPoints.size();
   // The knot span that holds u, between p and n - 1.
@@ -51,7 +51,7 @@ PointF EvaluateAt(const SplineData& s, const std::vector<double>& knots, double 
   }
   const H& h = d[std::size_t(p)];
   double w = h.w == 0 ? 1 : h.w;
-  return {CSng(h.x / w), CSng(h.y / w)};
+  return {h.x / w, h.y / w};
 }
 
 }  // namespace
@@ -66,26 +66,26 @@ int ChordCount(double radius, double sweep, double tolerance) {
   return int(std::min(chords, double(kMaxChords)));
 }
 
-std::vector<PointF> FlattenEllipse(PointF c, PointF major, double ratio, double start, double end, bool clockwise,
+std::vector<PointD> FlattenEllipse(PointD c, PointD major, double ratio, double start, double end, bool clockwise,
                                    double tolerance) {
   if (end <= start) end += 2 * M_PI;
   const double side = clockwise ? -1 : 1;
   const double minorX = -major.y * ratio * side, minorY = major.x * ratio * side;
-  const int chords = ChordCount(std::hypot(double(major.x), double(major.y)), end - start, tolerance);
-  std::vector<PointF> points;
+  const int chords = ChordCount(std::hypot(major.x, major.y), end - start, tolerance);
+  std::vector<PointD> points;
   points.reserve(std::size_t(chords) + 1);
   for (int i = 0; i <= chords; ++i) {
     double t = start + (end - start) * i / chords;
-    points.push_back({CSng(c.x + major.x * std::cos(t) + minorX * std::sin(t)),
-                      CSng(c.y + major.y * std::cos(t) + minorY * std::sin(t))});
+    points.push_back({c.x + major.x * std::cos(t) + minorX * std::sin(t),
+                      c.y + major.y * std::cos(t) + minorY * std::sin(t)});
   }
   return points;
 }
 
-std::vector<PointF> FlattenSpline(const SplineData& s, double tolerance) {
+std::vector<PointD> FlattenSpline(const SplineData& s, double tolerance) {
   const std::size_t n = s.controlPoints.size();
   if (n < 2 || s.degree < 1 || std::size_t(s.degree) >= n) {
-    std::vector<PointF> points = n >= 2 ? s.controlPoints : s.fitPoints;
+    std::vector<PointD> points = n >= 2 ? s.controlPoints : s.fitPoints;
     if (s.closed && points.size() > 2) points.push_back(points.front());
     return points;
   }
@@ -99,7 +99,7 @@ std::vector<PointF> FlattenSpline(const SplineData& s, double tolerance) {
   const int count = int(std::clamp(std::isfinite(chords) ? chords : double(kMinChords), double(kMinChords),
                                    double(kMaxChords)));
   const double u0 = knots[std::size_t(s.degree)], u1 = knots[n];
-  std::vector<PointF> points;
+  std::vector<PointD> points;
   points.reserve(std::size_t(count) + 1);
   for (int i = 0; i <= count; ++i) points.push_back(EvaluateAt(s, knots, u0 + (u1 - u0) * i / count));
   return points;

@@ -1,5 +1,7 @@
 #include "dxf/drawing.h"
 
+#include <algorithm>
+
 #include "support/numbers.h"
 #include "support/runtime_error.h"
 #include "support/text_decode.h"
@@ -8,17 +10,11 @@ namespace dxfimport {
 
 bool Drawing::InitDrawing(bool clearAll) {
   if (clearAll) {
-    Lines = {};
-    PolySegs = {};
-    Texts = {};
-    Arcs = {};
-    Solids = {};
-    Attribs = {};
-    Hatches = {};
+    EntityTables::Clear();
     DashPatterns = {};
-    BulgesAsArcs = false;
+    PointDisplay = {};
+    DefaultLineWeight = 25;
     Layers = {};
-    DrawSeq = {};
     PendingInserts = {};
     layerRows_.clear();
     layersTrimmed_ = 0;
@@ -30,8 +26,10 @@ bool Drawing::InitDrawing(bool clearAll) {
 }
 
 void Drawing::CheckExtents(double x1, double y1, double x2, double y2) {
-  auto lower = [](float& extent, double v) { if (v < extent) extent = CSng(v); };
-  auto raise = [](float& extent, double v) { if (v > extent) extent = CSng(v); };
+  const bool single = rules_->SinglePrecision;
+  auto store = [single](double& extent, double v) { extent = single ? double(CSng(v)) : v; };
+  auto lower = [&](double& extent, double v) { if (v < extent) store(extent, v); };
+  auto raise = [&](double& extent, double v) { if (v > extent) store(extent, v); };
   lower(ExtMinX, x1);
   lower(ExtMinX, x2);
   raise(ExtMaxX, x1);
@@ -42,41 +40,9 @@ void Drawing::CheckExtents(double x1, double y1, double x2, double y2) {
   raise(ExtMaxY, y2);
 }
 
-void Drawing::CheckExtentsOf(const ArcEntity& e) {
-  double r = e.Radius;
-  CheckExtents(e.CenterX - r, e.CenterY - r, e.CenterX + r, e.CenterY + r);
-}
-
-void Drawing::CheckExtentsOf(const SolidEntity& e) {
-  CheckExtents(e.X1, e.Y1, e.X2, e.Y2);
-  CheckExtents(e.X4, e.Y4, e.X3, e.Y3);
-}
-
-void Drawing::CheckExtentsOf(const HatchEntity& e) {
-  for (const PointF& p : e.Points) CheckExtents(p.x, p.y, p.x, p.y);
-}
-
 void Drawing::CountRow() {
   if (++storedRows_ > rowLimit_) throw RunTimeError(kErrOutOfMemory);
 }
-
-namespace {
-
-template <class Row>
-void AppendRow(std::vector<Row>& table, std::vector<SeqEntry>& seq, int32_t kind, const Row& row) {
-  table.push_back(row);
-  seq.push_back({kind, int32_t(table.size())});
-}
-
-}  // namespace
-
-void Drawing::AddLine(const LineEntity& row) { CountRow(); AppendRow(Lines, DrawSeq, kKindLine, row); }
-void Drawing::AddPolySegment(const PolySegment& row) { CountRow(); AppendRow(PolySegs, DrawSeq, kKindPolySeg, row); }
-void Drawing::AddText(const TextEntity& row) { CountRow(); AppendRow(Texts, DrawSeq, kKindText, row); }
-void Drawing::AddArc(const ArcEntity& row) { CountRow(); AppendRow(Arcs, DrawSeq, kKindArc, row); }
-void Drawing::AddSolid(const SolidEntity& row) { CountRow(); AppendRow(Solids, DrawSeq, kKindSolid, row); }
-void Drawing::AddAttrib(const AttribEntity& row) { CountRow(); AppendRow(Attribs, DrawSeq, kKindAttrib, row); }
-void Drawing::AddHatch(const HatchEntity& row) { CountRow(); AppendRow(Hatches, DrawSeq, kKindHatch, row); }
 
 void Drawing::AddLayer(LayerEntry entry) {
   CountRow();
@@ -98,6 +64,11 @@ int32_t Drawing::LayerIndex(std::string_view name) {
   return 1;
 }
 
+int32_t Drawing::FindLayer(std::string_view name) const {
+  auto found = layerRows_.find(name);
+  return found == layerRows_.end() ? 0 : found->second;
+}
+
 int32_t Drawing::LayerState(int32_t index) const {
   if (index < 1 || index > LayerCount()) throw RunTimeError(kErrSubscript);
   return Layers[index - 1].IsOn;
@@ -114,11 +85,6 @@ int32_t Drawing::AddBlock(BlockEntry entry) {
 int32_t Drawing::FindBlock(std::string_view name) const {
   auto found = blockRows_.find(name);
   return found == blockRows_.end() ? 0 : found->second;
-}
-
-void Drawing::AddBlockRecord(int32_t block, BlockRecord record) {
-  CountRow();
-  Blocks.at(std::size_t(block - 1)).Records.push_back(std::move(record));
 }
 
 }  // namespace dxfimport

@@ -6,7 +6,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include "dxf/profile.h"
 #include "dxf/records.h"
+#include "support/runtime_error.h"
 
 namespace dxfimport {
 
@@ -17,16 +19,10 @@ struct NameHash {
 };
 using NameIndex = std::unordered_map<std::string, int32_t, NameHash, std::equal_to<>>;
 
-// The one loaded drawing: flat entity tables, the draw sequence in file order, the layer
-// and block tables and the extents. Rows are numbered from 1 in every reference (SeqEntry
-// Index, Layer); the vectors hold row n at position n - 1.
-class Drawing {
- public:
-  // Upper bound on stored rows (tables and block records together), so that a drawing
-  // whose blocks multiply without end is stopped with the out-of-memory error.
-  static constexpr std::size_t kRowLimit = 30'000'000;
-  void SetRowLimit(std::size_t limit) { rowLimit_ = limit; }
-
+// Entity tables in drawing order: the drawing's own, and each block definition's. Rows
+// are numbered from 1 in every reference (SeqEntry Index, Layer); the vectors hold row n
+// at position n - 1.
+struct EntityTables {
   std::vector<LineEntity> Lines;
   std::vector<PolySegment> PolySegs;
   std::vector<TextEntity> Texts;
@@ -34,22 +30,122 @@ class Drawing {
   std::vector<SolidEntity> Solids;
   std::vector<AttribEntity> Attribs;
   std::vector<HatchEntity> Hatches;
+  std::vector<EllipseEntity> Ellipses;
+  std::vector<PointEntity> Points;
+  std::vector<RayEntity> Rays;
+  std::vector<InsertRef> Inserts;
+  std::vector<SeqEntry> DrawSeq;
+
+  // Appends a row to its table and its entry to the drawing order.
+  void Append(const LineEntity& r) { Push(Lines, kKindLine, r); }
+  void Append(const PolySegment& r) { Push(PolySegs, kKindPolySeg, r); }
+  void Append(const TextEntity& r) { Push(Texts, kKindText, r); }
+  void Append(const ArcEntity& r) { Push(Arcs, kKindArc, r); }
+  void Append(const SolidEntity& r) { Push(Solids, kKindSolid, r); }
+  void Append(const AttribEntity& r) { Push(Attribs, kKindAttrib, r); }
+  void Append(const HatchEntity& r) { Push(Hatches, kKindHatch, r); }
+  void Append(const EllipseEntity& r) { Push(Ellipses, kKindEllipse, r); }
+  void Append(const PointEntity& r) { Push(Points, kKindPoint, r); }
+  void Append(const RayEntity& r) { Push(Rays, kKindRay, r); }
+  void Append(const InsertRef& r) { Push(Inserts, kKindInsert, r); }
+
+  void Clear() { *this = EntityTables(); }
+
+ private:
+  template <class Row>
+  void Push(std::vector<Row>& table, int32_t kind, const Row& row) {
+    table.push_back(row);
+    DrawSeq.push_back({kind, int32_t(table.size())});
+  }
+};
+
+// Row `index` (1-based) of a table; Subscript out of range when there is none.
+template <class Row>
+Row& RowOf(std::vector<Row>& table, int32_t index) {
+  if (index < 1 || std::size_t(index) > table.size()) throw RunTimeError(kErrSubscript);
+  return table[std::size_t(index - 1)];
+}
+template <class Row>
+const Row& RowOf(const std::vector<Row>& table, int32_t index) {
+  if (index < 1 || std::size_t(index) > table.size()) throw RunTimeError(kErrSubscript);
+  return table[std::size_t(index - 1)];
+}
+
+// Calls f with the row that a drawing-order entry names; kinds without a table call
+// nothing and give false.
+template <class Tables, class F>
+bool VisitRow(Tables& t, const SeqEntry& e, F&& f) {
+  switch (e.Kind) {
+    case kKindLine: f(RowOf(t.Lines, e.Index)); return true;
+    case kKindPolySeg: f(RowOf(t.PolySegs, e.Index)); return true;
+    case kKindText: f(RowOf(t.Texts, e.Index)); return true;
+    case kKindArc: f(RowOf(t.Arcs, e.Index)); return true;
+    case kKindSolid: f(RowOf(t.Solids, e.Index)); return true;
+    case kKindAttrib: f(RowOf(t.Attribs, e.Index)); return true;
+    case kKindHatch: f(RowOf(t.Hatches, e.Index)); return true;
+    case kKindEllipse: f(RowOf(t.Ellipses, e.Index)); return true;
+    case kKindPoint: f(RowOf(t.Points, e.Index)); return true;
+    case kKindRay: f(RowOf(t.Rays, e.Index)); return true;
+    case kKindInsert: f(RowOf(t.Inserts, e.Index)); return true;
+    default: return false;
+  }
+}
+
+struct BlockEntry {
+  double BaseX = 0, BaseY = 0;  // groups 10, 20 of the BLOCK
+  std::string Name;             // group 2, trimmed, at most 50 characters
+  EntityTables Content;         // relative to the base point
+  int32_t Depth = 0;            // levels of inserts expanded into it (legacy replay)
+  // Modern profile:
+  bool Defined = false;         // its BLOCK was read (an insert may name it before)
+  int64_t ExpandedRows = -1;    // rows one insert of it adds (-1: not yet counted)
+  int32_t Height = 0;           // levels of inserts nested in it
+  bool Counting = false;        // being counted (a block that inserts itself)
+  bool Refused = false;         // an insert of it was skipped (logged once)
+};
+
+// An INSERT met inside a block definition before its block was defined.
+struct PendingInsert {
+  int32_t Container = 0;  // row of the block that was being defined (0: none)
+  std::string BlockName;  // group 2, at most 50 characters
+  int32_t Layer = 0;
+  double X = 0, Y = 0;
+  double Rotation = 0;
+  double ScaleX = 1, ScaleY = 1;
+};
+
+// How points are drawn (modern profile): $PDMODE and $PDSIZE.
+struct PointStyle {
+  int32_t Mode = 0;   // 0 dot, 1 nothing, 2 plus, 3 cross, 4 tick; +32 circle, +64 square
+  double Size = 0;    // drawing units; 0 means 5 % of the view's height, negative a percentage
+};
+
+// The one loaded drawing: flat entity tables, the draw sequence in file order, the layer
+// and block tables and the extents.
+class Drawing : public EntityTables {
+ public:
+  // Upper bound on stored rows (tables and block records together), so that a drawing
+  // whose blocks multiply without end is stopped with the out-of-memory error.
+  static constexpr std::size_t kRowLimit = 30'000'000;
+  void SetRowLimit(std::size_t limit) { rowLimit_ = limit; }
+
   std::vector<LayerEntry> Layers;
   std::vector<BlockEntry> Blocks;
-  std::vector<SeqEntry> DrawSeq;
   std::vector<PendingInsert> PendingInserts;
-
-  // Polyline bulges are drawn as arcs (modern profile); the legacy redraw draws every
-  // segment straight.
-  bool BulgesAsArcs = false;
 
   // Dash patterns of line types from the LTYPE table (modern profile), in drawing units:
   // positive a dash, negative a gap, 0 a dot. Pen style kFirstDashPattern + i draws
   // pattern i.
   static constexpr int32_t kFirstDashPattern = 16;
-  std::vector<std::vector<float>> DashPatterns;
+  std::vector<std::vector<double>> DashPatterns;
+  PointStyle PointDisplay;
+  int16_t DefaultLineWeight = 25;  // $LWDEFAULT
 
-  float ExtMinX = 1e30f, ExtMinY = 1e30f, ExtMaxX = -1e30f, ExtMaxY = -1e30f;
+  double ExtMinX = 1e30f, ExtMinY = 1e30f, ExtMaxX = -1e30f, ExtMaxY = -1e30f;
+
+  // The reading profile the tables were read with.
+  const ProfileRules& Rules() const { return *rules_; }
+  void SetRules(const ProfileRules& rules) { rules_ = &rules; }
 
   int32_t LineCount() const { return int32_t(Lines.size()); }
   int32_t PolySegCount() const { return int32_t(PolySegs.size()); }
@@ -67,26 +163,23 @@ class Drawing {
   // Returns true.
   bool InitDrawing(bool clearAll);
 
-  // Widens the extents to take in both points.
+  // Widens the extents to take in both points (stored in single precision by the legacy
+  // profile).
   void CheckExtents(double x1, double y1, double x2, double y2);
-  // Widens the extents to take in an entity: a segment's ends, a text's point, a circle's
-  // box, a solid's corners, a hatch's points.
-  void CheckExtentsOf(const LineEntity& e) { CheckExtents(e.X1, e.Y1, e.X2, e.Y2); }
-  void CheckExtentsOf(const PolySegment& e) { CheckExtents(e.X1, e.Y1, e.X2, e.Y2); }
-  void CheckExtentsOf(const TextEntity& e) { CheckExtents(e.X, e.Y, e.X, e.Y); }
-  void CheckExtentsOf(const AttribEntity& e) { CheckExtentsOf(e.Text); }
-  void CheckExtentsOf(const ArcEntity& e);
-  void CheckExtentsOf(const SolidEntity& e);
-  void CheckExtentsOf(const HatchEntity& e);
 
   // Append one row to its table and its entry to the draw sequence.
-  void AddLine(const LineEntity& row);
-  void AddPolySegment(const PolySegment& row);
-  void AddText(const TextEntity& row);
-  void AddArc(const ArcEntity& row);
-  void AddSolid(const SolidEntity& row);
-  void AddAttrib(const AttribEntity& row);
-  void AddHatch(const HatchEntity& row);
+  template <class Row>
+  void Add(const Row& row) {
+    CountRow();
+    Append(row);
+  }
+  void AddLine(const LineEntity& row) { Add(row); }
+  void AddPolySegment(const PolySegment& row) { Add(row); }
+  void AddText(const TextEntity& row) { Add(row); }
+  void AddArc(const ArcEntity& row) { Add(row); }
+  void AddSolid(const SolidEntity& row) { Add(row); }
+  void AddAttrib(const AttribEntity& row) { Add(row); }
+  void AddHatch(const HatchEntity& row) { Add(row); }
 
   // Appends a layer entry; its name becomes findable by LayerIndex.
   void AddLayer(LayerEntry entry);
@@ -94,6 +187,8 @@ class Drawing {
   // Names are compared and stored back trimmed, as the layer table always did. The row
   // is a 16-bit number: searching past row 32767 raises the Overflow error.
   int32_t LayerIndex(std::string_view name);
+  // Row of the layer named exactly `name`, or 0 (no side effects).
+  int32_t FindLayer(std::string_view name) const;
   // IsOn of layer row `index`; Subscript out of range for a row that does not exist.
   int32_t LayerState(int32_t index) const;
 
@@ -102,11 +197,16 @@ class Drawing {
   // Row of the first block named exactly `name`; 0 when there is none.
   int32_t FindBlock(std::string_view name) const;
   // Appends a record to a block definition.
-  void AddBlockRecord(int32_t block, BlockRecord record);
+  template <class Row>
+  void AddBlockRecord(int32_t block, const Row& row) {
+    CountRow();
+    Blocks.at(std::size_t(block - 1)).Content.Append(row);
+  }
 
  private:
   void CountRow();
 
+  const ProfileRules* rules_ = &ProfileRules::Of(ReadingProfile::Legacy);  // until a reader sets it
   NameIndex layerRows_;
   NameIndex blockRows_;
   std::size_t layersTrimmed_ = 0;  // layer names 1..n already stored trimmed

@@ -8,10 +8,11 @@ namespace {
 
 class RowWriter {
  public:
-  explicit RowWriter(std::ostream& out) : out_(out) {}
-  RowWriter& operator<<(float v) {
-    char buf[32];
-    std::snprintf(buf, sizeof buf, "%.9g", double(v));
+  // Numbers are written with `digits` significant digits (as many as their precision).
+  RowWriter(std::ostream& out, int digits) : out_(out), digits_(digits) {}
+  RowWriter& operator<<(double v) {
+    char buf[40];
+    std::snprintf(buf, sizeof buf, "%.*g", digits_, v);
     return Field(buf);
   }
   RowWriter& operator<<(int32_t v) { return Field(std::to_string(v)); }
@@ -33,6 +34,7 @@ class RowWriter {
     return *this;
   }
   std::ostream& out_;
+  int digits_;
   bool first_ = true;
 };
 
@@ -44,11 +46,11 @@ void TextFields(RowWriter& w, const TextEntity& t) {
 constexpr const char* kTextHeader = "Text\tHeight\tRotation\tHorzJustify\tLayer\tUnderline\tColor\tFontName\tFontFactor";
 
 template <class Row, class Fields>
-void Table(std::ostream& out, const char* name, const std::string& header, const std::vector<Row>& rows,
+void Table(std::ostream& out, int digits, const char* name, const std::string& header, const std::vector<Row>& rows,
            Fields fields) {
   if (rows.empty()) return;
   out << "# " << name << '\n' << header << '\n';
-  RowWriter w(out);
+  RowWriter w(out, digits);
   for (const Row& row : rows) {
     fields(w, row);
     w.End();
@@ -58,39 +60,50 @@ void Table(std::ostream& out, const char* name, const std::string& header, const
 }  // namespace
 
 void DumpTables(const Drawing& d, std::ostream& out) {
-  Table(out, "Layers", "Name\tColor\tIsOn", d.Layers,
+  const int digits = d.Rules().DumpDigits;
+  Table(out, digits, "Layers", "Name\tColor\tIsOn", d.Layers,
         [](RowWriter& w, const LayerEntry& r) { w << std::string(r.Name) << r.Color << r.IsOn; });
-  Table(out, "Blocks", "BaseX\tBaseY\tName\tRecords", d.Blocks, [](RowWriter& w, const BlockEntry& r) {
-    w << r.BaseX << r.BaseY << r.Name << int32_t(r.Records.size());
+  Table(out, digits, "Blocks", "BaseX\tBaseY\tName\tRecords", d.Blocks, [](RowWriter& w, const BlockEntry& r) {
+    w << r.BaseX << r.BaseY << r.Name << int32_t(r.Content.DrawSeq.size());
   });
-  Table(out, "Lines", "X1\tY1\tX2\tY2\tLayer\tColor\tLineType", d.Lines, [](RowWriter& w, const LineEntity& r) {
+  Table(out, digits, "Lines", "X1\tY1\tX2\tY2\tLayer\tColor\tLineType", d.Lines, [](RowWriter& w, const LineEntity& r) {
     w << r.X1 << r.Y1 << r.X2 << r.Y2 << r.Layer << r.Color << r.LineType;
   });
-  Table(out, "PolySegs", "X1\tY1\tX2\tY2\tWidth\tLayer\tColor\tBulge", d.PolySegs,
+  Table(out, digits, "PolySegs", "X1\tY1\tX2\tY2\tWidth\tLayer\tColor\tBulge", d.PolySegs,
         [](RowWriter& w, const PolySegment& r) {
           w << r.X1 << r.Y1 << r.X2 << r.Y2 << r.Width << r.Layer << r.Color << r.Bulge;
         });
-  Table(out, "Texts", std::string("X\tY\t") + kTextHeader, d.Texts, [](RowWriter& w, const TextEntity& r) {
+  Table(out, digits, "Texts", std::string("X\tY\t") + kTextHeader, d.Texts, [](RowWriter& w, const TextEntity& r) {
     w << r.X << r.Y;
     TextFields(w, r);
   });
-  Table(out, "Arcs", "CenterX\tCenterY\tRadius\tStartAngle\tEndAngle\tLayer\tColor\tLineType", d.Arcs,
+  Table(out, digits, "Arcs", "CenterX\tCenterY\tRadius\tStartAngle\tEndAngle\tLayer\tColor\tLineType", d.Arcs,
         [](RowWriter& w, const ArcEntity& r) {
           w << r.CenterX << r.CenterY << r.Radius << r.StartAngle << r.EndAngle << r.Layer << r.Color << r.LineType;
         });
-  Table(out, "Solids", "X1\tY1\tX2\tY2\tX4\tY4\tX3\tY3\tLayer\tColor", d.Solids,
+  Table(out, digits, "Solids", "X1\tY1\tX2\tY2\tX4\tY4\tX3\tY3\tLayer\tColor", d.Solids,
         [](RowWriter& w, const SolidEntity& r) {
           w << r.X1 << r.Y1 << r.X2 << r.Y2 << r.X4 << r.Y4 << r.X3 << r.Y3 << r.Layer << r.Color;
         });
-  Table(out, "Attribs", std::string("Block\tX\tY\t") + kTextHeader, d.Attribs,
+  Table(out, digits, "Attribs", std::string("Block\tX\tY\t") + kTextHeader, d.Attribs,
         [](RowWriter& w, const AttribEntity& r) {
           w << r.Block << r.Text.X << r.Text.Y;
           TextFields(w, r.Text);
         });
-  Table(out, "Hatches", "Layer\tColor\tLoops\tPoints", d.Hatches, [](RowWriter& w, const HatchEntity& r) {
+  Table(out, digits, "Hatches", "Layer\tColor\tLoops\tPoints", d.Hatches, [](RowWriter& w, const HatchEntity& r) {
     w << r.Layer << r.Color << int32_t(r.LoopStarts.size()) << int32_t(r.Points.size());
   });
-  Table(out, "DrawSeq", "Kind\tIndex", d.DrawSeq, [](RowWriter& w, const SeqEntry& r) { w << r.Kind << r.Index; });
+  Table(out, digits, "Ellipses", "CenterX\tCenterY\tUX\tUY\tVX\tVY\tStart\tEnd\tLayer\tColor\tLineType", d.Ellipses,
+        [](RowWriter& w, const EllipseEntity& r) {
+          w << r.CenterX << r.CenterY << r.UX << r.UY << r.VX << r.VY << r.Start << r.End << r.Layer << r.Color
+            << r.LineType;
+        });
+  Table(out, digits, "Points", "X\tY\tLayer\tColor", d.Points,
+        [](RowWriter& w, const PointEntity& r) { w << r.X << r.Y << r.Layer << r.Color; });
+  Table(out, digits, "Rays", "X\tY\tDX\tDY\tBothWays\tLayer\tColor", d.Rays, [](RowWriter& w, const RayEntity& r) {
+    w << r.X << r.Y << r.DX << r.DY << int32_t(r.BothWays) << r.Layer << r.Color;
+  });
+  Table(out, digits, "DrawSeq", "Kind\tIndex", d.DrawSeq, [](RowWriter& w, const SeqEntry& r) { w << r.Kind << r.Index; });
 }
 
 }  // namespace dxfimport

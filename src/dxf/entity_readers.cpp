@@ -22,14 +22,10 @@ double DXFReader::RelY(double y) const { return y - drawing_.Blocks[currentBlock
 
 bool DXFReader::DXFLine() {
   LoadEntity();
-  return StoreLine();
-}
-
-bool DXFReader::StoreLine() {
   LineEntity line;
-  line.Layer = EntityLayer();
-  line.Color = EntityColorValue();
-  line.LineType = EntityLineType();
+  line.Layer = drawing_.LayerIndex(GroupValues[8]);
+  line.Color = ColorMap(Int16(62));
+  line.LineType = LineTypeMap(GroupValues[6]);
   line.X1 = Sng(10);
   line.Y1 = Sng(20);
   line.X2 = Sng(11);
@@ -41,21 +37,16 @@ bool DXFReader::StoreLine() {
 
 bool DXFReader::DXFCircle() {
   LoadEntity();
-  return StoreCircle();
-}
-
-bool DXFReader::StoreCircle() {
   ArcEntity arc;
-  arc.LineType = EntityLineType();
-  arc.Layer = EntityLayer();
-  arc.Color = EntityColorValue();
+  arc.LineType = LineTypeMap(GroupValues[6]);
+  arc.Layer = drawing_.LayerIndex(GroupValues[8]);
+  arc.Color = ColorMap(Int16(62));
   arc.CenterX = Sng(10);
   arc.CenterY = Sng(20);
   arc.Radius = Sng(40);
-  arc.StartAngle = Sng(50);
-  arc.EndAngle = Sng(51);
-  UnWindAngle(arc.StartAngle);
-  UnWindAngle(arc.EndAngle);
+  float start = Sng(50), end = Sng(51);
+  arc.StartAngle = UnWindAngle(start);
+  arc.EndAngle = UnWindAngle(end);
   if (!NoExtentsUpdate) {
     double r = arc.Radius;
     drawing_.CheckExtents(arc.CenterX - r, arc.CenterY - r, arc.CenterX + r, arc.CenterY + r);
@@ -66,13 +57,9 @@ bool DXFReader::StoreCircle() {
 
 bool DXFReader::DXFSolid() {
   LoadEntity();
-  return StoreSolid();
-}
-
-bool DXFReader::StoreSolid() {
   SolidEntity solid;
-  solid.Layer = EntityLayer();
-  solid.Color = EntityColorValue();
+  solid.Layer = drawing_.LayerIndex(GroupValues[8]);
+  solid.Color = ColorMap(Int16(62));
   solid.X1 = Sng(10), solid.Y1 = Sng(20);
   solid.X2 = Sng(11), solid.Y2 = Sng(21);
   solid.X3 = Sng(12), solid.Y3 = Sng(22);
@@ -88,14 +75,10 @@ bool DXFReader::StoreSolid() {
 // groups are not read.
 bool DXFReader::DXF3DFace() {
   LoadEntity();
-  return Store3DFace();
-}
-
-bool DXFReader::Store3DFace() {
   LineEntity edge;
-  edge.Layer = EntityLayer();
-  edge.Color = EntityColorValue();
-  edge.LineType = EntityLineType();
+  edge.Layer = drawing_.LayerIndex(GroupValues[8]);
+  edge.Color = ColorMap(Int16(62));
+  edge.LineType = LineTypeMap(GroupValues[6]);
   const PointF corners[4] = {{Sng(10), Sng(20)}, {Sng(11), Sng(21)}, {Sng(12), Sng(22)}, {Sng(13), Sng(23)}};
   if (!NoExtentsUpdate) {
     drawing_.CheckExtents(corners[0].x, corners[0].y, corners[1].x, corners[1].y);
@@ -140,12 +123,8 @@ TextEntity DXFReader::ReadTextFields() {
 
 bool DXFReader::DXFText() {
   LoadEntity();
-  return StoreText();
-}
-
-bool DXFReader::StoreText() {
-  int32_t layer = EntityLayer();
-  int32_t color = EntityColorValue();
+  int32_t layer = drawing_.LayerIndex(GroupValues[8]);
+  int32_t color = ColorMap(Int16(62));
   TextEntity text = ReadTextFields();
   text.Layer = layer;
   text.Color = color;
@@ -157,14 +136,9 @@ bool DXFReader::StoreText() {
 // Attributes take the layer of the INSERT they follow.
 bool DXFReader::DXFAttrib() {
   LoadEntity();
-  return StoreAttrib();
-}
-
-bool DXFReader::StoreAttrib() {
-  // Legacy: only attributes without flags. Modern: every attribute that is not invisible.
-  int32_t flags = Long(70);
-  if (profile_ == ReadingProfile::Legacy ? flags != 0 : (flags & 1) != 0) return true;
-  int32_t color = EntityColorValue();
+  // Only attributes without flags are kept.
+  if (Long(70) != 0) return true;
+  int32_t color = ColorMap(Int16(62));
   AttribEntity attrib;
   attrib.Block = drawing_.BlockCount();
   attrib.Text = ReadTextFields();

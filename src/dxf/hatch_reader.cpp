@@ -1,10 +1,11 @@
-// HATCH (modern profile): a solid fill becomes a filled polygon of its boundary loops; a
-// pattern fill is drawn as its boundary.
+// HATCH (modern profile): the boundary loops as polygons in object coordinates, filled
+// solid or with the hatch's pattern lines (already scaled and turned in the file).
 #include <algorithm>
 #include <cmath>
 
 #include "dxf/curves.h"
-#include "dxf/reader.h"
+#include "dxf/modern_reader.h"
+#include "dxf/placement.h"
 #include "support/numbers.h"
 
 namespace dxfimport {
@@ -42,19 +43,19 @@ constexpr int kMaxCount = 1 << 20;
 
 // A value as a whole number within [lo, hi]; anything outside (or not a number) is held
 // at the nearer bound.
-int Whole(double value, int lo, int hi) {
+int Bounded(double value, int lo, int hi) {
   if (!(value >= lo)) return lo;
   if (!(value <= hi)) return hi;
   return int(value);
 }
 
-int Count(PairCursor& c, int code) { return Whole(c.Get(code), 0, kMaxCount); }
+int Count(PairCursor& c, int code) { return Bounded(c.Get(code), 0, kMaxCount); }
 
-PointF Point(PairCursor& c, int xCode) { return {CSng(c.Get(xCode)), CSng(c.Get(xCode + 10))}; }
+PointD Point(PairCursor& c, int xCode) { return {c.Get(xCode), c.Get(xCode + 10)}; }
 
 // The points of an arc from `a0` to `a1` degrees about a centre, counter-clockwise unless
 // `clockwise`.
-void AppendArc(std::vector<PointF>& out, PointF centre, double radius, double a0, double a1, bool clockwise,
+void AppendArc(std::vector<PointD>& out, PointD centre, double radius, double a0, double a1, bool clockwise,
                double tolerance) {
   double sweep = clockwise ? a0 - a1 : a1 - a0;
   sweep = std::fmod(std::fmod(sweep, 360.0) + 360.0, 360.0);
@@ -62,18 +63,18 @@ void AppendArc(std::vector<PointF>& out, PointF centre, double radius, double a0
   int chords = ChordCount(radius, sweep * M_PI / 180.0, tolerance);
   for (int i = 0; i <= chords; ++i) {
     double a = (a0 + (clockwise ? -sweep : sweep) * i / chords) * M_PI / 180.0;
-    out.push_back({CSng(centre.x + radius * std::cos(a)), CSng(centre.y + radius * std::sin(a))});
+    out.push_back({centre.x + radius * std::cos(a), centre.y + radius * std::sin(a)});
   }
 }
 
 // A polyline boundary: vertices 10/20 with bulges 42 when 72 says so.
-void ReadPolylinePath(PairCursor& c, std::vector<PointF>& loop, double tolerance) {
+void ReadPolylinePath(PairCursor& c, std::vector<PointD>& loop, double tolerance) {
   const bool bulges = c.Get(72) != 0;
   c.Get(73);
   const int vertices = Count(c, 93);
-  std::vector<std::pair<PointF, double>> v;
+  std::vector<std::pair<PointD, double>> v;
   for (int i = 0; i < vertices; ++i) {
-    PointF p = Point(c, 10);
+    PointD p = Point(c, 10);
     double bulge = 0;
     if (bulges) c.Next(42, bulge, 2);
     v.emplace_back(p, bulge);
@@ -82,30 +83,26 @@ void ReadPolylinePath(PairCursor& c, std::vector<PointF>& loop, double tolerance
     const auto& [p, bulge] = v[i];
     loop.push_back(p);
     if (bulge == 0) continue;
-    const PointF q = v[(i + 1) % v.size()].first;
-    double dx = double(q.x) - p.x, dy = double(q.y) - p.y, d = std::hypot(dx, dy);
-    if (d == 0) continue;
-    double k = (1 - bulge * bulge) / (4 * bulge);
-    PointF centre{CSng(p.x + dx / 2 - dy * k), CSng(p.y + dy / 2 + dx * k)};
-    double radius = d * (1 + bulge * bulge) / (4 * std::abs(bulge));
-    double a0 = std::atan2(p.y - centre.y, p.x - centre.x) * 180 / M_PI;
-    double a1 = std::atan2(q.y - centre.y, q.x - centre.x) * 180 / M_PI;
-    AppendArc(loop, centre, radius, a0, a1, bulge < 0, tolerance);
+    const PointD q = v[(i + 1) % v.size()].first;
+    BulgeArc arc;
+    if (!ArcOfBulge(p, q, bulge, arc)) continue;
+    const double a0 = bulge > 0 ? arc.startDegrees : arc.endDegrees, a1 = bulge > 0 ? arc.endDegrees : arc.startDegrees;
+    AppendArc(loop, arc.centre, arc.radius, a0, a1, bulge < 0, tolerance);
   }
 }
 
 // An edge boundary: lines, circular and elliptic arcs and splines.
-void ReadEdgePath(PairCursor& c, std::vector<PointF>& loop, double tolerance) {
+void ReadEdgePath(PairCursor& c, std::vector<PointD>& loop, double tolerance) {
   const int edges = Count(c, 93);
   for (int e = 0; e < edges; ++e) {
-    switch (Whole(c.Get(72), 0, 5)) {
+    switch (Bounded(c.Get(72), 0, 5)) {
       case 1: {
         loop.push_back(Point(c, 10));
         loop.push_back(Point(c, 11));
         break;
       }
       case 2: {
-        PointF centre = Point(c, 10);
+        PointD centre = Point(c, 10);
         double radius = c.Get(40), a0 = c.Get(50), a1 = c.Get(51);
         bool ccw = c.Get(73, 1) != 0;
         if (!ccw) a0 = -a0, a1 = -a1;
@@ -113,17 +110,17 @@ void ReadEdgePath(PairCursor& c, std::vector<PointF>& loop, double tolerance) {
         break;
       }
       case 3: {
-        PointF centre = Point(c, 10), major = Point(c, 11);
+        PointD centre = Point(c, 10), major = Point(c, 11);
         double ratio = c.Get(40), a0 = c.Get(50) * M_PI / 180, a1 = c.Get(51) * M_PI / 180;
         bool ccw = c.Get(73, 1) != 0;
         if (!ccw) std::swap(a0, a1), a0 = 2 * M_PI - a0, a1 = 2 * M_PI - a1;
-        std::vector<PointF> arc = FlattenEllipse(centre, major, ratio, a0, a1, !ccw, tolerance);
+        std::vector<PointD> arc = FlattenEllipse(centre, major, ratio, a0, a1, !ccw, tolerance);
         loop.insert(loop.end(), arc.begin(), arc.end());
         break;
       }
       case 4: {
         SplineData s;
-        s.degree = Whole(c.Get(94, 3), 1, 11);
+        s.degree = Bounded(c.Get(94, 3), 1, 11);
         const bool rational = c.Get(73) != 0;
         c.Get(74);
         const int knots = Count(c, 95), points = Count(c, 96);
@@ -134,7 +131,7 @@ void ReadEdgePath(PairCursor& c, std::vector<PointF>& loop, double tolerance) {
           if (rational) c.Next(42, w, 2);
           s.weights.push_back(w);
         }
-        std::vector<PointF> curve = FlattenSpline(s, tolerance);
+        std::vector<PointD> curve = FlattenSpline(s, tolerance);
         loop.insert(loop.end(), curve.begin(), curve.end());
         break;
       }
@@ -144,36 +141,55 @@ void ReadEdgePath(PairCursor& c, std::vector<PointF>& loop, double tolerance) {
   }
 }
 
+// The pattern definition lines that follow the boundary: angle 53, base point 43/44,
+// offset 45/46 and dashes 49, for each of 78 lines.
+std::vector<PatternLine> ReadPattern(PairCursor& c, std::size_t end) {
+  std::vector<PatternLine> pattern;
+  double count = 0;
+  if (!c.Next(78, count, end)) return pattern;
+  const int lines = Bounded(count, 0, 1024);
+  for (int i = 0; i < lines; ++i) {
+    PatternLine line;
+    const double angle = Radians(c.Get(53));
+    line.Direction = {std::cos(angle), std::sin(angle)};
+    line.Base = {c.Get(43), c.Get(44)};
+    line.Offset = {c.Get(45), c.Get(46)};
+    const int dashes = Bounded(c.Get(79), 0, 1024);
+    for (int d = 0; d < dashes; ++d) line.Dashes.push_back(c.Get(49));
+    pattern.push_back(std::move(line));
+  }
+  return pattern;
+}
+
 }  // namespace
 
-bool DXFReader::ModernHatch() {
+bool ModernReader::DXFHatch() {
   HatchEntity hatch;
-  hatch.Layer = EntityLayer();
-  hatch.Color = EntityColorValue();
-  const bool solid = Long(70) == 1 || Has(450);
+  const Style style = ReadStyle();
+  hatch.Layer = style.Layer;
+  hatch.Color = style.Color;
+  const bool solid = Whole(70, 0, 0, 1) == 1 || Whole(450, 0, 0, 1) == 1;
+  hatch.Filling = solid ? HatchEntity::Fill::Solid : HatchEntity::Fill::Pattern;
   std::size_t start = 0;
   while (start < pairs_.size() && pairs_[start].first != 91) ++start;
   PairCursor c(pairs_, start);
   const int paths = Count(c, 91);
-  double tolerance = CurveTolerance(0);
+  const double tolerance = CurveTolerance(0);
   for (int p = 0; p < paths; ++p) {
     double flags = 0;
     if (!c.Next(92, flags, pairs_.size())) break;
-    std::vector<PointF> loop;
-    if (Whole(flags, 0, 1 << 30) & 2) ReadPolylinePath(c, loop, tolerance);
+    std::vector<PointD> loop;
+    if (Bounded(flags, 0, 1 << 30) & 2) ReadPolylinePath(c, loop, tolerance);
     else ReadEdgePath(c, loop, tolerance);
-    int sources = Count(c, 97);
+    const int sources = Count(c, 97);
     for (int i = 0; i < sources; ++i) c.Get(330);
     if (loop.size() < 2) continue;
-    if (solid) {
-      hatch.LoopStarts.push_back(int32_t(hatch.Points.size()));
-      hatch.Points.insert(hatch.Points.end(), loop.begin(), loop.end());
-    } else {
-      loop.push_back(loop.front());
-      EmitCurve(loop);
-    }
+    hatch.LoopStarts.push_back(int32_t(hatch.Points.size()));
+    hatch.Points.insert(hatch.Points.end(), loop.begin(), loop.end());
   }
-  if (solid && !hatch.Points.empty()) Store(std::move(hatch));
+  if (!solid) hatch.Pattern = ReadPattern(c, pairs_.size());
+  if (hatch.Points.empty() || (!solid && hatch.Pattern.empty())) return true;
+  Emit(Placed(hatch, Placement(Num(30))));
   return true;
 }
 

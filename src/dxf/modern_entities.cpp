@@ -1,12 +1,13 @@
-// Entities that only the modern profile reads: MTEXT, ELLIPSE, SPLINE and LEADER. Curves
-// are stored as polyline segments through points close enough to be exact at the
-// extents view.
+// Entities of the modern profile. Each reads its groups from the record, applies its
+// object coordinate system (210/220/230 with the arbitrary axis rule) where it has one,
+// and stores its rows in world coordinates (or the open block's).
 #include <algorithm>
 #include <cmath>
 
 #include "dxf/curves.h"
+#include "dxf/modern_reader.h"
 #include "dxf/mtext.h"
-#include "dxf/reader.h"
+#include "dxf/placement.h"
 #include "dxf/style_maps.h"
 #include "dxf/text_codes.h"
 #include "support/numbers.h"
@@ -15,105 +16,263 @@
 namespace dxfimport {
 namespace {
 
-double Size(const std::vector<PointF>& points) {
-  if (points.empty()) return 0;
-  float minX = points[0].x, maxX = minX, minY = points[0].y, maxY = minY;
-  for (const PointF& p : points) {
-    minX = std::min(minX, p.x), maxX = std::max(maxX, p.x);
-    minY = std::min(minY, p.y), maxY = std::max(maxY, p.y);
-  }
-  return std::max(double(maxX) - minX, double(maxY) - minY);
+double Size(const std::vector<PointD>& points) {
+  Box box;
+  for (const PointD& p : points) box.Add(p);
+  return box.Empty() ? 0 : std::max(box.maxX - box.minX, box.maxY - box.minY);
 }
 
 }  // namespace
 
-// The points as one open polyline in the entity's layer and colour.
-void DXFReader::EmitCurve(const std::vector<PointF>& points) {
-  BeginPolyline(0, 0);
-  for (const PointF& p : points) AddVertex(p.x, p.y, 0, 0);
+// The points as one polyline in the entity's style (closed: back to the first point).
+void ModernReader::EmitCurve(const std::vector<PointD>& points, const Style& style, bool closed) {
+  std::vector<PathVertex> vertices;
+  vertices.reserve(points.size());
+  for (const PointD& p : points) vertices.push_back({p});
+  EmitPolylinePath(vertices, closed, style, Affine());
 }
 
-// One text row per line, placed by the attachment point (71: rows top, middle, bottom;
-// columns left, centre, right), turned by the direction 11/21 (or the rotation 50) and
-// spaced 5/3 of the height times the line spacing factor 44.
-bool DXFReader::ModernMText() {
-  std::string bytes;
-  for (const auto& [code, value] : pairs_)
-    if ((code == 1 || code == 3) && bytes.size() < kMaxTextBytes) bytes.append(value.substr(0, kMaxTextBytes));
-  const std::vector<std::string> lines = MTextLines(decoder_.Decode(bytes));
-  const int attachment = std::clamp<int32_t>(Long(71), 1, 9) - 1;
-  const double height = Num(40);
-  const double spacing = height * 5.0 / 3.0 * (Has(44) ? Num(44) : 1.0);
-  double degrees = Num(50);
-  if (Num(11) != 0 || Num(21) != 0) degrees = std::atan2(Num(21), Num(11)) * 180.0 / M_PI;
-  const double turn = degrees * M_PI / 180.0;
-  const int n = int(lines.size());
-  const double block = height + (n - 1) * spacing;
-  const double firstBaseline = attachment / 3 == 0 ? -height : attachment / 3 == 1 ? block / 2 - height : (n - 1) * spacing;
+// LINE: world points 10/20 and 11/21.
+bool ModernReader::DXFLine() {
+  const Style s = ReadStyle();
+  LineEntity line{Num(10), Num(20), Num(11), Num(21), s.Layer, s.Color, s.LineType, s.LineWeight};
+  Emit(Placed(line, toBlock_));
+  return true;
+}
 
-  TextEntity text;
-  text.Layer = EntityLayer();
-  text.Color = EntityColorValue();
-  text.Height = CSng(height);
-  text.Rotation = CSng(degrees);
-  text.HorzJustify = attachment % 3;
-  FontChoice font = FontNameMap(Text(7));
-  text.FontName = std::string(font.Face);
-  text.FontFactor = font.Factor;
-  const double x0 = Num(10), y0 = Num(20);
-  for (int i = 0; i < n; ++i) {
-    std::string_view line = TrimRight(lines[std::size_t(i)]);
-    if (line.empty()) continue;
-    double localY = firstBaseline - i * spacing;
-    text.X = CSng(x0 - localY * std::sin(turn));
-    text.Y = CSng(y0 + localY * std::cos(turn));
-    text.Text = std::string(TrimRight(CutChars(ReplaceQuote(line), 100)));
-    Store(text);
+// CIRCLE and ARC: centre 10/20 at elevation 30 in object coordinates, radius 40, angles
+// 50/51 (a circle has none).
+bool ModernReader::DXFCircle() {
+  const Style s = ReadStyle();
+  ArcEntity arc{Num(10), Num(20), std::abs(Num(40)), Num(50), Num(51), s.Layer, s.Color, s.LineType, s.LineWeight};
+  if (!Has(50) && !Has(51)) arc.StartAngle = arc.EndAngle = 0;
+  PlaceInto(arc, Placement(Num(30)), [this](const auto& row) { Emit(row); });
+  return true;
+}
+
+// SOLID and TRACE: corners 10, 11, 12, 13 in object coordinates (13 missing: a
+// triangle).
+bool ModernReader::DXFSolid() {
+  const Style s = ReadStyle();
+  const PointD c1 = Point(10), c2 = Point(11), c3 = Point(12), c4 = Has(13) ? Point(13) : c3;
+  SolidEntity solid{c1.x, c1.y, c2.x, c2.y, c4.x, c4.y, c3.x, c3.y, s.Layer, s.Color};
+  Emit(Placed(solid, Placement(Num(30))));
+  return true;
+}
+
+// 3DFACE: its visible edges (70 bits 0..3 hide edges 1..4), corners in world
+// coordinates.
+bool ModernReader::DXF3DFace() {
+  const Style s = ReadStyle();
+  const PointD c[4] = {Point(10), Point(11), Point(12), Has(13) ? Point(13) : Point(12)};
+  const int32_t hidden = Whole(70, 0, 0, 15);
+  for (int i = 0; i < 4; ++i) {
+    const PointD from = c[i], to = c[(i + 1) % 4];
+    if ((hidden >> i) & 1 || (i == 2 && from == to)) continue;
+    Emit(Placed(LineEntity{from.x, from.y, to.x, to.y, s.Layer, s.Color, s.LineType, s.LineWeight}, toBlock_));
   }
   return true;
 }
 
-// ELLIPSE: centre 10/20, major axis 11/21, ratio 40, parameters 41/42; an extrusion along
-// -Z (230 < 0) runs it clockwise.
-bool DXFReader::ModernEllipse() {
-  const PointF centre{Sng(10), Sng(20)}, major{Sng(11), Sng(21)};
-  const double start = Has(41) ? Num(41) : 0, end = Has(42) ? Num(42) : 2 * M_PI;
-  const bool clockwise = Val(Last(230)) < 0;
-  const double size = 2 * std::hypot(double(major.x), double(major.y));
-  EmitCurve(FlattenEllipse(centre, major, Num(40), start, end, clockwise, CurveTolerance(size)));
+TextEntity ModernReader::PlainText(const std::string& text, double height, const Style& style) const {
+  TextEntity t;
+  t.Text = std::string(TrimRight(CutChars(text, 100)));
+  t.Height = height;
+  t.Layer = style.Layer;
+  t.Color = style.Color;
+  t.FontName = "Arial";
+  t.FontFactor = kCapHeightFactor;
+  return t;
+}
+
+// TEXT and ATTRIB: the point 10/20 (11/21 when justified other than left on the
+// baseline), in object coordinates, with height 40, rotation 50 and the vertical
+// justification in `verticalCode` (73 for TEXT, 74 for ATTRIB).
+TextEntity ModernReader::ReadTextFields(const Style& style, int verticalCode) {
+  ControlCodeResult coded = ApplyControlCodes(Text(1));
+  TextEntity text = PlainText(coded.Text, Num(40), style);
+  text.Underline = coded.Underline ? -1 : 0;
+  text.HorzJustify = Whole(72, 0, 0, 5);
+  text.VertJustify = Whole(verticalCode, 0, 0, 3);
+  const bool atAlignment = (text.HorzJustify != 0 || text.VertJustify != 0) && Has(11);
+  const PointD at = atAlignment ? Point(11) : Point(10);
+  text.X = at.x, text.Y = at.y;
+  text.Rotation = Num(50);
+  if ((text.HorzJustify == 3 || text.HorzJustify == 5) && Has(11)) {
+    // Aligned and fitted texts run from 10 to 11.
+    const PointD from = Point(10), to = Point(11);
+    text.X = from.x, text.Y = from.y;
+    text.Rotation = Degrees(std::atan2(to.y - from.y, to.x - from.x));
+    text.HorzJustify = 0;
+  }
+  return Placed(text, Placement(Num(30)));
+}
+
+bool ModernReader::DXFText() {
+  Emit(ReadTextFields(ReadStyle(), 73));
+  return true;
+}
+
+// ATTRIB: an attribute that is not invisible (70 bit 0), in its own layer.
+bool ModernReader::DXFAttrib() {
+  if (Whole(70, 0, 0, 255) & 1) return true;
+  AttribEntity attrib;
+  attrib.Block = drawing_.BlockCount();
+  attrib.Text = ReadTextFields(ReadStyle(), 74);
+  Emit(attrib);
+  return true;
+}
+
+// MTEXT: one text row per line, placed by the attachment point (71: rows top, middle,
+// bottom; columns left, centre, right), turned by the direction 11/21 (or the rotation
+// 50) and spaced 5/3 of the height times the line spacing factor 44.
+bool ModernReader::DXFMText() {
+  const Style style = ReadStyle();
+  std::string bytes;
+  for (const auto& [code, value] : pairs_)
+    if ((code == 1 || code == 3) && bytes.size() < DXFReader::kMaxTextBytes)
+      bytes.append(value.substr(0, DXFReader::kMaxTextBytes));
+  const std::vector<std::string> lines = MTextLines(r_.decoder_.Decode(bytes));
+  const int attachment = Whole(71, 1, 1, 9) - 1;
+  const double height = Num(40);
+  const double spacing = height * 5.0 / 3.0 * Num(44, 1);
+  // The point and the direction are in world coordinates; without a direction the
+  // rotation is measured in object coordinates.
+  double degrees = Num(50);
+  if (Has(11) || Has(21)) degrees = toBlock_.MapAngle(Degrees(std::atan2(Num(21), Num(11))));
+  else degrees = Placement().MapAngle(degrees);
+  const PointD at = toBlock_.Apply(Point(10));
+  const double turn = Radians(degrees);
+  const int n = int(lines.size());
+  const double block = height + (n - 1) * spacing;
+  const double firstBaseline = attachment / 3 == 0 ? -height : attachment / 3 == 1 ? block / 2 - height : (n - 1) * spacing;
+  TextEntity text = PlainText("", height, style);
+  text.Rotation = degrees;
+  text.HorzJustify = attachment % 3;
+  for (int i = 0; i < n; ++i) {
+    std::string_view line = TrimRight(lines[std::size_t(i)]);
+    if (line.empty()) continue;
+    const double localY = firstBaseline - i * spacing;
+    text.X = at.x - localY * std::sin(turn);
+    text.Y = at.y + localY * std::cos(turn);
+    text.Text = std::string(TrimRight(CutChars(line, 100)));
+    Emit(text);
+  }
+  return true;
+}
+
+// ELLIPSE: centre 10/20 and major axis 11/21/31 in world coordinates, minor to major
+// ratio 40, parameters 41/42; the minor axis is the extrusion crossed with the major.
+bool ModernReader::DXFEllipse() {
+  const Style s = ReadStyle();
+  Vec3 n = Extrusion();
+  const double length = std::sqrt(n.x * n.x + n.y * n.y + n.z * n.z);
+  if (!(length > 1e-12)) n = {0, 0, 1};
+  else n = {n.x / length, n.y / length, n.z / length};
+  const Vec3 u{Num(11), Num(21), Num(31)};
+  const double ratio = Num(40, 1);
+  const PointD v{ratio * (n.y * u.z - n.z * u.y), ratio * (n.z * u.x - n.x * u.z)};
+  EllipseEntity e;
+  e.CenterX = Num(10), e.CenterY = Num(20);
+  e.UX = u.x, e.UY = u.y, e.VX = v.x, e.VY = v.y;
+  e.Start = Num(41, 0), e.End = Num(42, 2 * M_PI);
+  if (std::abs(e.End - e.Start) >= 2 * M_PI - 1e-12) e.Start = 0, e.End = 2 * M_PI;
+  while (e.End <= e.Start) e.End += 2 * M_PI;
+  e.Layer = s.Layer, e.Color = s.Color, e.LineType = s.LineType, e.LineWeight = s.LineWeight;
+  Emit(Placed(e, toBlock_));
   return true;
 }
 
 // SPLINE: degree 71, flags 70 (closed 1, periodic 2), knots 40, control points 10/20 with
-// weights 41, fit points 11/21.
-bool DXFReader::ModernSpline() {
+// weights 41, fit points 11/21; world coordinates.
+bool ModernReader::DXFSpline() {
+  const Style s = ReadStyle();
   SplineData spline;
-  spline.degree = std::clamp<int32_t>(Long(71), 1, 11);
-  spline.closed = (Long(70) & 3) != 0;
+  spline.degree = Whole(71, 3, 1, 11);
+  spline.closed = (Whole(70, 0, 0, 1 << 20) & 3) != 0;
   for (const auto& [code, value] : pairs_) {
     switch (code) {
       case 40: spline.knots.push_back(Val(value)); break;
       case 41: spline.weights.push_back(Val(value)); break;
-      case 10: spline.controlPoints.push_back({CSng(Val(value)), 0}); break;
-      case 20: if (!spline.controlPoints.empty()) spline.controlPoints.back().y = CSng(Val(value)); break;
-      case 11: spline.fitPoints.push_back({CSng(Val(value)), 0}); break;
-      case 21: if (!spline.fitPoints.empty()) spline.fitPoints.back().y = CSng(Val(value)); break;
+      case 10: spline.controlPoints.push_back({Val(value), 0}); break;
+      case 20: if (!spline.controlPoints.empty()) spline.controlPoints.back().y = Val(value); break;
+      case 11: spline.fitPoints.push_back({Val(value), 0}); break;
+      case 21: if (!spline.fitPoints.empty()) spline.fitPoints.back().y = Val(value); break;
       default: break;
     }
   }
-  double size = Size(spline.controlPoints.empty() ? spline.fitPoints : spline.controlPoints);
-  EmitCurve(FlattenSpline(spline, CurveTolerance(size)));
+  const double size = Size(spline.controlPoints.empty() ? spline.fitPoints : spline.controlPoints);
+  std::vector<PointD> points = FlattenSpline(spline, CurveTolerance(size));
+  for (PointD& p : points) p = toBlock_.Apply(p);
+  EmitCurve(points, s);
   return true;
 }
 
-// LEADER: its vertices 10/20 as segments; the arrowhead is not drawn.
-bool DXFReader::ModernLeader() {
-  std::vector<PointF> points;
+// LEADER: its vertices 10/20 as segments, with a filled arrowhead at the first vertex
+// when 71 says so (its size from the dimension style 3).
+bool ModernReader::DXFLeader() {
+  const Style s = ReadStyle();
+  std::vector<PointD> points;
   for (const auto& [code, value] : pairs_) {
-    if (code == 10) points.push_back({CSng(Val(value)), 0});
-    else if (code == 20 && !points.empty()) points.back().y = CSng(Val(value));
+    if (code == 10) points.push_back({Val(value), 0});
+    else if (code == 20 && !points.empty()) points.back().y = Val(value);
   }
-  EmitCurve(points);
+  for (PointD& p : points) p = toBlock_.Apply(p);
+  EmitCurve(points, s);
+  if (Whole(71, 1, 0, 1) && points.size() >= 2) {
+    const DimStyle dim = DimStyleOf(std::string(Trim(Text(3))));
+    const double size = dim.arrowSize * dim.scale;
+    const PointD tip = points[0], d = points[0] - points[1];
+    const double l = Length(d);
+    if (l > size && size > 0) {
+      const PointD u = d * (1 / l), side{-u.y * size / 6, u.x * size / 6}, back = tip - u * size;
+      const PointD b1 = back + side, b2 = back - side;
+      Emit(SolidEntity{tip.x, tip.y, b1.x, b1.y, b2.x, b2.y, b2.x, b2.y, s.Layer, s.Color});
+    }
+  }
+  return true;
+}
+
+// POINT: 10/20 in world coordinates, drawn in the drawing's point style.
+bool ModernReader::DXFPoint() {
+  const Style s = ReadStyle();
+  Emit(Placed(dxfimport::PointEntity{Num(10), Num(20), s.Layer, s.Color}, toBlock_));
+  return true;
+}
+
+// RAY and XLINE: base 10/20, direction 11/21 (world coordinates).
+bool ModernReader::DXFRay() {
+  const Style s = ReadStyle();
+  RayEntity ray{Num(10), Num(20), Num(11), Num(21), name_ == "XLINE", s.Layer, s.Color, s.LineType, s.LineWeight};
+  if (ray.DX == 0 && ray.DY == 0) return true;
+  Emit(Placed(ray, toBlock_));
+  return true;
+}
+
+// WIPEOUT: its clip boundary (14/24, in image pixels from the top left; two points are a
+// rectangle) filled with the background colour. The image's corner is 10/20, one
+// pixel's extent 11/21 and 12/22.
+bool ModernReader::DXFWipeout() {
+  const Style s = ReadStyle();
+  const PointD origin = Point(10), u = Point(11), v = Point(12);
+  const double height = Num(23, 1);
+  std::vector<PointD> boundary;
+  for (const auto& [code, value] : pairs_) {
+    if (code == 14) boundary.push_back({Val(value), 0});
+    else if (code == 24 && !boundary.empty()) boundary.back().y = Val(value);
+  }
+  if (boundary.size() == 2) {
+    const PointD a = boundary[0], b = boundary[1];
+    boundary = {a, {b.x, a.y}, b, {a.x, b.y}};
+  }
+  if (boundary.size() < 3) return true;
+  HatchEntity hatch;
+  hatch.Filling = HatchEntity::Fill::Background;
+  hatch.Layer = s.Layer, hatch.Color = s.Color;
+  hatch.LoopStarts.push_back(0);
+  const PointD corner = origin + u * 0.5 - v * 0.5;
+  for (const PointD& p : boundary) hatch.Points.push_back(corner + u * p.x + v * (height - p.y));
+  Emit(Placed(hatch, toBlock_));
   return true;
 }
 

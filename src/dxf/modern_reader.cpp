@@ -1,91 +1,98 @@
-// The modern reading profile: a structural reader of (group code, value) pairs. Only the
-// value after a group code 0 names an entity or a table entry; header variables follow a
-// group code 9; codes above 80, comments and extended data are passed over. Entities are
-// stored by the same store functions as in the legacy profile.
+// The modern reading profile's driver: pairs, sections, header variables, table entries
+// and the dispatch of entities to their readers.
+#include "dxf/modern_reader.h"
+
 #include <algorithm>
 #include <cmath>
-#include <new>
 
+#include "dxf/colors.h"
+#include "dxf/extents.h"
 #include "dxf/group_codes.h"
-#include "dxf/reader.h"
 #include "dxf/style_maps.h"
 #include "support/log.h"
-#include "support/messages.h"
+#include "support/numbers.h"
+#include "support/text_decode.h"
 
 namespace dxfimport {
 namespace {
 
-enum Sections : int { kInTables = 1, kInEntities = 2 };
-
-// Header extents are taken when both are there, in order and of a sane size.
-bool SaneExtents(const Drawing& d) {
-  auto sane = [](float v) { return std::isfinite(v) && std::abs(v) <= 1e15f; };
-  return sane(d.ExtMinX) && sane(d.ExtMinY) && sane(d.ExtMaxX) && sane(d.ExtMaxY) && d.ExtMinX <= d.ExtMaxX &&
-         d.ExtMinY <= d.ExtMaxY;
-}
+enum Sections : int { kInTables = 1, kInEntities = 2, kInObjects = 4 };
 
 }  // namespace
 
-struct DXFReader::ModernKind {
+struct ModernReader::Kind {
   std::string_view name;
   const char* procedure;
-  ReaderFn handler;
+  Handler handler;
   int sections;
 };
 
-const DXFReader::ModernKind* DXFReader::FindModernKind(std::string_view name) {
-  static const ModernKind kKinds[] = {
-      {"LAYER", "DXFLayers", &DXFReader::ModernLayer, kInTables},
-      {"LTYPE", "DXFLineTypes", &DXFReader::ModernLineType, kInTables},
-      {"BLOCK", "DXFBlock", &DXFReader::StoreBlock, kInEntities},
-      {"ENDBLK", "LoadDXF", &DXFReader::EndBlock, kInEntities},
-      {"LINE", "DXFLine", &DXFReader::StoreLine, kInEntities},
-      {"CIRCLE", "DXFCircle", &DXFReader::StoreCircle, kInEntities},
-      {"ARC", "DXFCircle", &DXFReader::StoreCircle, kInEntities},
-      {"SOLID", "DXFSolid", &DXFReader::StoreSolid, kInEntities},
-      {"TRACE", "DXFSolid", &DXFReader::StoreSolid, kInEntities},
-      {"3DFACE", "DXF3DFace", &DXFReader::Store3DFace, kInEntities},
-      {"TEXT", "DXFText", &DXFReader::StoreText, kInEntities},
-      {"ATTRIB", "DXFAttrib", &DXFReader::StoreAttrib, kInEntities},
-      {"INSERT", "DXFInsert", &DXFReader::ModernInsert, kInEntities},
-      {"DIMENSION", "DXFDimension", &DXFReader::StoreDimension, kInEntities},
-      {"POLYLINE", "DXFPoly", &DXFReader::ModernPolyline, kInEntities},
-      {"VERTEX", "DXFPoly", &DXFReader::ModernVertex, kInEntities},
-      {"SEQEND", "DXFPoly", &DXFReader::ModernSeqEnd, kInEntities},
-      {"LWPOLYLINE", "DXFLwPolyline", &DXFReader::ModernLwPolyline, kInEntities},
-      {"MTEXT", "DXFMText", &DXFReader::ModernMText, kInEntities},
-      {"ELLIPSE", "DXFEllipse", &DXFReader::ModernEllipse, kInEntities},
-      {"SPLINE", "DXFSpline", &DXFReader::ModernSpline, kInEntities},
-      {"LEADER", "DXFLeader", &DXFReader::ModernLeader, kInEntities},
-      {"HATCH", "DXFHatch", &DXFReader::ModernHatch, kInEntities},
+// Entity and table-entry names, each with its reader and where it is read.
+const ModernReader::Kind* ModernReader::FindKind(std::string_view name) {
+  static const Kind kKinds[] = {
+      {"LAYER", "DXFLayers", &ModernReader::DXFLayers, kInTables},
+      {"LTYPE", "DXFLineTypes", &ModernReader::DXFLineTypes, kInTables},
+      {"DIMSTYLE", "DXFDimStyle", &ModernReader::DXFDimStyle, kInTables},
+      {"BLOCK_RECORD", "DXFBlock", &ModernReader::DXFBlockRecord, kInTables},
+      {"LAYOUT", "DXFLayout", &ModernReader::DXFLayout, kInObjects},
+      {"BLOCK", "DXFBlock", &ModernReader::DXFBlock, kInEntities},
+      {"ENDBLK", "LoadDXF", &ModernReader::DXFEndBlock, kInEntities},
+      {"LINE", "DXFLine", &ModernReader::DXFLine, kInEntities},
+      {"CIRCLE", "DXFCircle", &ModernReader::DXFCircle, kInEntities},
+      {"ARC", "DXFCircle", &ModernReader::DXFCircle, kInEntities},
+      {"SOLID", "DXFSolid", &ModernReader::DXFSolid, kInEntities},
+      {"TRACE", "DXFSolid", &ModernReader::DXFSolid, kInEntities},
+      {"3DFACE", "DXF3DFace", &ModernReader::DXF3DFace, kInEntities},
+      {"TEXT", "DXFText", &ModernReader::DXFText, kInEntities},
+      {"ATTRIB", "DXFAttrib", &ModernReader::DXFAttrib, kInEntities},
+      {"INSERT", "DXFInsert", &ModernReader::DXFInsert, kInEntities},
+      {"DIMENSION", "DXFDimension", &ModernReader::DXFDimension, kInEntities},
+      {"ACAD_TABLE", "DXFTable", &ModernReader::DXFTable, kInEntities},
+      {"POLYLINE", "DXFPoly", &ModernReader::DXFPoly, kInEntities},
+      {"VERTEX", "DXFPoly", &ModernReader::DXFVertex, kInEntities},
+      {"SEQEND", "DXFPoly", &ModernReader::DXFSeqEnd, kInEntities},
+      {"LWPOLYLINE", "DXFLwPolyline", &ModernReader::DXFLwPolyline, kInEntities},
+      {"MTEXT", "DXFMText", &ModernReader::DXFMText, kInEntities},
+      {"ELLIPSE", "DXFEllipse", &ModernReader::DXFEllipse, kInEntities},
+      {"SPLINE", "DXFSpline", &ModernReader::DXFSpline, kInEntities},
+      {"LEADER", "DXFLeader", &ModernReader::DXFLeader, kInEntities},
+      {"HATCH", "DXFHatch", &ModernReader::DXFHatch, kInEntities},
+      {"POINT", "DXFPoint", &ModernReader::DXFPoint, kInEntities},
+      {"RAY", "DXFRay", &ModernReader::DXFRay, kInEntities},
+      {"XLINE", "DXFRay", &ModernReader::DXFRay, kInEntities},
+      {"WIPEOUT", "DXFWipeout", &ModernReader::DXFWipeout, kInEntities},
+      {"VIEWPORT", "DXFViewport", &ModernReader::DXFViewport, kInEntities},
   };
-  for (const ModernKind& k : kKinds)
+  for (const Kind& k : kKinds)
     if (k.name == name) return &k;
   return nullptr;
 }
 
-bool DXFReader::NextPair(int& code, std::string_view& value) {
+ModernReader::ModernReader(DXFReader& owner) : r_(owner), drawing_(owner.drawing_) {}
+
+bool ModernReader::NextPair(int& code, std::string_view& value) {
   if (havePending_) {
     havePending_ = false;
     code = pendingCode_;
     value = pendingValue_;
     return true;
   }
-  if (source_.AtEnd()) return false;
-  std::string_view codeLine = source_.ReadLine();
+  LineSource& source = r_.source_;
+  if (source.AtEnd()) return false;
+  std::string_view codeLine = source.ReadLine();
   int16_t c = 0;
   if (!PlainGroupCode(codeLine, c)) c = GeneralGroupCode(codeLine);
   code = c;
-  value = source_.ReadLine();
+  value = source.ReadLine();
   return true;
 }
 
 // Collects the pairs of one record (up to the next code 0, or code 9 in the header) into
-// pairs_, and the last value of every code from 1 to 80 into GroupValues; an embedded
-// object (from code 101 on) is passed over.
-bool DXFReader::ReadRecord(bool header) {
-  for (std::size_t i = 0; i < setCount_; ++i) GroupValues[setCodes_[i]] = {};
-  setCount_ = 0;
+// pairs_, and the last value of every code below 1000 into last_; an embedded object
+// (from code 101 on) is passed over.
+void ModernReader::ReadRecord(bool header) {
+  for (int16_t code : setCodes_) last_[std::size_t(code)] = {};
+  setCodes_.clear();
   pairs_.clear();
   int code = 0;
   std::string_view value;
@@ -93,38 +100,54 @@ bool DXFReader::ReadRecord(bool header) {
   while (NextPair(code, value)) {
     if (code == 0 || (header && code == 9)) {
       havePending_ = true, pendingCode_ = code, pendingValue_ = value;
-      return true;
+      return;
     }
     embedded = embedded || code == 101;
     if (embedded) continue;
     pairs_.emplace_back(code, value);
-    if (code > 0 && code <= 80) {
-      if (GroupValues[code].data() == nullptr) setCodes_[setCount_++] = uint8_t(code);
-      GroupValues[code] = value.data() ? value : std::string_view("", 0);
+    if (code > 0 && code < 1000) {
+      if (last_[std::size_t(code)].data() == nullptr) setCodes_.push_back(int16_t(code));
+      last_[std::size_t(code)] = value.data() ? value : std::string_view("", 0);
     }
   }
-  return true;
 }
 
-std::string_view DXFReader::Last(int code) const {
-  for (auto it = pairs_.rbegin(); it != pairs_.rend(); ++it)
-    if (it->first == code) return it->second;
-  return {};
+std::string_view ModernReader::Value(int code) const {
+  return code > 0 && code < 1000 ? last_[std::size_t(code)] : std::string_view();
 }
 
-bool DXFReader::Has(int code) const {
-  return std::any_of(pairs_.begin(), pairs_.end(), [code](const auto& p) { return p.first == code; });
+double ModernReader::Num(int code, double fallback) const {
+  std::string_view v = Value(code);
+  if (!v.data()) return fallback;
+  double value = Val(v);
+  return std::isfinite(value) ? value : fallback;
 }
 
-bool DXFReader::ReadModern() {
-  decoder_.SetModern(true);
-  drawing_.BulgesAsArcs = true;
-  NoExtentsUpdate = true;  // extents come from the header or, after the load, the tables
+int32_t ModernReader::Whole(int code, int32_t fallback, int32_t lo, int32_t hi) const {
+  double v = Num(code, fallback);
+  if (!(v >= lo)) return lo;
+  if (!(v <= hi)) return hi;
+  return int32_t(std::lround(v));
+}
+
+std::string ModernReader::Text(int code) const {
+  return r_.decoder_.Decode(Value(code).substr(0, DXFReader::kMaxTextBytes));
+}
+
+Affine ModernReader::PlacementOf(Vec3 extrusion, double elevation) const {
+  return toBlock_ * OcsToWorld(extrusion, elevation);
+}
+
+Affine ModernReader::Placement(double elevation) const { return PlacementOf(Extrusion(), elevation); }
+
+bool ModernReader::Read() {
+  r_.decoder_.SetModern(true);
+  r_.NoExtentsUpdate = true;  // extents come from what the tables hold, after the load
   int code = 0;
   std::string_view value;
   bool goOn = true;
   try {
-    while (goOn && (Pace(source_.Position()), NextPair(code, value))) {
+    while (goOn && (r_.Pace(r_.source_.Position()), NextPair(code, value))) {
       if (code == 9 && section_ == "HEADER") {
         std::string_view name = Trim(value);
         ReadRecord(true);
@@ -134,174 +157,266 @@ bool DXFReader::ReadModern() {
         if (name == "EOF") break;
         // A SECTION record ends at the header's first variable (code 9).
         ReadRecord(name == "SECTION" || section_ == "HEADER");
-        goOn = DispatchModern(name);
+        goOn = Dispatch(name);
       }
     }
   } catch (const RunTimeError& e) {
-    goOn = ReportFailure("LoadDXF", e.number(), e.text());
-    StopAt("LoadDXF");
+    goOn = r_.ReportFailure("LoadDXF", e.number(), e.text());
+    r_.StopAt("LoadDXF");
   }
-  if (!goOn && outcome_.StoppedIn.empty()) StopAt("LoadDXF");
+  if (!goOn && r_.outcome_.StoppedIn.empty()) r_.StopAt("LoadDXF");
   try {
+    if (inPolyline_) FinishPolyline();
+    ChooseLayout();
     // Every drawing has a layer "0", even one written without a layer table.
-    if (drawing_.LayerCount() == 0 && drawing_.SeqCount() > 0) drawing_.AddLayer({"0", 0, -1, 0});
-    FinishModernExtents();
+    if (drawing_.LayerCount() == 0 && drawing_.SeqCount() > 0) drawing_.AddLayer({"0", kForeground, -1, 0});
+    FinishExtents();
   } catch (const RunTimeError& e) {
-    goOn = ReportFailure("LoadDXF", e.number(), e.text());
+    goOn = r_.ReportFailure("LoadDXF", e.number(), e.text());
   }
   return goOn;
 }
 
-bool DXFReader::DispatchModern(std::string_view name) {
-  if (name == "SECTION") return ModernSection();
+bool ModernReader::Dispatch(std::string_view name) {
+  if (name == "SECTION") return Section();
   if (name == "ENDSEC") {
     section_.clear();
     return true;
   }
-  const ModernKind* kind = FindModernKind(name);
+  const Kind* kind = FindKind(name);
   if (!kind) return true;
-  bool inTables = section_ == "TABLES";
-  bool inEntities = section_ == "ENTITIES" || section_ == "BLOCKS";
-  if (!((kind->sections & kInTables) && inTables) && !((kind->sections & kInEntities) && inEntities)) return true;
-  if (inEntities && kind->handler != &DXFReader::StoreBlock && kind->handler != &DXFReader::EndBlock) {
-    // Paper space is not drawn: its entities (67 = 1) and the paper-space blocks.
-    if (skipBlock_ && InBlock) return true;
-    if (!InBlock && Long(67) == 1) {
-      if (kind->handler == &DXFReader::ModernPolyline) inPolyline_ = false;
-      if (kind->handler != &DXFReader::ModernSeqEnd) return true;
-    }
+  const int where = section_ == "TABLES"                             ? kInTables
+                    : section_ == "ENTITIES" || section_ == "BLOCKS" ? kInEntities
+                    : section_ == "OBJECTS"                          ? kInObjects
+                                                                     : 0;
+  if (!(kind->sections & where)) return true;
+  // A polyline ends at its SEQEND, or at the next entity of another kind.
+  if (inPolyline_ && kind->handler != &ModernReader::DXFVertex && kind->handler != &ModernReader::DXFSeqEnd)
+    FinishPolyline();
+  name_ = name;
+  // Paper-space entities of the ENTITIES section (67 = 1) go to the paper-space block.
+  const bool paper = where == kInEntities && output_ == 0 && Whole(67, 0, 0, 1) == 1 &&
+                     kind->handler != &ModernReader::DXFBlock && kind->handler != &ModernReader::DXFEndBlock;
+  if (paper) {
+    output_ = PaperSpaceBlock();
+    const BlockEntry& b = drawing_.Blocks[std::size_t(output_ - 1)];
+    toBlock_ = Affine::Translate(-b.BaseX, -b.BaseY);
   }
-  bool result = Run(kind->procedure, kind->handler);
-  if (!result) StopAt(kind->procedure);
+  bool result = r_.Run(kind->procedure, [this, kind] { return (this->*kind->handler)(); });
+  if (paper) output_ = 0, toBlock_ = {};
+  if (!result) r_.StopAt(kind->procedure);
   return result;
 }
 
-bool DXFReader::ModernSection() {
-  section_ = std::string(Trim(Last(2)));
-  return section_ == "ENTITIES" ? ResolvePendingInserts() : true;
+bool ModernReader::Section() {
+  section_ = std::string(Trim(Value(2)));
+  return true;
 }
 
-void DXFReader::ReadHeaderVariable(std::string_view name) {
+void ModernReader::ReadHeaderVariable(std::string_view name) {
   if (name == "$ACADVER") {
-    decoder_.SetVersion(GroupValues[1]);
+    r_.decoder_.SetVersion(Value(1));
   } else if (name == "$DWGCODEPAGE") {
-    decoder_.SetCodePage(GroupValues[3]);
-  } else if (name == "$EXTMIN" && Has(10) && Has(20)) {
-    drawing_.ExtMinX = Sng(10), drawing_.ExtMinY = Sng(20);
-    headerExtMin_ = true;
-  } else if (name == "$EXTMAX" && Has(10) && Has(20)) {
-    drawing_.ExtMaxX = Sng(10), drawing_.ExtMaxY = Sng(20);
-    headerExtMax_ = true;
+    r_.decoder_.SetCodePage(Value(3));
+  } else if ((name == "$EXTMIN" || name == "$EXTMAX") && Has(10) && Has(20)) {
+    const bool min = name == "$EXTMIN";
+    headerExt_[min ? 0 : 2] = Num(10), headerExt_[min ? 1 : 3] = Num(20);
+    (min ? headerExtMin_ : headerExtMax_) = true;
   } else if (name == "$LTSCALE" && Has(40)) {
-    ltScale_ = Num(40);
+    ltScale_ = Num(40, 1);
+  } else if (name.starts_with("$DIM")) {
+    ReadDimVariable(headerDimStyle_, name.substr(1));
+  } else if (name == "$PDMODE") {
+    drawing_.PointDisplay.Mode = Whole(70, 0, 0, 255);
+  } else if (name == "$PDSIZE") {
+    drawing_.PointDisplay.Size = Num(40);
+  } else if (name == "$LWDEFAULT") {
+    drawing_.DefaultLineWeight = int16_t(Whole(370, 25, 0, 211));
   }
 }
 
 // A layer that is off in the file (negative colour) is off here; a true colour (420)
-// wins over the colour number; the layer's line type is kept for entities drawn with
-// line type "by layer".
-bool DXFReader::ModernLayer() {
-  LayerEntry entry;
-  entry.Name = std::string(TrimRight(CutChars(Text(2), 20)));
-  int16_t number = Int16(62);
-  entry.Color = ColorMap(int16_t(std::abs(int(number))));
-  if (Has(420)) entry.Color = TrueColor(Last(420));
-  entry.IsOn = (number < 0 || BitFlag(Long(70), 0)) ? 0 : -1;
+// wins over the colour number; the layer's line type and line weight are kept for
+// entities drawn "by layer".
+bool ModernReader::DXFLayers() {
+  dxfimport::LayerEntry entry;
+  entry.Name = std::string(Trim(CutChars(Text(2), kMaxNameChars)));
+  if (drawing_.FindLayer(entry.Name)) return true;  // a second entry of one name adds nothing
+  const int number = Whole(62, 7, -32768, 32767);
+  entry.Color = AciColor(std::abs(number));
+  if (Has(420)) entry.Color = TrueColorValue(Value(420), std::abs(number));
+  entry.IsOn = (number < 0 || (Whole(70, 0, 0, 1 << 30) & 1)) ? 0 : -1;
   entry.LineType = LineTypeOfName(Trim(Text(6)));
+  entry.LineWeight = int16_t(Whole(370, kWeightDefault, kWeightDefault, 211));
+  if (entry.LineWeight < 0) entry.LineWeight = kWeightDefault;
   drawing_.AddLayer(std::move(entry));
   return true;
 }
 
 // LTYPE: the name (2) and its pattern elements (49).
-bool DXFReader::ModernLineType() {
-  std::vector<float> elements;
+bool ModernReader::DXFLineTypes() {
+  std::vector<double> elements;
   for (const auto& [code, value] : pairs_)
-    if (code == 49) elements.push_back(CSng(Val(value)));
+    if (code == 49) elements.push_back(Val(value));
   lineTypes_[std::string(Trim(Text(2)))] = std::move(elements);
   return true;
 }
 
-bool DXFReader::ModernPolyline() {
-  BeginPolyline(Long(70), Sng(40));
-  inPolyline_ = true;
+// BLOCK_RECORD: its handle (5) and name (2), to find a layout's block.
+bool ModernReader::DXFBlockRecord() {
+  blockRecords_[std::string(Trim(Value(5)))] = std::string(Trim(Text(2)));
   return true;
 }
 
-// Vertices of a polyface mesh that only name a face (flag 128 without 64) have no place.
-bool DXFReader::ModernVertex() {
-  if (!inPolyline_) return true;
-  int32_t flags = Long(70);
-  if ((flags & 128) && !(flags & 64)) return true;
-  AddVertex(Sng(10), Sng(20), Sng(42), flags);
+// LAYOUT object: its name (1) and its block record (330, the last of the record).
+bool ModernReader::DXFLayout() {
+  std::string_view owner;
+  for (const auto& [code, value] : pairs_)
+    if (code == 330) owner = value;
+  layouts_.emplace_back(std::string(Trim(Text(1))), std::string(Trim(owner)));
   return true;
 }
 
-bool DXFReader::ModernSeqEnd() {
-  if (inPolyline_) EndPolyline();
-  inPolyline_ = false;
-  return true;
+// Pen style of a line-type name: the LTYPE table's pattern (in drawing units, scaled by
+// $LTSCALE and `scale`), else the legacy map's pen style for the name, else solid.
+int32_t ModernReader::LineTypeOfName(std::string_view name, double scale) {
+  auto found = lineTypes_.find(std::string(name));
+  if (found == lineTypes_.end() || found->second.size() < 2) return LineTypeMap(name);
+  auto key = std::pair(found->first, scale);
+  auto known = patternStyles_.find(key);
+  if (known != patternStyles_.end()) return known->second;
+  std::vector<double> pattern;
+  for (double element : found->second) pattern.push_back(element * ltScale_ * scale);
+  drawing_.DashPatterns.push_back(std::move(pattern));
+  int32_t patternStyle = Drawing::kFirstDashPattern + int32_t(drawing_.DashPatterns.size()) - 1;
+  patternStyles_.emplace(key, patternStyle);
+  return patternStyle;
 }
 
-// LWPOLYLINE: vertices 10/20 with the bulge 42 that follows its vertex, constant width
-// 43, closed flag 70 bit 0.
-bool DXFReader::ModernLwPolyline() {
-  BeginPolyline(Long(70) & 1, Sng(43));
-  struct Vertex {
-    float x = 0, y = 0, bulge = 0;
-  };
-  std::vector<Vertex> vertices;
-  for (const auto& [code, value] : pairs_) {
-    if (code == 10) vertices.push_back({CSng(Val(value)), 0, 0});
-    else if (vertices.empty()) continue;
-    else if (code == 20) vertices.back().y = CSng(Val(value));
-    else if (code == 42) vertices.back().bulge = CSng(Val(value));
+ModernReader::Style ModernReader::ReadStyle() {
+  Style style;
+  style.Layer = LayerRow(Value(8));
+  style.Color = ColorValue();
+  style.LineType = LineTypeValue(style.Layer);
+  style.LineWeight = LineWeightValue(style.Layer);
+  return style;
+}
+
+// The layer row of a name, trimmed as layer names are stored; a layer that the table
+// does not hold is added (on, in the foreground colour), as CAD tools do.
+int32_t ModernReader::LayerRow(std::string_view raw) {
+  if (raw.empty() || !raw.data()) raw = "0";
+  if (raw.size() <= 64 && IsAscii(raw) && Trim(raw).size() == raw.size()) {
+    if (int32_t row = drawing_.FindLayer(raw)) return row;
   }
-  for (const Vertex& v : vertices) AddVertex(v.x, v.y, v.bulge, 0);
-  EndPolyline();
+  std::string name(Trim(CutChars(r_.decoder_.Decode(raw.substr(0, DXFReader::kMaxTextBytes)), kMaxNameChars)));
+  if (name.empty()) name = "0";
+  if (int32_t row = drawing_.FindLayer(name)) return row;
+  dxfimport::LayerEntry entry;
+  entry.Name = name;
+  entry.Color = kForeground;
+  drawing_.AddLayer(std::move(entry));
+  return drawing_.LayerCount();
+}
+
+int32_t ModernReader::LayerZero() {
+  if (!layerZero_) layerZero_ = LayerRow("0");
+  return layerZero_;
+}
+
+// DIMSTYLE: the dimension variables by their group codes, over the header's.
+bool ModernReader::DXFDimStyle() {
+  DimStyle style = headerDimStyle_;
+  for (const auto& [code, value] : pairs_) {
+    const double v = Val(value);
+    switch (code) {
+      case 40: if (v > 0) style.scale = v; break;
+      case 41: style.arrowSize = v; break;
+      case 42: style.extOffset = v; break;
+      case 44: style.extExtend = v; break;
+      case 140: style.textHeight = v; break;
+      case 147: style.gap = v; break;
+      case 271: style.decimals = int(std::clamp(v, 0.0, 8.0)); break;
+      default: break;
+    }
+  }
+  dimStyles_[std::string(Trim(Text(2)))] = style;
   return true;
 }
 
-bool DXFReader::ModernInsert() { return StoreInsert(); }
+// A header dimension variable ($DIMxxx) of the default style.
+void ModernReader::ReadDimVariable(DimStyle& style, std::string_view name) {
+  struct Variable {
+    std::string_view name;
+    int code;
+    double DimStyle::*field;
+  };
+  static constexpr Variable kVariables[] = {
+      {"DIMSCALE", 40, &DimStyle::scale},      {"DIMASZ", 40, &DimStyle::arrowSize},
+      {"DIMEXO", 40, &DimStyle::extOffset},    {"DIMEXE", 40, &DimStyle::extExtend},
+      {"DIMTXT", 40, &DimStyle::textHeight},   {"DIMGAP", 40, &DimStyle::gap},
+  };
+  for (const Variable& v : kVariables)
+    if (name == v.name && Has(v.code)) style.*v.field = Num(v.code);
+  if (name == "DIMDEC") style.decimals = Whole(70, 4, 0, 8);
+  if (!(style.scale > 0)) style.scale = 1;
+}
 
-double DXFReader::CurveTolerance(double curveSize) const {
+// A true colour (420) wins; 256 or none is "by layer" (0); 0 is "by block" inside a
+// definition and the foreground colour elsewhere; 7 is the foreground colour.
+int32_t ModernReader::ColorValue() const {
+  const int number = Whole(62, 256, -32768, 32767);
+  if (Has(420)) return TrueColorValue(Value(420), number);
+  if (number == 256) return 0;
+  if (number == 0) return output_ ? kColorByBlock : kForeground;
+  return AciColor(std::abs(number));
+}
+
+// "By layer" (or none) takes the layer's, "by block" the insert's (inside a definition).
+int32_t ModernReader::LineTypeValue(int32_t layer) {
+  std::string_view name = Trim(Value(6));
+  auto upper = [](std::string_view s) {
+    std::string u(s);
+    for (char& c : u) c = char(std::toupper(static_cast<unsigned char>(c)));
+    return u;
+  };
+  const std::string key = upper(name);
+  if (key.empty() || key == "BYLAYER") {
+    if (output_) return kLineTypeByLayer;
+    return layer >= 1 && layer <= drawing_.LayerCount() ? drawing_.Layers[std::size_t(layer - 1)].LineType : 0;
+  }
+  if (key == "BYBLOCK") return output_ ? kLineTypeByBlock : 0;
+  return LineTypeOfName(name, Num(48, 1));
+}
+
+int16_t ModernReader::LineWeightValue(int32_t layer) const {
+  int16_t weight = int16_t(Whole(370, kWeightByLayer, kWeightDefault, 211));
+  if (output_ || weight >= 0 || weight == kWeightDefault) return weight;
+  if (weight == kWeightByBlock) return kWeightDefault;
+  return layer >= 1 && layer <= drawing_.LayerCount() ? drawing_.Layers[std::size_t(layer - 1)].LineWeight
+                                                      : kWeightDefault;
+}
+
+double ModernReader::CurveTolerance(double curveSize) const {
   constexpr double kReferencePixels = 2048;
-  const Drawing& d = drawing_;
   double reference = curveSize;
-  if (headerExtMin_ && headerExtMax_ && SaneExtents(d))
-    reference = std::max(double(d.ExtMaxX) - d.ExtMinX, double(d.ExtMaxY) - d.ExtMinY);
-  if (!(reference > 0) || !std::isfinite(reference)) reference = curveSize;
+  if (headerExtMin_ && headerExtMax_) {
+    double span = std::max(headerExt_[2] - headerExt_[0], headerExt_[3] - headerExt_[1]);
+    if (span > 0 && span < 1e15) reference = std::min(span, std::max(curveSize, span / 64));
+  }
+  if (!(reference > 0) || !std::isfinite(reference)) reference = curveSize > 0 ? curveSize : 1;
   return reference / kReferencePixels / 4;
 }
 
-// Header extents that are missing, inverted or absurd give way to the extents of what
-// the tables hold; so do header extents that leave part of the drawing outside (a stale
-// header), since everything that is drawn must be seen in the extents view.
-void DXFReader::FinishModernExtents() {
+// The extents hold what is drawn, with a small margin; the header's extents are taken
+// only for a drawing that draws nothing.
+void ModernReader::FinishExtents() {
   Drawing& d = drawing_;
-  const bool headerSane = headerExtMin_ && headerExtMax_ && SaneExtents(d);
-  struct Extents {
-    float minX, minY, maxX, maxY;
-  };
-  const Extents header{d.ExtMinX, d.ExtMinY, d.ExtMaxX, d.ExtMaxY};
-  d.ExtMinX = d.ExtMinY = 1e30f;
-  d.ExtMaxX = d.ExtMaxY = -1e30f;
-  auto widen = [&d](const auto& table) {
-    for (const auto& row : table) d.CheckExtentsOf(row);
-  };
-  widen(d.Lines);
-  widen(d.PolySegs);
-  widen(d.Texts);
-  widen(d.Attribs);
-  widen(d.Arcs);
-  widen(d.Solids);
-  widen(d.Hatches);
-  if (!headerSane) return;
-  const bool nothingDrawn = d.ExtMinX > d.ExtMaxX;
-  const double slack = 1e-6 * std::max(double(header.maxX) - header.minX, double(header.maxY) - header.minY);
-  const bool covers = d.ExtMinX >= header.minX - slack && d.ExtMinY >= header.minY - slack &&
-                      d.ExtMaxX <= header.maxX + slack && d.ExtMaxY <= header.maxY + slack;
-  if (nothingDrawn || covers) {
-    d.ExtMinX = header.minX, d.ExtMinY = header.minY, d.ExtMaxX = header.maxX, d.ExtMaxY = header.maxY;
+  const Box box = WithMargin(TablesBox(d));
+  if (!box.Empty()) {
+    d.ExtMinX = box.minX, d.ExtMinY = box.minY, d.ExtMaxX = box.maxX, d.ExtMaxY = box.maxY;
+  } else if (headerExtMin_ && headerExtMax_) {
+    d.ExtMinX = headerExt_[0], d.ExtMinY = headerExt_[1], d.ExtMaxX = headerExt_[2], d.ExtMaxY = headerExt_[3];
   }
 }
 

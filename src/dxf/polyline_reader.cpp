@@ -1,5 +1,4 @@
-// POLYLINE with its VERTEX entities and the closing SEQEND, and (modern profile)
-// LWPOLYLINE. Both build their segments through one polyline builder.
+// POLYLINE with its VERTEX entities and the closing SEQEND (legacy profile).
 #include "dxf/reader.h"
 #include "dxf/rotation.h"
 #include "dxf/style_maps.h"
@@ -9,20 +8,11 @@ namespace dxfimport {
 
 void DXFReader::AddPolySegment(PolySegment seg) {
   if (InBlock) {
-    // Legacy block records carry no bulge: polylines in blocks insert straight there.
-    if (profile_ == ReadingProfile::Legacy) seg.Bulge = 0;
+    seg.Bulge = 0;  // block records carry no bulge: polylines in blocks insert straight
   } else if (!NoExtentsUpdate) {
     drawing_.CheckExtents(seg.X1, seg.Y1, seg.X2, seg.Y2);
   }
   Store(seg);
-}
-
-void DXFReader::BeginPolyline(int32_t flags, float width) {
-  polyline_ = {};
-  polyline_.segment.Layer = EntityLayer();
-  polyline_.segment.Color = EntityColorValue();
-  polyline_.segment.Width = width;
-  polyline_.flags = flags;
 }
 
 // Each vertex after the first adds a segment from the previous one, with the bulge of the
@@ -45,20 +35,14 @@ void DXFReader::AddVertex(float x, float y, float bulge, int32_t vertexFlags) {
   p.bulge = bulge;
 }
 
-// A closed polyline gets its closing segment. The legacy one runs from the first vertex
-// to the last and is always straight; the modern one runs from the last vertex back to
-// the first with the last vertex's bulge, as CAD tools draw it.
+// A closed polyline gets its closing segment from the first vertex to the last, always
+// straight.
 void DXFReader::EndPolyline() {
   OpenPolyline& p = polyline_;
   if (p.vertices == 0 || !BitFlag(p.flags, 0)) return;
   PolySegment closing = p.segment;
-  if (profile_ == ReadingProfile::Legacy) {
-    closing.X1 = p.first.x, closing.Y1 = p.first.y, closing.X2 = p.previous.x, closing.Y2 = p.previous.y;
-    closing.Bulge = 0;
-  } else {
-    closing.X1 = p.previous.x, closing.Y1 = p.previous.y, closing.X2 = p.first.x, closing.Y2 = p.first.y;
-    closing.Bulge = p.bulge;
-  }
+  closing.X1 = p.first.x, closing.Y1 = p.first.y, closing.X2 = p.previous.x, closing.Y2 = p.previous.y;
+  closing.Bulge = 0;
   AddPolySegment(closing);
 }
 
@@ -66,7 +50,13 @@ void DXFReader::EndPolyline() {
 // line. The vertices' own widths and every other polyline flag are ignored.
 bool DXFReader::DXFPoly() {
   LoadEntity();
-  BeginPolyline(Long(70), Sng(40));
+  const float width = Sng(40);
+  const int32_t flags = Long(70);
+  polyline_ = {};
+  polyline_.segment.Layer = drawing_.LayerIndex(GroupValues[8]);
+  polyline_.segment.Color = ColorMap(Int16(62));
+  polyline_.segment.Width = width;
+  polyline_.flags = flags;
 
   CurrentLine = source_.ReadLine();
   if (CurrentLine != "VERTEX") {

@@ -1,4 +1,6 @@
 #include "dxf/reader.h"
+#include "dxf/binary_dxf.h"
+#include "dxf/modern_reader.h"
 #include "dxf/group_codes.h"
 #include "dxf/style_maps.h"
 
@@ -107,18 +109,26 @@ bool DXFReader::LoadDXFBytes(std::string_view bytes, LoadProgress* progress) {
   return loaded;
 }
 
+DXFReader::~DXFReader() = default;
+
 bool DXFReader::ReadAll(LoadProgress* progress) {
-  constexpr std::string_view kBinarySentinel = "AutoCAD Binary DXF";
-  if (source_.bytes().starts_with(kBinarySentinel) || !SectionInSource()) {
+  const bool modern = profile_ == ReadingProfile::Modern;
+  // Binary DXF: the modern profile reads it as the text it stands for.
+  if (IsBinaryDxf(source_.bytes()) && modern && !ConvertBinaryDxf(source_, converted_)) {
+    ShowMessage(MessageIcon::Information, LoadResText(1050));
+    return false;
+  }
+  if (IsBinaryDxf(source_.bytes()) || !SectionInSource()) {
     ShowMessage(MessageIcon::Information, LoadResText(1050));
     return false;
   }
   outcome_.Recognised = true;
+  drawing_.SetRules(ProfileRules::Of(profile_));
   drawing_.ExtMinX = drawing_.ExtMinY = 1e30f;
   drawing_.ExtMaxX = drawing_.ExtMaxY = -1e30f;
   firstLayer_ = true;
   StartPacer(progress);
-  outcome_.Complete = profile_ == ReadingProfile::Modern ? ReadModern() : ReadLegacy();
+  outcome_.Complete = modern ? ModernReader(*this).Read() : ReadLegacy();
   InBlock = false;
   if (progress) progress->Hide();
   return true;
@@ -174,18 +184,6 @@ void DXFReader::StopAt(const char* procedure) {
   outcome_.StopLine = source_.LineNumberAt(source_.Position() ? source_.Position() - 1 : 0);
 }
 
-// The error path every reader shares: the run time's error goes to the error routine
-// under the reader's name and the reader gives false, which ends the load.
-bool DXFReader::Run(const char* procedure, ReaderFn body) {
-  try {
-    return (this->*body)();
-  } catch (const RunTimeError& e) {
-    return ReportFailure(procedure, e.number(), e.text());
-  } catch (const std::bad_alloc&) {
-    return ReportFailure(procedure, kErrOutOfMemory, RunTimeText(kErrOutOfMemory));
-  }
-}
-
 bool DXFReader::ReportFailure(const char* procedure, int number, const std::string& text) {
   ReportError(procedure, kReaderModule, text, number);
   return false;
@@ -222,58 +220,9 @@ std::string DXFReader::Text(int code) const {
   return decoder_.Decode(GroupValues[code].substr(0, kMaxTextBytes));
 }
 
-int32_t DXFReader::EntityLayer() {
-  if (profile_ == ReadingProfile::Legacy) return drawing_.LayerIndex(GroupValues[8]);
-  // Modern: the name trimmed and cut as layer names are stored.
-  std::string_view raw = GroupValues[8];
-  if (raw.size() <= 20 && IsAscii(raw) && Trim(raw).size() == raw.size()) return drawing_.LayerIndex(raw);
-  std::string name = Text(8);
-  return drawing_.LayerIndex(TrimRight(CutChars(Trim(name), 20)));
-}
-
-// Legacy: ColorMap of group 62. Modern: a true colour (420) wins; 256 or none is "by
-// layer" (0, drawn in the layer's colour); 0 is "by block" inside a definition and black
-// elsewhere; black chosen explicitly stays black.
-int32_t DXFReader::EntityColorValue() const {
-  if (profile_ == ReadingProfile::Legacy) return ColorMap(Int16(62));
-  if (Has(420)) return TrueColor(Last(420));
-  int16_t number = GroupValues[62].data() ? Int16(62) : int16_t(256);
-  if (number == 256) return 0;
-  if (number == 0) return InBlock ? kColorByBlock : kExplicitBlack;
-  int32_t rgb = ColorMap(int16_t(std::abs(int(number))));
-  return rgb == 0 ? kExplicitBlack : rgb;
-}
-
-// Legacy: LineTypeMap of group 6. Modern: "by layer" (or none) takes the layer's.
-int32_t DXFReader::EntityLineType() {
-  if (profile_ == ReadingProfile::Legacy) return LineTypeMap(GroupValues[6]);
-  std::string_view name = Trim(GroupValues[6]);
-  if (name.empty() || name == "BYLAYER") {
-    int32_t row = EntityLayer();
-    return row >= 1 && row <= drawing_.LayerCount() ? drawing_.Layers[std::size_t(row - 1)].LineType : 0;
-  }
-  return LineTypeOfName(name, GroupValues[48].data() ? Num(48) : 1.0);
-}
-
-int32_t DXFReader::LineTypeOfName(std::string_view name, double scale) const {
-  int32_t style = LineTypeMap(name);
-  if (style != 0 || profile_ == ReadingProfile::Legacy || name == "CONTINUOUS") return style;
-  auto found = lineTypes_.find(std::string(name));
-  if (found == lineTypes_.end() || found->second.empty()) return 0;
-  auto key = std::pair(found->first, scale);
-  auto known = patternStyles_.find(key);
-  if (known != patternStyles_.end()) return known->second;
-  std::vector<float> pattern;
-  for (float element : found->second) pattern.push_back(CSng(element * ltScale_ * scale));
-  drawing_.DashPatterns.push_back(std::move(pattern));
-  int32_t patternStyle = Drawing::kFirstDashPattern + int32_t(drawing_.DashPatterns.size()) - 1;
-  patternStyles_.emplace(key, patternStyle);
-  return patternStyle;
-}
-
 // $EXTMIN and $EXTMAX: once a header extent is read the readers stop widening the extents,
 // so the header wins even over entities that lie outside it.
-bool DXFReader::ReadHeaderPoint(float& x, float& y) {
+bool DXFReader::ReadHeaderPoint(double& x, double& y) {
   LoadEntity();
   x = Sng(10);
   y = Sng(20);
@@ -295,10 +244,6 @@ bool DXFReader::FirstLayer() {
 
 bool DXFReader::DXFLayers() {
   LoadEntity();
-  return StoreLayer();
-}
-
-bool DXFReader::StoreLayer() {
   LayerEntry entry;
   entry.Name = std::string(TrimRight(CutChars(Text(2), 20)));
   entry.Color = ColorMap(Int16(62));

@@ -1,20 +1,22 @@
 #pragma once
 
 #include <array>
-#include <map>
-#include <unordered_map>
+#include <new>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "dxf/drawing.h"
 #include "dxf/line_source.h"
+#include "dxf/profile.h"
 #include "dxf/rotation.h"
 #include "dxf/text_decoder.h"
+#include "support/runtime_error.h"
 
 namespace dxfimport {
+
+class ModernReader;
 
 // What the reader shows while it loads. The viewer turns it into its progress bar and
 // lets pending window messages run in SetValue.
@@ -32,19 +34,18 @@ struct LoadOutcome {
   bool Complete = false;     // every line was read; false when a reader stopped the load
   std::string StoppedIn;     // the reader that stopped it
   std::size_t StopLine = 0;  // line of the file where reading stopped
+  std::string Layout;        // the paper-space layout drawn for an empty model space
 };
 
-// How a file is read.
-//  Legacy: every line is compared with the entity keywords, as the reader always did,
-//    quirks included; a group code above 80 ends the load.
-//  Modern: a structural reader of (group code, value) pairs for the files of today's CAD
-//    tools: code pages and UTF-8, LWPOLYLINE, MTEXT, ELLIPSE, SPLINE, LEADER, HATCH,
-//    true colour, colours by layer and by block, line-type patterns, paper space.
-enum class ReadingProfile { Legacy, Modern };
+// What the caller asks of a modern load.
+struct LoadOptions {
+  std::string Layout;  // a paper-space layout to draw instead of model space ("" none)
+};
 
-// Reads an ASCII DXF file into a Drawing in one pass. Readers pull their group-code/value
-// pairs into GroupValues and store the entity; block definitions are kept in the drawing
-// and every INSERT adds transformed copies of their entities to the tables.
+// Reads a DXF file into a Drawing in one pass. The legacy profile's readers pull their
+// group-code/value pairs into GroupValues and store the entity; block definitions are
+// kept in the drawing and every INSERT adds transformed copies of their entities to the
+// tables. The modern profile is read by ModernReader.
 class DXFReader {
  public:
   // The longest value that a text is decoded from.
@@ -52,6 +53,9 @@ class DXFReader {
 
   explicit DXFReader(Drawing& drawing, ReadingProfile profile = ReadingProfile::Modern)
       : drawing_(drawing), profile_(profile) {}
+  ~DXFReader();
+
+  void SetOptions(LoadOptions options) { options_ = std::move(options); }
 
   // Loads a file into the drawing (which the caller has reset with InitDrawing). False
   // when the file is not DXF (message 1050) or cannot be opened (reported); true when the
@@ -82,13 +86,18 @@ class DXFReader {
   bool NoExtentsUpdate = false;
 
  private:
+  friend class ModernReader;
   using ReaderFn = bool (DXFReader::*)();
   struct Keyword;
   static const Keyword* FindKeyword(std::string_view line);
-  struct ModernKind;
-  static const ModernKind* FindModernKind(std::string_view name);
 
-  bool Run(const char* procedure, ReaderFn body);
+  // The error path every reader shares: the run time's error goes to the error routine
+  // under the reader's name and the reader gives false, which ends the load.
+  template <class Body>
+  bool Run(const char* procedure, Body&& body);
+  bool Run(const char* procedure, ReaderFn body) {
+    return Run(procedure, [this, body] { return (this->*body)(); });
+  }
   bool ReportFailure(const char* procedure, int number, const std::string& text);
   bool ReadAll(LoadProgress* progress);
   bool SectionInSource();
@@ -113,26 +122,16 @@ class DXFReader {
   float Sng(int code) const;
   int16_t Int16(int code) const;
   int32_t Long(int code) const;
-  std::string Text(int code) const;  // decoded to UTF-8
-
-  // The entity's layer row, colour and pen style, by the profile's rules.
-  int32_t EntityLayer();
-  int32_t EntityColorValue() const;
-  int32_t EntityLineType();
-  // Pen style of a line-type name: the legacy map's, else (modern) the LTYPE table's
-  // pattern scaled by $LTSCALE and `scale`, else solid.
-  int32_t LineTypeOfName(std::string_view name, double scale = 1) const;
+  std::string Text(int code) const;  // decoded
 
   // Header and tables.
-  bool ReadHeaderPoint(float& x, float& y);
+  bool ReadHeaderPoint(double& x, double& y);
   bool DXFMinExtents();
   bool DXFMaxExtents();
   bool DXFLayers();
   bool FirstLayer();
-  bool StoreLayer();
 
-  // Entities: DXFx reads the entity's pairs, Storex stores them (shared by both
-  // profiles).
+  // Entities: DXFx reads the entity's pairs, Storex stores them.
   bool DXFLine();
   bool DXFCircle();
   bool DXFSolid();
@@ -141,15 +140,9 @@ class DXFReader {
   bool DXFAttrib();
   bool DXFPoint();
   bool DXFPoly();
-  bool StoreLine();
-  bool StoreCircle();
-  bool StoreSolid();
-  bool Store3DFace();
-  bool StoreText();
-  bool StoreAttrib();
   TextEntity ReadTextFields();
 
-  // Polylines of both kinds.
+  // Polylines.
   struct OpenPolyline {
     PolySegment segment;  // layer, colour and width of every segment
     int32_t flags = 0;
@@ -157,7 +150,6 @@ class DXFReader {
     float bulge = 0;
     int vertices = 0;
   };
-  void BeginPolyline(int32_t flags, float width);
   void AddVertex(float x, float y, float bulge, int32_t vertexFlags);
   void EndPolyline();
   void AddPolySegment(PolySegment seg);
@@ -165,66 +157,36 @@ class DXFReader {
 
   // Blocks, inserts and dimensions.
   bool DXFBlock();
-  bool StoreBlock();
   bool EndBlock();
   bool DXFInsertFromFile();
-  bool StoreInsert();
   bool ResolvePendingInserts();
   bool DXFInsert(int32_t index);
   bool DXFDimension();
-  bool StoreDimension();
+  bool PendingInsertAllowed(int32_t block);
 
   struct InsertTransform {
     double X = 0, Y = 0;
     float Rotation = 0;
     double ScaleX = 1, ScaleY = 1;
     int32_t Layer = 0;
-    int32_t Color = 0;  // replaces colour "by block" (modern profile)
   };
   enum class ReplayKinds { All, LinesAndTexts };
   void Replay(int32_t block, const InsertTransform& t, ReplayKinds kinds = ReplayKinds::All);
-  bool InsertAllowed(int32_t block);
   // Sends a record read from the file to the tables, or (inside a definition) to the
   // block, relative to its base point.
-  void Store(BlockRecord record);
+  template <class Row>
+  void Store(Row record);
   // Sends a finished record to the open block while InBlock, else to the tables.
-  void Emit(BlockRecord record);
-  void ExtendBy(const BlockRecord& record);
+  template <class Row>
+  void Emit(const Row& record);
 
   // Subtracts the current block's base point; used for entities inside a definition.
   double RelX(double x) const;
   double RelY(double y) const;
 
-  // The modern profile (modern_reader.cpp).
-  bool ReadModern();
-  bool NextPair(int& code, std::string_view& value);
-  bool ReadRecord(bool header);
-  bool DispatchModern(std::string_view name);
-  void ReadHeaderVariable(std::string_view name);
-  bool ModernLayer();
-  bool ModernLineType();
-  bool ModernTableEntry();
-  bool ModernSection();
-  bool ModernPolyline();
-  bool ModernVertex();
-  bool ModernSeqEnd();
-  bool ModernLwPolyline();
-  bool ModernInsert();
-  bool ModernMText();
-  bool ModernEllipse();
-  bool ModernSpline();
-  bool ModernLeader();
-  bool ModernHatch();
-  void EmitCurve(const std::vector<PointF>& points);
-  // Chord tolerance for curves: a quarter pixel when the extents (from the header, else
-  // the curve itself) fill 2048 pixels.
-  double CurveTolerance(double curveSize) const;
-  void FinishModernExtents();
-  std::string_view Last(int code) const;  // the last value of a code in the record
-  bool Has(int code) const;
-
   Drawing& drawing_;
   ReadingProfile profile_;
+  LoadOptions options_;
   LineSource source_;
   LoadOutcome outcome_;
   std::array<uint8_t, 81> setCodes_{};
@@ -234,22 +196,20 @@ class DXFReader {
   int32_t outputBlock_ = 0;         // where entities go while InBlock
   int32_t currentInsertLayer_ = 0;  // layer of the last INSERT, for its attributes
   int32_t pendingResolved_ = 0;
-
-  // Modern state: the pairs of the current record, a pair read ahead, the section and
-  // table being read, and what the header said.
-  std::vector<std::pair<int, std::string_view>> pairs_;
-  bool havePending_ = false;
-  int pendingCode_ = 0;
-  std::string_view pendingValue_;
-  std::string section_;
-  bool inPolyline_ = false;
-  bool skipBlock_ = false;  // a paper-space block: its entities are not kept
-  bool headerExtMin_ = false, headerExtMax_ = false;
-  double ltScale_ = 1;
-  std::unordered_map<std::string, std::vector<float>> lineTypes_;        // LTYPE elements
-  mutable std::map<std::pair<std::string, double>, int32_t> patternStyles_;  // (name, scale) -> style
   TextDecoder decoder_;
+  std::string converted_;  // a binary file turned into text (modern profile)
 };
+
+template <class Body>
+bool DXFReader::Run(const char* procedure, Body&& body) {
+  try {
+    return body();
+  } catch (const RunTimeError& e) {
+    return ReportFailure(procedure, e.number(), e.text());
+  } catch (const std::bad_alloc&) {
+    return ReportFailure(procedure, kErrOutOfMemory, RunTimeText(kErrOutOfMemory));
+  }
+}
 
 // Turns an angle into the range below 360 by repeated subtraction in single precision;
 // negative angles are left as they are. An angle beyond 368,640 degrees is first reduced

@@ -2,70 +2,122 @@
 
 #include <cstdint>
 #include <string>
-#include <variant>
 #include <vector>
 
-#include "dxf/rotation.h"
+#include "dxf/geometry.h"
 
 namespace dxfimport {
 
-// Colours are RGB values in the Windows layout 0x00BBGGRR; a Layer is a 1-based row of
-// Drawing::Layers; a LineType is a pen style 0..4; coordinates are drawing units.
+// Colours are RGB values in the Windows layout 0x00BBGGRR, or one of the markers below; a
+// Layer is a 1-based row of Drawing::Layers; a LineType is a pen style (0..4, or a dash
+// pattern from kFirstDashPattern on); coordinates are drawing units. The legacy profile
+// stores single-precision values in the coordinate fields and computes with them in
+// single precision; the modern profile keeps the file's doubles.
 
-// LINE, a 3DFACE edge (groups 10/20 start, 11/21 end).
+// Colour values beyond RGB, kept in the high byte (modern profile).
+inline constexpr int32_t kExplicitBlack = 0x01000000;  // black chosen explicitly
+inline constexpr int32_t kColorByBlock = 0x02000000;   // inside a block: the insert's colour
+inline constexpr int32_t kForeground = 0x04000000;     // colour 7: black on light, white on dark
+inline constexpr int32_t kColorOfLayer = 0x08000000;   // low bits: the layer row whose colour it takes
+inline constexpr int32_t kColorMarkers = 0x7F000000;
+
+// Line weights (group 370) in hundredths of a millimetre, or one of these.
+inline constexpr int16_t kWeightByLayer = -1;
+inline constexpr int16_t kWeightByBlock = -2;
+inline constexpr int16_t kWeightDefault = -3;
+
+// Pen styles "by layer" and "by block" while a block definition is read (modern); an
+// insert replaces them.
+inline constexpr int32_t kLineTypeByLayer = -1;
+inline constexpr int32_t kLineTypeByBlock = -2;
+
+// LINE, a 3DFACE edge, a mesh edge (groups 10/20 start, 11/21 end).
 struct LineEntity {
-  float X1 = 0, Y1 = 0, X2 = 0, Y2 = 0;
+  double X1 = 0, Y1 = 0, X2 = 0, Y2 = 0;
   int32_t Layer = 0;
   int32_t Color = 0;
   int32_t LineType = 0;
+  int16_t LineWeight = kWeightDefault;  // modern profile
 };
 
-// One segment of a POLYLINE, from the previous vertex to this one.
+// One segment of a polyline, from the previous vertex to this one.
 struct PolySegment {
-  float X1 = 0, Y1 = 0, X2 = 0, Y2 = 0;
-  float Width = 0;  // group 40 of the POLYLINE header
+  double X1 = 0, Y1 = 0, X2 = 0, Y2 = 0;
+  double Width = 0;  // group 40 of the POLYLINE header; modern: the start vertex's width
   int32_t Layer = 0;
   int32_t Color = 0;
-  float Bulge = 0;  // group 42 of the vertex that starts the segment
+  double Bulge = 0;  // group 42 of the vertex that starts the segment
+  // Modern profile: the width at the end vertex; whether the segment continues the one
+  // stored before it (so that wide segments meet in a mitre); its line type and weight.
+  double EndWidth = 0;
+  bool Joined = false;
+  int32_t LineType = 0;  // the legacy redraw draws segments solid
+  int16_t LineWeight = kWeightDefault;
 };
 
 // TEXT and the text part of an ATTRIB.
 struct TextEntity {
-  float X = 0, Y = 0;       // insertion or alignment point
+  double X = 0, Y = 0;      // insertion or alignment point
   std::string Text;         // at most 100 characters, trailing blanks not kept
-  float Height = 0;         // group 40
-  float Rotation = 0;       // degrees, group 50
+  double Height = 0;        // group 40
+  double Rotation = 0;      // degrees, group 50
   int32_t HorzJustify = 0;  // group 72
+  int32_t VertJustify = 0;  // group 73 (74 of an ATTRIB): baseline, bottom, middle, top (modern)
   int32_t Layer = 0;
   int32_t Underline = 0;    // -1 when the text carried %%u
   int32_t Color = 0;
   std::string FontName;     // font face, at most 20 characters
-  float FontFactor = 0;     // size factor that goes with the face
+  double FontFactor = 0;    // size factor that goes with the face
 };
 
 // CIRCLE and ARC (groups 10/20 centre, 40 radius, 50/51 angles in degrees).
 struct ArcEntity {
-  float CenterX = 0, CenterY = 0;
-  float Radius = 0;
-  float StartAngle = 0, EndAngle = 0;
+  double CenterX = 0, CenterY = 0;
+  double Radius = 0;
+  double StartAngle = 0, EndAngle = 0;
   int32_t Layer = 0;
   int32_t Color = 0;
   int32_t LineType = 0;
+  int16_t LineWeight = kWeightDefault;
+};
+
+// An elliptic arc (modern profile): P(t) = centre + U cos t + V sin t for t from Start to
+// End radians, U and V conjugate semi-axes. ELLIPSE entities, and circles and arcs that
+// an insert or an object coordinate system distorts.
+struct EllipseEntity {
+  double CenterX = 0, CenterY = 0;
+  double UX = 0, UY = 0, VX = 0, VY = 0;
+  double Start = 0, End = 0;
+  int32_t Layer = 0;
+  int32_t Color = 0;
+  int32_t LineType = 0;
+  int16_t LineWeight = kWeightDefault;
 };
 
 // SOLID; the corners are kept in the order 1, 2, 4, 3 so that a polygon through them in
 // stored order is the quadrilateral the file describes.
 struct SolidEntity {
-  float X1 = 0, Y1 = 0, X2 = 0, Y2 = 0, X4 = 0, Y4 = 0, X3 = 0, Y3 = 0;
+  double X1 = 0, Y1 = 0, X2 = 0, Y2 = 0, X4 = 0, Y4 = 0, X3 = 0, Y3 = 0;
   int32_t Layer = 0;
   int32_t Color = 0;
 };
 
-// A solid-filled HATCH: its boundary loops as polygons, filled by the alternate rule
+// One line family of a hatch pattern, in drawing units: lines through Base + k * Offset
+// (every whole k) along Direction, dashed by Dashes (multiples of |Direction|: a dash
+// positive, a gap negative, a dot 0; none is a solid line).
+struct PatternLine {
+  PointD Base, Direction, Offset;
+  std::vector<double> Dashes;
+};
+
+// A HATCH (modern profile): its boundary loops as polygons, filled by the alternate rule
 // (inner loops are holes). Points of loop i run from LoopStarts[i] to the next start.
 struct HatchEntity {
-  std::vector<PointF> Points;
+  enum class Fill : int8_t { Solid, Pattern, Background };
+  std::vector<PointD> Points;
   std::vector<int32_t> LoopStarts;
+  std::vector<PatternLine> Pattern;  // Fill::Pattern
+  Fill Filling = Fill::Solid;
   int32_t Layer = 0;
   int32_t Color = 0;
 };
@@ -76,17 +128,46 @@ struct AttribEntity {
   TextEntity Text;
 };
 
-// Colour values beyond RGB, kept in the high byte (modern profile): black chosen
-// explicitly (drawn black even where colour 0 takes its layer's colour), and "by block"
-// inside a block definition (replaced by the insert's colour when it is inserted).
-inline constexpr int32_t kExplicitBlack = 0x01000000;
-inline constexpr int32_t kColorByBlock = 0x02000000;
+// POINT (modern profile), drawn as the drawing's point style ($PDMODE, $PDSIZE) says.
+struct PointEntity {
+  double X = 0, Y = 0;
+  int32_t Layer = 0;
+  int32_t Color = 0;
+};
+
+// RAY (one way from its base point) and XLINE (both ways), modern profile: drawn to the
+// edges of the view.
+struct RayEntity {
+  double X = 0, Y = 0;    // groups 10/20
+  double DX = 0, DY = 0;  // direction 11/21
+  bool BothWays = false;
+  int32_t Layer = 0;
+  int32_t Color = 0;
+  int32_t LineType = 0;
+  int16_t LineWeight = kWeightDefault;
+};
+
+// An INSERT kept inside a block definition (modern profile): expanded when the block
+// that holds it is inserted. Copy (c, r) of a MINSERT grid lands at
+// Frame * translate(c * ColumnSpacing, r * RowSpacing) * Local.
+struct InsertRef {
+  int32_t Block = 0;  // row of the inserted block
+  Affine Frame;       // object coordinates, insertion point and rotation
+  Affine Local;       // scale and the inserted block's base point
+  int32_t Columns = 1, Rows = 1;
+  double ColumnSpacing = 0, RowSpacing = 0;
+  int32_t Layer = 0;
+  int32_t Color = 0;
+  int32_t LineType = 0;
+  int16_t LineWeight = kWeightDefault;
+};
 
 struct LayerEntry {
   std::string Name;      // group 2, at most 20 characters, trailing blanks not kept
   int32_t Color = 0;     // ColorMap of group 62
   int32_t IsOn = -1;     // -1 on, 0 off (frozen)
   int32_t LineType = 0;  // pen style of group 6, for entities drawn "by layer" (modern)
+  int16_t LineWeight = kWeightDefault;  // group 370 (modern)
 };
 
 enum EntityKind : int32_t {
@@ -96,34 +177,17 @@ enum EntityKind : int32_t {
   kKindArc = 4,
   kKindSolid = 5,
   kKindAttrib = 7,
-  kKindHatch = 8,  // modern profile
+  kKindHatch = 8,    // modern profile from here on
+  kKindEllipse = 9,
+  kKindPoint = 10,
+  kKindRay = 11,
+  kKindInsert = 12,  // only inside block definitions
 };
 
 // One drawable item in file order: its kind and its 1-based row in that kind's table.
 struct SeqEntry {
   int32_t Kind = 0;
   int32_t Index = 0;
-};
-
-// One entity of a block definition, coordinates relative to the block's base point.
-using BlockRecord = std::variant<LineEntity, PolySegment, TextEntity, ArcEntity, SolidEntity, HatchEntity>;
-
-struct BlockEntry {
-  float BaseX = 0, BaseY = 0;  // groups 10, 20 of the BLOCK
-  std::string Name;            // group 2, trimmed, at most 50 characters
-  std::vector<BlockRecord> Records;
-  int32_t Depth = 0;  // levels of inserts expanded into it (modern profile)
-};
-
-// An INSERT met inside a block definition before its block was defined.
-struct PendingInsert {
-  int32_t Container = 0;  // row of the block that was being defined (0: none)
-  std::string BlockName;  // group 2, at most 50 characters
-  int32_t Layer = 0;
-  float X = 0, Y = 0;
-  float Rotation = 0;
-  float ScaleX = 1, ScaleY = 1;
-  int32_t Color = 0;  // the insert's colour, for entities "by block" (modern profile)
 };
 
 }  // namespace dxfimport

@@ -9,7 +9,8 @@ namespace dxfimport {
 
 std::vector<std::string> StatsLines(const Drawing& d, const std::string& heading, const NumberSeparators& sep) {
   auto whole = [&sep](int64_t n) { return FormatGrouped(n, sep); };
-  auto extent = [&sep](float v) { return FormatSingleUpToTwo(v, sep); };
+  const bool single = d.Rules().SinglePrecision;
+  auto extent = [&sep, single](double v) { return single ? FormatSingleUpToTwo(float(v), sep) : FormatUpToTwo(v, sep); };
   return {
       heading,
       "",

@@ -40,20 +40,16 @@ QPen Canvas::MakePen(int32_t color, int32_t width, int32_t style) const {
     // A wide pen is always solid, with round ends, as wide pens have always been.
     return QPen(QBrush(ToQColor(color)), width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
   }
-  QPen pen(QBrush(ToQColor(color)), 0, ToPenStyle(style), Qt::FlatCap);
-  std::size_t pattern = std::size_t(style - 16);
-  if (style >= 16 && pattern < dashPatterns_.size() && !dashPatterns_[pattern].isEmpty())
-    pen.setDashPattern(dashPatterns_[pattern]);
-  return pen;
+  return QPen(QBrush(ToQColor(color)), 0, ToPenStyle(style), Qt::FlatCap);
 }
 
-QVector<qreal> Canvas::PixelPattern(const std::vector<float>& elements, double scale) {
+QVector<qreal> Canvas::PixelPattern(const std::vector<double>& elements, double scale) {
   // Runs of dashes and of gaps; neighbours of one kind merge.
   std::vector<std::pair<bool, double>> runs;
   double total = 0;
-  for (float element : elements) {
+  for (double element : elements) {
     bool dash = element >= 0;
-    double pixels = element == 0 ? 1.0 : std::abs(double(element)) * scale;
+    double pixels = element == 0 ? 1.0 : std::abs(element) * scale;
     total += pixels;
     if (!runs.empty() && runs.back().first == dash) runs.back().second += pixels;
     else runs.emplace_back(dash, pixels);

@@ -60,12 +60,9 @@ class Canvas {
   int16_t CalcTxtWidth(const std::string& text);
   int16_t CalcTxtHeight(const std::string& text);
 
-  // Dash patterns in pixels for pen styles from 16 on (style 16 + i uses pattern i);
-  // an empty pattern draws solid.
-  void SetDashPatterns(std::vector<QVector<qreal>> patterns) { dashPatterns_ = std::move(patterns); }
   // A drawing-unit pattern (dash > 0, gap < 0, dot 0) in pixels at `scale` pixels per
   // unit, as Qt's alternating dash and gap lengths; empty when it would be too fine to see.
-  static QVector<qreal> PixelPattern(const std::vector<float>& elements, double scale);
+  static QVector<qreal> PixelPattern(const std::vector<double>& elements, double scale);
 
   // The current objects of the device, as its owner sets them.
   void SetCurrentPen(const QPen& pen) { currentPen_ = pen; }
@@ -100,7 +97,6 @@ class Canvas {
   QPen MakePen(int32_t color, int32_t width, int32_t style) const;
 
   QPainter& painter_;
-  std::vector<QVector<qreal>> dashPatterns_;
   QPen currentPen_;
   QBrush currentBrush_;
   QFont currentFont_;

@@ -28,7 +28,7 @@ int32_t Add(int32_t a, int32_t b) {
 
 }  // namespace
 
-int DXFEngine::Initialize(int32_t deviceHeight, float originX, float originY, float scale, int32_t windowHandle) {
+int DXFEngine::Initialize(int32_t deviceHeight, double originX, double originY, double scale, int32_t windowHandle) {
   DeviceHeight = deviceHeight;
   OriginX = originX;
   OriginY = originY;
@@ -37,17 +37,17 @@ int DXFEngine::Initialize(int32_t deviceHeight, float originX, float originY, fl
   return 1;
 }
 
-int32_t DXFEngine::CvtX(float x) const {
-  return Reported("CvtX", kEngineModule, [&] { return CLng((double(x) - OriginX) * ViewScale); });
+int32_t DXFEngine::CvtX(double x) const {
+  return Reported("CvtX", kEngineModule, [&] { return CLng((x - OriginX) * ViewScale); });
 }
 
-int32_t DXFEngine::CvtY(float y) const {
+int32_t DXFEngine::CvtY(double y) const {
   return Reported("CvtY", kEngineModule,
-                  [&] { return CLng(double(DeviceHeight) - (double(y) - OriginY) * ViewScale); });
+                  [&] { return CLng(double(DeviceHeight) - (y - OriginY) * ViewScale); });
 }
 
-int32_t DXFEngine::CvtTxtHt(float height, float factor) const {
-  return Reported("CvtTxtHt", kEngineModule, [&] { return CLng(double(height) * factor * ViewScale); });
+int32_t DXFEngine::CvtTxtHt(double height, double factor) const {
+  return Reported("CvtTxtHt", kEngineModule, [&] { return CLng(height * factor * ViewScale); });
 }
 
 bool DXFEngine::MakeTestRect(const RECT& src, RECT& dst) {

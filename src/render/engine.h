@@ -6,9 +6,10 @@
 
 namespace dxfimport {
 
-// A window on the drawing in drawing units; top > bottom.
+// A window on the drawing in drawing units; top > bottom. The legacy profile keeps
+// single-precision values in it and computes with them in single precision.
 struct ZoomRect {
-  float left = 0, top = 0, right = 0, bottom = 0;
+  double left = 0, top = 0, right = 0, bottom = 0;
 };
 
 // Device pixels; filled with an entity's two end points x1, y1, x2, y2, not normalised.
@@ -25,23 +26,27 @@ class DXFEngine {
  public:
   int32_t DeviceWidth = 0;
   int32_t DeviceHeight = 0;
-  float OriginX = 0;  // drawing x at device x = 0
-  float OriginY = 0;  // drawing y at device y = DeviceHeight
-  float ViewScale = 0;  // pixels per drawing unit
+  double OriginX = 0;    // drawing x at device x = 0
+  double OriginY = 0;    // drawing y at device y = DeviceHeight
+  double ViewScale = 0;  // pixels per drawing unit
   int32_t ViewWindowHandle = 0;
-  float ViewAspect = 0;
+  double ViewAspect = 0;
   ZoomRect CurrentZoom;
 
   // Stores the viewport; returns 1.
-  int Initialize(int32_t deviceHeight, float originX, float originY, float scale, int32_t windowHandle);
+  int Initialize(int32_t deviceHeight, double originX, double originY, double scale, int32_t windowHandle);
 
   // round((x - OriginX) * ViewScale), ties to even.
-  int32_t CvtX(float x) const;
+  int32_t CvtX(double x) const;
   // round(DeviceHeight - (y - OriginY) * ViewScale): the window's bottom edge maps to
   // DeviceHeight, one row below the last pixel.
-  int32_t CvtY(float y) const;
+  int32_t CvtY(double y) const;
   // round(height * factor * ViewScale): a text height in pixels.
-  int32_t CvtTxtHt(float height, float factor) const;
+  int32_t CvtTxtHt(double height, double factor) const;
+
+  // The device position of a drawing point, unrounded (modern profile).
+  double DeviceX(double x) const { return (x - OriginX) * ViewScale; }
+  double DeviceY(double y) const { return double(DeviceHeight) - (y - OriginY) * ViewScale; }
 
   // The rectangle for the visibility test: left and top moved in by one pixel, except
   // that a one-pixel-wide (or -high) entity moves out instead so that it never yields an

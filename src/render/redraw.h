@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "dxf/drawing.h"
@@ -17,6 +18,19 @@ namespace dxfimport {
 // The drawing's extents as a window.
 ZoomRect ExtentsOf(const Drawing& drawing);
 
+// How the modern profile's pictures are drawn, beyond what the legacy redraw knows.
+struct DisplayOptions {
+  bool LineWeights = false;  // line weights (group 370) drawn as pen widths, as CAD tools offer
+  double Dpi = 96;           // the picture's resolution, for line weights in millimetres
+};
+
+// Draws one item of the drawing order into a canvas; one per profile.
+class EntityPainter {
+ public:
+  virtual ~EntityPainter() = default;
+  virtual void Draw(const SeqEntry& entry) = 0;
+};
+
 // The redraw of the whole drawing and the zoom state around it. Every picture of the
 // program (viewer, command line, automation) is drawn by Zoom.
 class ZoomState {
@@ -30,10 +44,12 @@ class ZoomState {
   bool ColorByLayer = true;         // entities of colour 0 take their layer's colour
   bool AttributesVisible = true;    // attributes are drawn
   bool MonochromePrint = false;     // the printer draws every entity in colour 0
+  DisplayOptions Display;           // modern profile
   std::string FileName;             // named in the print border's caption
   QPagedPaintDevice* Printer = nullptr;  // the printer target (a PDF writer)
 
   const ZoomRect& CurrentZoom() const { return Engine.CurrentZoom; }
+  const Drawing& drawing() const { return drawing_; }
 
   // Draws the drawing for `window` (drawing units) into the surface, or into `metafile`
   // (sized as the surface) when one is given, or onto the printer page when `toPrinter`.
@@ -44,29 +60,32 @@ class ZoomState {
   // stopping the redraw.
   bool Zoom(const ZoomRect& window, Surface& surface, QPaintDevice* metafile = nullptr, bool toPrinter = false);
 
-  // The colour an entity is drawn in: 0 on a monochrome printer; its layer's colour when
-  // ColorByLayer and its own colour is 0; else its own colour.
+  // The colour an entity is drawn in by the legacy redraw: 0 on a monochrome printer; its
+  // layer's colour when ColorByLayer and its own colour is 0; else its own colour.
   int32_t EntityColor(int32_t layer, int32_t color, bool toPrinter) const;
 
   // Zooms by `percent` about the surface pixel (x, y), keeping the drawing point under
   // it, and redraws. Returns true (reported errors included).
   bool StationaryZoom(float x, float y, int16_t percent, Surface& surface);
+  // The window of the device rectangle from (minX, minY) to (maxX, maxY) of the current
+  // view (`height` the surface's height), in the profile's precision.
+  ZoomRect WindowOfPixels(int minX, int minY, int maxX, int maxY, int height) const;
 
   void AddToPrevZoomStack(const ZoomRect& r);
 
  private:
-  struct Pass;
-  void DrawEntity(Pass& pass, const SeqEntry& entry);
-  void DrawTextEntity(Pass& pass, TextEntity& text);
-  void DrawArcEntity(Pass& pass, const ArcEntity& arc);
-  void DrawBulgedSegment(Pass& pass, const PolySegment& s, int32_t color, int32_t penWidth);
-  void DrawHatchEntity(Pass& pass, const HatchEntity& h);
-  bool Visible(const RECT& device) const;
-  bool LayerOn(int32_t layer) const { return drawing_.LayerState(layer) != 0; }
   void AddPrintBorder(Canvas& canvas, int32_t lineHeight);
   bool DrawPass(const ZoomRect& window, Surface& surface, QPaintDevice* metafile, bool toPrinter);
+  template <class Real>
+  bool FitWindow(const ZoomRect& window);
+  std::unique_ptr<EntityPainter> MakePainter(Canvas& canvas, const Surface& surface, bool toPrinter);
 
   Drawing& drawing_;
 };
+
+// The painters (legacy_painter.cpp, modern_painter.cpp).
+std::unique_ptr<EntityPainter> MakeLegacyPainter(ZoomState& zoom, Drawing& drawing, Canvas& canvas, bool toPrinter);
+std::unique_ptr<EntityPainter> MakeModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& canvas,
+                                                 QColor background, bool toPrinter);
 
 }  // namespace dxfimport

@@ -24,10 +24,13 @@ bool ZoomState::StationaryZoom(float x, float y, int16_t percent, Surface& surfa
     double newHeight = 100.0 / percent * (current.top - current.bottom);
     double fx = double(x) / surface.ScaleWidth();
     double fy = double(y) / surface.ScaleHeight();
-    NextZoom.left = CSng(cx - fx * newWidth);
-    NextZoom.right = CSng((1 - fx) * newWidth + cx);
-    NextZoom.top = CSng(newHeight * fy + cy);
-    NextZoom.bottom = CSng(cy - (1 - fy) * newHeight);
+    // The window is kept in the profile's precision.
+    const bool single = drawing_.Rules().SinglePrecision;
+    auto keep = [single](double v) { return single ? double(CSng(v)) : v; };
+    NextZoom.left = keep(cx - fx * newWidth);
+    NextZoom.right = keep((1 - fx) * newWidth + cx);
+    NextZoom.top = keep(newHeight * fy + cy);
+    NextZoom.bottom = keep(cy - (1 - fy) * newHeight);
     surface.Cls();
     AddToPrevZoomStack(NextZoom);
     if (NextZoom.left - NextZoom.right != 0 && NextZoom.bottom - NextZoom.top != 0) {
@@ -41,6 +44,22 @@ bool ZoomState::StationaryZoom(float x, float y, int16_t percent, Surface& surfa
     ReportError("StationaryZoom", kModule, e.text(), e.number());
   }
   return true;
+}
+
+namespace {
+
+template <class Real>
+ZoomRect PixelWindow(const DXFEngine& e, int minX, int minY, int maxX, int maxY, int height) {
+  const Real scale = Real(e.ViewScale), h = Real(height);
+  const Real left = Real(e.CurrentZoom.left), bottom = Real(e.CurrentZoom.bottom);
+  return {minX / scale + left, (h - minY) / scale + bottom, maxX / scale + left, (h - maxY) / scale + bottom};
+}
+
+}  // namespace
+
+ZoomRect ZoomState::WindowOfPixels(int minX, int minY, int maxX, int maxY, int height) const {
+  return drawing_.Rules().SinglePrecision ? PixelWindow<float>(Engine, minX, minY, maxX, maxY, height)
+                                          : PixelWindow<double>(Engine, minX, minY, maxX, maxY, height);
 }
 
 // The oldest of four windows falls off; the fifth slot is never written.

@@ -173,6 +173,21 @@ std::string FormatGrouped(int64_t value, const NumberSeparators& sep) {
   return (negative ? "-" : "") + GroupDigits(digits, sep.group);
 }
 
+namespace {
+
+// The sign (none for a value that shows as zero), the grouped whole part and the
+// fraction after the point.
+std::string SignedGrouped(bool negative, const std::string& intPart, const std::string& fracPart,
+                          const NumberSeparators& sep) {
+  bool zero = std::all_of(intPart.begin(), intPart.end(), [](char c) { return c == '0'; }) && fracPart.empty();
+  std::string out = (negative && !zero) ? "-" : "";
+  out += GroupDigits(intPart, sep.group);
+  if (!fracPart.empty()) out += sep.point + fracPart;
+  return out;
+}
+
+}  // namespace
+
 std::string FormatSingleUpToTwo(float value, const NumberSeparators& sep) {
   if (!std::isfinite(value)) return std::isnan(value) ? "NaN" : (value < 0 ? "-Inf" : "Inf");
   // Seven significant digits, as the run time shows a single.
@@ -201,12 +216,17 @@ std::string FormatSingleUpToTwo(float value, const NumberSeparators& sep) {
     fracPart = std::string(f.substr(f.find('.') + 1));
     while (!fracPart.empty() && fracPart.back() == '0') fracPart.pop_back();
   }
-  bool zero = std::all_of(intPart.begin(), intPart.end(), [](char c) { return c == '0'; }) &&
-              fracPart.empty();
-  std::string out = (value < 0 && !zero) ? "-" : "";
-  out += GroupDigits(intPart, sep.group);
-  if (!fracPart.empty()) out += sep.point + fracPart;
-  return out;
+  return SignedGrouped(value < 0, intPart, fracPart, sep);
+}
+
+std::string FormatUpToTwo(double value, const NumberSeparators& sep) {
+  if (!std::isfinite(value)) return std::isnan(value) ? "NaN" : (value < 0 ? "-Inf" : "Inf");
+  char fixed[400];
+  auto end = std::to_chars(fixed, fixed + sizeof fixed, std::abs(value), std::chars_format::fixed, 2).ptr;
+  std::string_view f(fixed, end - fixed);
+  std::string fracPart(f.substr(f.find('.') + 1));
+  while (!fracPart.empty() && fracPart.back() == '0') fracPart.pop_back();
+  return SignedGrouped(value < 0, std::string(f.substr(0, f.find('.'))), fracPart, sep);
 }
 
 }  // namespace dxfimport

@@ -55,5 +55,7 @@ std::string FormatGrouped(int64_t value, const NumberSeparators& sep);
 // "#,##0.##" applied to a single-precision value: seven significant digits, at most two
 // decimals, no trailing zeros and no lone decimal point.
 std::string FormatSingleUpToTwo(float value, const NumberSeparators& sep);
+// "#,##0.##" applied to a double: at most two decimals, no trailing zeros.
+std::string FormatUpToTwo(double value, const NumberSeparators& sep);
 
 }  // namespace dxfimport

@@ -397,14 +397,8 @@ void frmImport::Picture1_MouseUp(int x, int y) {
     zoom_.StationaryZoom(float(x), float(y), 200, *picture_);
     return;
   }
-  const float scale = zoom_.Engine.ViewScale;
-  if (scale == 0) return;
-  const ZoomRect& current = zoom_.CurrentZoom();
-  const float height = float(picture_->ScaleHeight());
-  zoom_.NextZoom.left = minX / scale + current.left;
-  zoom_.NextZoom.right = maxX / scale + current.left;
-  zoom_.NextZoom.bottom = (height - maxY) / scale + current.bottom;
-  zoom_.NextZoom.top = (height - minY) / scale + current.bottom;
+  if (zoom_.Engine.ViewScale == 0) return;
+  zoom_.NextZoom = zoom_.WindowOfPixels(minX, minY, maxX, maxY, picture_->ScaleHeight());
   Redraw(zoom_.NextZoom);
 }
 

@@ -42,11 +42,14 @@ TEST(CommandLine, StatsOfTheSampleDrawing) {
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.err, "");
   EXPECT_EQ(run.out, sample +
-                         "\n\nEntities: 89\nLines: 31\nPolylines: 25\nArcs and circles: 13\nSolids: 4\nText: 13\n"
-                         "Layers: 9\nBlocks: 4\nAttributes: 3\n\nLeft: -1\nTop: 13\nRight: 21\nBottom: -2\n");
+                         "\n\nEntities: 91\nLines: 31\nPolylines: 25\nArcs and circles: 13\nSolids: 6\nText: 13\n"
+                         "Layers: 9\nBlocks: 4\nAttributes: 3\n\nLeft: -0.5\nTop: 12.5\nRight: 20.5\nBottom: -1.6\n");
   ProgramRun json = Dxfimport("stats --json " + sample);
   EXPECT_EQ(json.status, 0);
-  EXPECT_NE(json.out.find("\"entities\":89"), std::string::npos);
+  EXPECT_NE(json.out.find("\"entities\":91"), std::string::npos);
+  ProgramRun legacy = Dxfimport("stats --legacy " + sample);
+  EXPECT_NE(legacy.out.find("Entities: 89\n"), std::string::npos);
+  EXPECT_NE(legacy.out.find("Left: -1\nTop: 13\nRight: 21\nBottom: -2\n"), std::string::npos);
 }
 
 TEST(CommandLine, DumpPrintsTablesAsTabSeparatedText) {
@@ -135,10 +138,14 @@ TEST(CommandLine, RenderFailuresWriteNoFile) {
                                          {2, "0"}, {0, "ENDTAB"}, {0, "ENDSEC"}});
   testing::TempFile far(layers + testing::EntitiesFile({{0, "LINE"}, {10, "0"}, {20, "0"}, {11, "1"}, {21, "1"},
                                                {0, "LINE"}, {10, "3e38"}, {20, "0"}, {11, "3e38"}, {21, "1"}}));
-  ProgramRun overflow = Dxfimport("render " + far.path() + " -o " + dir + "/o.png --window 0,1,1,0");
+  ProgramRun overflow = Dxfimport("render " + far.path() + " -o " + dir + "/o.png --window 0,1,1,0 --legacy");
   EXPECT_EQ(overflow.status, 0);
   EXPECT_NE(overflow.err.find("Error 6: Overflow"), std::string::npos);
   EXPECT_TRUE(std::filesystem::exists(dir + "/o.png"));
+  // The modern profile clips what lies beyond the view instead.
+  ProgramRun clipped = Dxfimport("render " + far.path() + " -o " + dir + "/m.png --window 0,1,1,0");
+  EXPECT_EQ(clipped.status, 0);
+  EXPECT_EQ(clipped.err, "");
 
   EXPECT_EQ(Dxfimport("render " + testing::SamplePath() + " -o x.gif").status, 2);
   EXPECT_EQ(Dxfimport("render " + testing::SamplePath() + " -o x.bmp --size big").status, 2);

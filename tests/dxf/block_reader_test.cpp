@@ -46,7 +46,7 @@ TEST(DXFInsert, PlacesTheBlockAtScaleOneAndSubstitutesLayerOne) {
   EXPECT_EQ(d.Texts[0].X, 101);
   EXPECT_EQ(d.SeqCount(), 4);
   EXPECT_EQ(d.BlockCount(), 1);
-  EXPECT_EQ(d.Blocks[0].Records.size(), 4u);
+  EXPECT_EQ(d.Blocks[0].Content.DrawSeq.size(), 4u);
 }
 
 TEST(DXFInsert, ScalesMirrorsAndRotates) {
@@ -92,7 +92,7 @@ TEST(DXFInsert, NestedAndPendingInsertsResolveIntoTheirContainer) {
   auto loaded = Load(Drawing3(blocks, Insert("OUTER", {{10, "100"}, {20, "100"}})));
   const Drawing& d = loaded->drawing;
   ASSERT_EQ(d.PendingInsertCount(), 1);
-  EXPECT_EQ(d.Blocks[1].Records.size(), 5u);  // four of B, one circle of LATER
+  EXPECT_EQ(d.Blocks[1].Content.DrawSeq.size(), 5u);  // four of B, one circle of LATER
   EXPECT_EQ(d.LineCount(), 2);
   EXPECT_EQ(d.Lines[0].X1, 100);  // B at (1, 1) relative to OUTER's base (1, 1)
   ASSERT_EQ(d.ArcCount(), 2);

@@ -64,25 +64,29 @@ TEST(ModernEntities, MTextBecomesOneRowPerLinePlacedByItsAttachment) {
   EXPECT_EQ(turned->drawing.Texts[0].HorzJustify, 2);
 }
 
-TEST(ModernEntities, CurvesLeadersAndTracesBecomeSegmentsAndSolids) {
+TEST(ModernEntities, CurvesKeepTheirShapeLeadersGetArrowsAndTracesBecomeSolids) {
   auto loaded = LoadModern(EntitiesFile({
       {0, "ELLIPSE"}, {10, "0"}, {20, "0"}, {11, "10"}, {21, "0"}, {40, "0.5"}, {41, "0"}, {42, "3.14159265"},
       {0, "LEADER"}, {10, "0"}, {20, "0"}, {10, "5"}, {20, "5"}, {10, "9"}, {20, "5"},
       {0, "TRACE"}, {10, "0"}, {20, "0"}, {11, "1"}, {21, "0"}, {12, "0"}, {22, "1"}, {13, "1"}, {23, "1"},
       {0, "SPLINE"}, {71, "2"}, {10, "0"}, {20, "0"}, {10, "5"}, {20, "10"}, {10, "10"}, {20, "0"}}));
   const Drawing& d = loaded->drawing;
-  EXPECT_EQ(d.SolidCount(), 1);
+  ASSERT_EQ(d.Ellipses.size(), 1u);
+  EXPECT_EQ(d.Ellipses[0].UX, 10);  // the half ellipse starts on its major axis
+  EXPECT_EQ(d.Ellipses[0].VY, 5);   // and turns towards the extrusion's left
+  EXPECT_DOUBLE_EQ(d.Ellipses[0].End, 3.14159265);
+  EXPECT_EQ(d.SolidCount(), 2);     // the trace and the leader's arrowhead
+  EXPECT_EQ(d.Solids[0].X1, 0);     // the arrow's tip on the leader's first point
   ASSERT_GT(d.PolySegCount(), 10);
-  EXPECT_EQ(d.PolySegs[0].X1, 10);  // the half ellipse starts on its major axis
   int leader = 0;
   for (const PolySegment& s : d.PolySegs) leader += (s.X1 == 5 && s.Y1 == 5 && s.X2 == 9);
   EXPECT_EQ(leader, 1);
-  EXPECT_EQ(d.ExtMinY, 0);
-  EXPECT_NEAR(d.ExtMaxY, 5, 0.01);
-  EXPECT_NEAR(d.ExtMaxX, 10, 1e-4);
+  EXPECT_NEAR(d.ExtMinY, -0.4, 1e-9);  // 0 less the margin of 2 % of the span of 20
+  EXPECT_NEAR(d.ExtMaxY, 5.4, 1e-9);
+  EXPECT_NEAR(d.ExtMinX, -10.4, 1e-9);
 }
 
-TEST(ModernEntities, SolidHatchesKeepTheirLoopsAndPatternHatchesTheirOutline) {
+TEST(ModernEntities, HatchesKeepTheirLoopsAndTheirPatternLines) {
   testing::Pairs square = {{91, "2"},
                            {92, "2"}, {72, "0"}, {73, "1"}, {93, "4"}, {10, "0"}, {20, "0"}, {10, "10"}, {20, "0"},
                            {10, "10"}, {20, "10"}, {10, "0"}, {20, "10"}, {97, "0"},
@@ -101,9 +105,16 @@ TEST(ModernEntities, SolidHatchesKeepTheirLoopsAndPatternHatchesTheirOutline) {
   EXPECT_EQ(d.DrawSeq[0].Kind, kKindHatch);
   testing::Pairs pattern = {{0, "HATCH"}, {2, "ANSI31"}, {70, "0"}};
   pattern.insert(pattern.end(), square.begin(), square.end());
-  auto outlined = LoadModern(EntitiesFile(pattern));
-  EXPECT_EQ(outlined->drawing.HatchCount(), 0);
-  EXPECT_GT(outlined->drawing.PolySegCount(), 8);
+  pattern.insert(pattern.end(), {{78, "1"}, {53, "45"}, {43, "0"}, {44, "0"}, {45, "-0.5"}, {46, "0.5"},
+                                 {79, "2"}, {49, "1"}, {49, "-0.5"}});
+  auto patterned = LoadModern(EntitiesFile(pattern));
+  ASSERT_EQ(patterned->drawing.HatchCount(), 1);
+  const HatchEntity& h = patterned->drawing.Hatches[0];
+  EXPECT_EQ(h.Filling, HatchEntity::Fill::Pattern);
+  ASSERT_EQ(h.Pattern.size(), 1u);
+  EXPECT_NEAR(h.Pattern[0].Direction.x, std::sqrt(0.5), 1e-12);
+  EXPECT_EQ(h.Pattern[0].Offset.x, -0.5);
+  EXPECT_EQ(h.Pattern[0].Dashes, (std::vector<double>{1, -0.5}));
 }
 
 TEST(ModernEntities, LineTypePatternsComeFromTheLtypeTable) {

@@ -37,7 +37,7 @@ TEST(ModernProfile, OnlyTheValueAfterCodeZeroNamesAnEntity) {
                                       {{0, "TEXT"}, {8, "LINE"}, {1, "LINE"}, {10, "1"}, {20, "1"},
                                        {0, "TEXT"}, {1, "ENTITIES"}, {0, "  LINE  "}, {10, "5"}, {11, "6"}}));
   const Drawing& d = loaded->drawing;
-  EXPECT_EQ(d.LayerCount(), 1);
+  EXPECT_EQ(d.LayerCount(), 2);  // "LINE", and "0" that the table lacks, added for the entities on it
   EXPECT_EQ(d.TextCount(), 2);
   ASSERT_EQ(d.LineCount(), 1);  // the trimmed name counts
   EXPECT_EQ(d.Lines[0].X1, 5);
@@ -50,8 +50,8 @@ TEST(ModernProfile, ResolvesTrueColoursByLayerByBlockAndLayersThatAreOff) {
                   {0, "ENDBLK"}, {0, "ENDSEC"}};
   Pairs entities = {{0, "LINE"}, {8, "0"},                      // by layer: 0
                     {0, "LINE"}, {8, "0"}, {62, "256"},         // by layer: 0
-                    {0, "LINE"}, {8, "0"}, {62, "7"},           // black, explicitly
-                    {0, "LINE"}, {8, "0"}, {62, "0"},           // by block at the top: black
+                    {0, "LINE"}, {8, "0"}, {62, "7"},           // the foreground colour
+                    {0, "LINE"}, {8, "0"}, {62, "0"},           // by block at the top: the foreground
                     {0, "LINE"}, {8, "0"}, {62, "1"}, {420, "16711680"},  // true red wins
                     {0, "INSERT"}, {8, "0"}, {2, "B"}, {62, "3"}};        // its line by block: green
   std::string text = DxfText({{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "LAYER"}}) + DxfText(layers) +
@@ -61,10 +61,11 @@ TEST(ModernProfile, ResolvesTrueColoursByLayerByBlockAndLayersThatAreOff) {
   ASSERT_EQ(d.LineCount(), 6);
   EXPECT_EQ(d.Lines[0].Color, 0);
   EXPECT_EQ(d.Lines[1].Color, 0);
-  EXPECT_EQ(d.Lines[2].Color, kExplicitBlack);
-  EXPECT_EQ(d.Lines[3].Color, kExplicitBlack);
+  EXPECT_EQ(d.Lines[2].Color, kForeground);
+  EXPECT_EQ(d.Lines[3].Color, kForeground);
   EXPECT_EQ(d.Lines[4].Color, 0x0000FF);
   EXPECT_EQ(d.Lines[5].Color, 0x00FF00);
+  EXPECT_EQ(d.Layers[0].Color, kForeground);
   EXPECT_EQ(d.Layers[1].IsOn, 0);
   EXPECT_EQ(d.Layers[1].Color, 0x00FF00);
   EXPECT_EQ(d.Layers[2].Color, 0x00FF00);
@@ -91,36 +92,44 @@ TEST(ModernProfile, ADrawingWithoutALayerTableGetsLayerZero) {
   EXPECT_EQ(loaded->drawing.LayerState(loaded->drawing.Lines[0].Layer), -1);
 }
 
-TEST(ModernProfile, PaperSpaceIsNotDrawn) {
-  Pairs blocks = {{0, "SECTION"}, {2, "BLOCKS"}, {0, "BLOCK"}, {2, "*Paper_Space0"}, {0, "LINE"}, {10, "9"},
+TEST(ModernProfile, PaperSpaceIsDrawnOnlyWhenModelSpaceIsEmptyOrALayoutIsAsked) {
+  Pairs blocks = {{0, "SECTION"}, {2, "BLOCKS"}, {0, "BLOCK"}, {2, "*Paper_Space"}, {0, "LINE"}, {10, "9"},
                   {0, "ENDBLK"}, {0, "ENDSEC"}};
-  Pairs entities = {{0, "LINE"}, {67, "1"}, {10, "50"}, {0, "LINE"}, {10, "1"}, {11, "2"},
-                    {0, "POLYLINE"}, {67, "1"}, {0, "VERTEX"}, {10, "1"}, {0, "VERTEX"}, {10, "2"}, {0, "SEQEND"},
-                    {0, "INSERT"}, {2, "*Paper_Space0"}};
-  auto loaded = LoadModern(DxfText(blocks) + EntitiesFile(entities));
-  EXPECT_EQ(loaded->drawing.LineCount(), 1);
-  EXPECT_EQ(loaded->drawing.PolySegCount(), 0);
-  EXPECT_EQ(loaded->drawing.Blocks[0].Records.size(), 0u);
+  Pairs paper = {{0, "LINE"}, {67, "1"}, {10, "50"},
+                 {0, "POLYLINE"}, {67, "1"}, {0, "VERTEX"}, {10, "1"}, {0, "VERTEX"}, {10, "2"}, {0, "SEQEND"}};
+  Pairs model = {{0, "LINE"}, {10, "1"}, {11, "2"}};
+  Pairs both = paper;
+  both.insert(both.end(), model.begin(), model.end());
+  auto modelFirst = LoadModern(DxfText(blocks) + EntitiesFile(both));
+  EXPECT_EQ(modelFirst->drawing.LineCount(), 1);
+  EXPECT_EQ(modelFirst->drawing.Lines[0].X2, 2);
+  EXPECT_EQ(modelFirst->drawing.PolySegCount(), 0);
+  EXPECT_EQ(modelFirst->outcome.Layout, "");
+  EXPECT_EQ(modelFirst->drawing.Blocks[0].Content.DrawSeq.size(), 3u);  // the block's line, then ENTITIES'
+
+  auto paperOnly = LoadModern(DxfText(blocks) + EntitiesFile(paper));
+  EXPECT_EQ(paperOnly->outcome.Layout, "*Paper_Space");
+  EXPECT_EQ(paperOnly->drawing.LineCount(), 2);
+  EXPECT_EQ(paperOnly->drawing.PolySegCount(), 1);
 }
 
-TEST(ModernProfile, ExtentsComeFromTheDrawingWhenTheHeaderIsMissingOrAbsurd) {
+TEST(ModernProfile, ExtentsHoldWhatIsDrawnWithAMarginAndTheHeaderOnlyForAnEmptyDrawing) {
   auto header = [](const char* min, const char* max) {
     return DxfText({{0, "SECTION"}, {2, "HEADER"}, {9, "$EXTMIN"}, {10, min}, {20, min}, {9, "$EXTMAX"},
                     {10, max}, {20, max}, {0, "ENDSEC"}});
   };
   std::string body = EntitiesFile({{0, "LINE"}, {10, "1"}, {20, "2"}, {11, "3"}, {21, "4"},
                                    {0, "CIRCLE"}, {10, "10"}, {20, "10"}, {40, "1"}});
-  auto missing = LoadModern(body);
-  EXPECT_EQ(missing->drawing.ExtMinX, 1);
-  EXPECT_EQ(missing->drawing.ExtMaxX, 11);
-  EXPECT_EQ(missing->drawing.ExtMaxY, 11);
-  auto absurd = LoadModern(header("1e20", "-1e20") + body);
-  EXPECT_EQ(absurd->drawing.ExtMinX, 1);
-  auto inverted = LoadModern(header("5", "0") + body);
-  EXPECT_EQ(inverted->drawing.ExtMaxX, 11);
-  auto kept = LoadModern(header("-100", "100") + body);
-  EXPECT_EQ(kept->drawing.ExtMinX, -100);
-  EXPECT_EQ(kept->drawing.ExtMaxY, 100);
+  for (const std::string& head : {std::string(), header("1e20", "-1e20"), header("-100", "100")}) {
+    auto loaded = LoadModern(head + body);
+    EXPECT_DOUBLE_EQ(loaded->drawing.ExtMinX, 0.8);  // 1 less 2 % of the span of 10
+    EXPECT_DOUBLE_EQ(loaded->drawing.ExtMaxX, 11.2);
+    EXPECT_DOUBLE_EQ(loaded->drawing.ExtMinY, 1.8);
+    EXPECT_DOUBLE_EQ(loaded->drawing.ExtMaxY, 11.2);
+  }
+  auto empty = LoadModern(header("-100", "100") + EntitiesFile({}));
+  EXPECT_EQ(empty->drawing.ExtMinX, -100);
+  EXPECT_EQ(empty->drawing.ExtMaxY, 100);
 }
 
 TEST(ModernProfile, SelfInsertsAndDeepNestingAreLoggedAndSkipped) {
@@ -134,9 +143,9 @@ TEST(ModernProfile, SelfInsertsAndDeepNestingAreLoggedAndSkipped) {
   auto loaded = LoadModern(DxfText(blocks) + EntitiesFile({{0, "INSERT"}, {2, "SELF"}, {0, "INSERT"}, {2, "L34"}}));
   EXPECT_TRUE(loaded->outcome.Complete);
   EXPECT_TRUE(loaded->capture.log.Contains("Block SELF inserts itself; the insert is skipped."));
-  EXPECT_TRUE(loaded->capture.log.Contains("Block L32 is nested more than 32 levels deep; the insert is skipped."));
-  EXPECT_EQ(loaded->drawing.LineCount(), 1);  // SELF once; L34 is empty below its cut
-  EXPECT_EQ(loaded->drawing.Blocks[33].Records.size(), 1u);  // L32 still holds the line
+  EXPECT_TRUE(loaded->capture.log.Contains("Block L34 is nested more than 32 levels deep; the insert is skipped."));
+  EXPECT_EQ(loaded->drawing.LineCount(), 1);  // SELF once; L34 not at all
+  EXPECT_EQ(loaded->drawing.Blocks[33].Content.DrawSeq.size(), 1u);  // L32 holds its insert of L31
 }
 
 TEST(ModernProfile, MinsertPlacesRowsAndColumns) {
@@ -184,16 +193,17 @@ TEST(ModernProfile, DecodesCodePagesUtf8AndEscapes) {
   EXPECT_EQ(escapes->drawing.Texts[0].Text, utf8 + " x\\U+zz");
 }
 
-TEST(BothProfiles, LoadTheSampleDrawingToTheSameCounts) {
+TEST(BothProfiles, LoadTheSampleDrawingCompletely) {
+  // The modern profile draws the dimension's arrowheads too, and places the chair that a
+  // desk inserts before the chair is defined relative to the desk's base point.
   for (ReadingProfile profile : {ReadingProfile::Legacy, ReadingProfile::Modern}) {
     testing::Capture capture;
     Drawing d;
     DXFReader reader(d, profile);
     ASSERT_TRUE(reader.LoadDXF(testing::SamplePath()));
     EXPECT_TRUE(reader.outcome().Complete);
-    EXPECT_EQ(d.SeqCount(), 89);
+    EXPECT_EQ(d.SeqCount(), profile == ReadingProfile::Legacy ? 89 : 91);
     EXPECT_EQ(d.PolySegCount(), 25);
-    EXPECT_EQ(d.ExtMaxX, 21);
     EXPECT_TRUE(capture.messages.messages().empty());
   }
 }

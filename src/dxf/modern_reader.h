@@ -1,0 +1,204 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "dxf/dimension_drawing.h"
+#include "dxf/drawing.h"
+#include "dxf/geometry.h"
+#include "dxf/reader.h"
+
+namespace dxfimport {
+
+// A text height is the height of a capital; the character cell of the faces used is
+// this many times taller.
+inline constexpr double kCapHeightFactor = 1.6;
+
+// Layer names of the modern profile are kept whole up to this many characters.
+inline constexpr std::size_t kMaxNameChars = 255;
+
+// The modern reading profile: a structural reader of (group code, value) pairs. Only the
+// value after a group code 0 names an entity or a table entry; header variables follow a
+// group code 9; comments, embedded objects and extended data are passed over. Every
+// entity is stored in world coordinates (its object coordinate system applied) and in
+// double precision. Block definitions keep their own rows and references to the blocks
+// they insert; an INSERT in model space expands its block, nested inserts and all, with
+// one composed transform.
+class ModernReader {
+ public:
+  explicit ModernReader(DXFReader& owner);
+  // Reads the whole file. False when an error stopped it (reported; what was read is
+  // kept).
+  bool Read();
+
+  // The properties every entity carries (groups 8, 62/420, 6, 370).
+  struct Style {
+    int32_t Layer = 1;
+    int32_t Color = 0;
+    int32_t LineType = 0;
+    int16_t LineWeight = kWeightDefault;
+  };
+
+ private:
+  using Handler = bool (ModernReader::*)();
+  struct Kind;
+  static const Kind* FindKind(std::string_view name);
+
+  // Pairs and the record being read.
+  bool NextPair(int& code, std::string_view& value);
+  void ReadRecord(bool header);
+  bool Dispatch(std::string_view name);
+  std::string_view Value(int code) const;  // the last value of a code (below 1000)
+  bool Has(int code) const { return Value(code).data() != nullptr; }
+  double Num(int code, double fallback = 0) const;
+  // A whole number held within [lo, hi] (anything outside, or no number, at the bound).
+  int32_t Whole(int code, int32_t fallback, int32_t lo, int32_t hi) const;
+  std::string Text(int code) const;
+  PointD Point(int xCode) const { return {Num(xCode), Num(xCode + 10)}; }
+  Vec3 Extrusion() const { return {Num(210), Num(220), Num(230, 1)}; }
+  // The map from the entity's object coordinates (at `elevation`) to where it is stored:
+  // world coordinates, or the open block's coordinates.
+  Affine Placement(double elevation = 0) const;
+  Affine PlacementOf(Vec3 extrusion, double elevation) const;
+
+  // Header, tables and objects.
+  void ReadHeaderVariable(std::string_view name);
+  void ReadDimVariable(DimStyle& style, std::string_view name);
+  bool Section();
+  bool DXFLayers();
+  bool DXFLineTypes();
+  bool DXFBlockRecord();
+  bool DXFLayout();
+  bool DXFDimStyle();
+  int32_t LineTypeOfName(std::string_view name, double scale = 1);
+
+  // Entity properties.
+  Style ReadStyle();
+  int32_t LayerRow(std::string_view raw);
+  int32_t ColorValue() const;
+  int32_t LineTypeValue(int32_t layer);
+  int16_t LineWeightValue(int32_t layer) const;
+
+  // Entities (modern_entities.cpp, modern_polylines.cpp, hatch_reader.cpp).
+  bool DXFLine();
+  bool DXFCircle();
+  bool DXFSolid();
+  bool DXF3DFace();
+  bool DXFText();
+  bool DXFAttrib();
+  bool DXFMText();
+  bool DXFEllipse();
+  bool DXFSpline();
+  bool DXFLeader();
+  bool DXFPoint();
+  bool DXFRay();
+  bool DXFWipeout();
+  bool DXFHatch();
+  bool DXFPoly();
+  bool DXFVertex();
+  bool DXFSeqEnd();
+  bool DXFLwPolyline();
+  TextEntity ReadTextFields(const Style& style, int verticalCode);
+  TextEntity PlainText(const std::string& text, double height, const Style& style) const;
+  void EmitCurve(const std::vector<PointD>& points, const Style& style, bool closed = false);
+  double CurveTolerance(double curveSize) const;
+
+  // Polylines and meshes (modern_polylines.cpp).
+  struct PathVertex {
+    PointD point;
+    double bulge = 0;
+    double startWidth = 0, endWidth = 0;
+  };
+  struct OpenPolyline {
+    Style style;
+    int32_t flags = 0;
+    double startWidth = 0, endWidth = 0;  // the defaults of the vertices (40/41)
+    Affine place;         // object (or world) coordinates to where the rows go
+    int32_t output = 0;   // the block the rows go to (0: the drawing)
+    std::vector<PathVertex> vertices;
+    std::vector<std::array<int32_t, 4>> faces;        // polyface face records
+    int32_t meshM = 0, meshN = 0;
+  };
+  void FinishPolyline();
+  void EmitPolylinePath(const std::vector<PathVertex>& vertices, bool closed, const Style& style,
+                        const Affine& place);
+  void EmitPolyface();
+  void EmitPolygonMesh();
+
+  // Blocks, inserts, dimensions and layouts (modern_blocks.cpp).
+  bool DXFBlock();
+  bool DXFEndBlock();
+  bool DXFInsert();
+  bool DXFDimension();
+  bool DXFTable();
+  bool DXFViewport();
+  int32_t BlockRow(std::string_view name);
+  int32_t PaperSpaceBlock();
+  InsertRef ReadInsertRef(int32_t block, const Style& style);
+  void PlaceInsert(const InsertRef& ref);
+  void ExpandBlock(int32_t block, const Affine& m, const Style& inherited, int depth);
+  bool InsertAllowed(int32_t block);
+  struct Measure {
+    int64_t rows = 0;
+    int height = 0;
+  };
+  Measure MeasureBlock(int32_t block, int depth);
+  template <class Row>
+  void Restyle(Row& row, const Style& inherited);
+  int32_t LayerZero();
+  void ChooseLayout();
+  void DrawLayout(int32_t block);
+  DimensionInput ReadDimensionInput() const;
+  DimStyle DimStyleOf(const std::string& name) const;
+  void EmitDimension(const DimensionPicture& picture, const Style& style);
+
+  // Output: a row in world (or, inside a definition, block) coordinates.
+  template <class Row>
+  void Emit(const Row& row);
+
+  // Extents of what the tables hold, with text boxes (modern_extents.cpp).
+  void FinishExtents();
+
+  DXFReader& r_;
+  Drawing& drawing_;
+  std::vector<std::pair<int, std::string_view>> pairs_;
+  std::array<std::string_view, 1000> last_{};
+  std::vector<int16_t> setCodes_;
+  bool havePending_ = false;
+  int pendingCode_ = 0;
+  std::string_view pendingValue_;
+  std::string section_;
+  std::string_view name_;  // the record's name (after its code 0)
+
+  // Block state: rows go to the drawing (output_ 0) or to block output_, in its
+  // coordinates (toBlock_ maps world coordinates there).
+  int32_t output_ = 0;
+  int32_t block_ = 0;       // the block being defined
+  Affine toBlock_;
+  int32_t paperSpace_ = 0;  // the block that holds paper-space entities of ENTITIES
+  std::vector<int32_t> expanding_;  // blocks being expanded, outermost first
+  int32_t layerZero_ = 0;   // row of layer "0", found when first needed
+
+  // Polyline state.
+  bool inPolyline_ = false;
+  OpenPolyline polyline_;
+
+  // What the header and the tables said.
+  bool headerExtMin_ = false, headerExtMax_ = false;
+  double headerExt_[4] = {0, 0, 0, 0};
+  double ltScale_ = 1;
+  DimStyle headerDimStyle_;
+  std::unordered_map<std::string, DimStyle> dimStyles_;
+  std::unordered_map<std::string, std::vector<double>> lineTypes_;            // LTYPE elements
+  std::map<std::pair<std::string, double>, int32_t> patternStyles_;            // (name, scale) -> style
+  std::unordered_map<std::string, std::string> blockRecords_;                 // handle -> block name
+  std::vector<std::pair<std::string, std::string>> layouts_;                  // layout name, block record handle
+};
+
+}  // namespace dxfimport

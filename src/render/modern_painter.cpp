@@ -1,0 +1,481 @@
+// The modern profile's drawing of each kind: drawing coordinates converted in double
+// precision to unrounded device positions, curves flattened to a quarter pixel at the
+// current zoom, colours by the colour index (colour 7 contrasting with the background),
+// line types and, when asked, line weights; hatch patterns, points and construction
+// lines as CAD tools show them.
+#include <QFontMetricsF>
+#include <QPainterPath>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+#include "dxf/colors.h"
+#include "dxf/extents.h"
+#include "render/clipping.h"
+#include "render/redraw.h"
+#include "render/text_painter.h"
+
+namespace dxfimport {
+namespace {
+
+constexpr int kMaxChords = 20000;
+
+class ModernPainter : public EntityPainter {
+ public:
+  ModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& canvas, QColor background, bool toPrinter);
+  ~ModernPainter() override { painter_.restore(); }
+
+  void Draw(const SeqEntry& entry) override;
+
+ private:
+  QPointF At(double x, double y) const { return {e_.DeviceX(x), e_.DeviceY(y)}; }
+  QPointF At(PointD p) const { return At(p.x, p.y); }
+  bool LayerOn(int32_t layer) const { return drawing_.LayerState(layer) != 0; }
+  // The view, grown by `margin` pixels, meets the device box.
+  bool Visible(const Box& device, double margin = 2) const;
+  bool VisibleRow(const Box& units, double margin = 2) const;
+  QColor ColorOf(int32_t value, int32_t layer) const;
+  double WeightPixels(int16_t weight) const;
+  void UsePen(QColor color, double width, int32_t style);
+
+  void DrawLine(const LineEntity& l);
+  void DrawSegment(const PolySegment& s, int32_t row);
+  void DrawWideSegment(const PolySegment& s, int32_t row, QColor color);
+  void FillPolygon(const QPolygonF& polygon, QColor color);
+  void DrawArc(const ArcEntity& a);
+  void DrawEllipse(const EllipseEntity& e);
+  void DrawSolid(const SolidEntity& s);
+  void DrawHatch(const HatchEntity& h);
+  void DrawPatternLines(const HatchEntity& h, const std::vector<QPolygonF>& loops, const Box& box);
+  void DrawText(const TextEntity& t);
+  void DrawPoint(const PointEntity& p);
+  void DrawRay(const RayEntity& r);
+  // The curve centre + u cos t + v sin t from t0 to t1 (radians), in visible runs.
+  void StrokeCurve(PointD centre, PointD u, PointD v, double t0, double t1);
+  void StrokeLine(QPointF a, QPointF b);
+
+  ZoomState& zoom_;
+  const DXFEngine& e_;
+  const Drawing& drawing_;
+  QPainter& painter_;
+  bool toPrinter_;
+  QColor background_;
+  int32_t foreground_;
+  std::vector<QVector<qreal>> dashPatterns_;
+  QRectF view_;
+  struct PenKey {
+    QRgb color;
+    double width;
+    int32_t style;
+    bool operator==(const PenKey&) const = default;
+  };
+  PenKey penKey_{0, -1, -1};
+  QPolygonF run_;
+  TextPainter text_;
+};
+
+ModernPainter::ModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& canvas, QColor background,
+                             bool toPrinter)
+    : zoom_(zoom),
+      e_(zoom.Engine),
+      drawing_(drawing),
+      painter_(canvas.painter()),
+      toPrinter_(toPrinter),
+      background_(background),
+      foreground_(ContrastingColor(background.red() | (background.green() << 8) | (background.blue() << 16))),
+      view_(0, 0, e_.DeviceWidth, e_.DeviceHeight),
+      text_(canvas.painter()) {
+  painter_.save();
+  painter_.setRenderHint(QPainter::Antialiasing, false);
+  painter_.setBrush(Qt::NoBrush);
+  for (const std::vector<double>& pattern : drawing.DashPatterns)
+    dashPatterns_.push_back(Canvas::PixelPattern(pattern, e_.ViewScale));
+}
+
+bool ModernPainter::Visible(const Box& b, double margin) const {
+  return !b.Empty() && b.maxX >= -margin && b.minX <= e_.DeviceWidth + margin && b.maxY >= -margin &&
+         b.minY <= e_.DeviceHeight + margin;
+}
+
+// A row's box in drawing units against the view (the window, grown by `margin` pixels).
+bool ModernPainter::VisibleRow(const Box& u, double margin) const {
+  if (u.Empty()) return false;
+  const ZoomRect& z = e_.CurrentZoom;
+  const double m = margin / e_.ViewScale;
+  return u.maxX >= z.left - m && u.minX <= z.right + m && u.maxY >= z.bottom - m && u.minY <= z.top + m;
+}
+
+QColor ModernPainter::ColorOf(int32_t value, int32_t layer) const {
+  if (toPrinter_ && zoom_.MonochromePrint) return Qt::black;
+  return Canvas::ToQColor(EntityRgb(value, layer, drawing_.Layers, zoom_.ColorByLayer, foreground_));
+}
+
+// A line weight in pixels at the picture's resolution, or 0 (a one-pixel pen) when line
+// weights are not shown.
+double ModernPainter::WeightPixels(int16_t weight) const {
+  if (!zoom_.Display.LineWeights) return 0;
+  const int16_t w = weight >= 0 ? weight : drawing_.DefaultLineWeight;
+  const double pixels = w / 100.0 * zoom_.Display.Dpi / 25.4;
+  return pixels > 1.5 ? pixels : 0;
+}
+
+void ModernPainter::UsePen(QColor color, double width, int32_t style) {
+  const PenKey key{color.rgb(), width, style};
+  if (key == penKey_) return;
+  penKey_ = key;
+  QPen pen(color, width, Qt::SolidLine, width > 1.5 ? Qt::RoundCap : Qt::FlatCap, Qt::RoundJoin);
+  if (style >= Drawing::kFirstDashPattern) {
+    const std::size_t i = std::size_t(style - Drawing::kFirstDashPattern);
+    if (i < dashPatterns_.size() && !dashPatterns_[i].isEmpty()) {
+      QVector<qreal> pattern = dashPatterns_[i];
+      if (width > 1) for (qreal& v : pattern) v = std::max(0.1, v / width);
+      pen.setDashPattern(pattern);
+    }
+  } else if (style > 0) {
+    pen.setStyle(Canvas::ToPenStyle(style));
+  }
+  painter_.setPen(pen);
+}
+
+void ModernPainter::Draw(const SeqEntry& entry) {
+  VisitRow(drawing_, entry, [this, &entry](const auto& row) {
+    using Row = std::decay_t<decltype(row)>;
+    if constexpr (std::is_same_v<Row, LineEntity>) {
+      if (LayerOn(row.Layer)) DrawLine(row);
+    } else if constexpr (std::is_same_v<Row, PolySegment>) {
+      if (LayerOn(row.Layer)) DrawSegment(row, entry.Index);
+    } else if constexpr (std::is_same_v<Row, TextEntity>) {
+      if (LayerOn(row.Layer)) DrawText(row);
+    } else if constexpr (std::is_same_v<Row, AttribEntity>) {
+      if (LayerOn(row.Text.Layer) && zoom_.AttributesVisible) DrawText(row.Text);
+    } else if constexpr (std::is_same_v<Row, ArcEntity>) {
+      if (LayerOn(row.Layer)) DrawArc(row);
+    } else if constexpr (std::is_same_v<Row, EllipseEntity>) {
+      if (LayerOn(row.Layer)) DrawEllipse(row);
+    } else if constexpr (std::is_same_v<Row, SolidEntity>) {
+      if (LayerOn(row.Layer)) DrawSolid(row);
+    } else if constexpr (std::is_same_v<Row, HatchEntity>) {
+      if (LayerOn(row.Layer)) DrawHatch(row);
+    } else if constexpr (std::is_same_v<Row, PointEntity>) {
+      if (LayerOn(row.Layer)) DrawPoint(row);
+    } else if constexpr (std::is_same_v<Row, RayEntity>) {
+      if (LayerOn(row.Layer)) DrawRay(row);
+    }
+  });
+}
+
+// A line clipped to the view (so that far-away ends never reach the rasterizer).
+void ModernPainter::StrokeLine(QPointF a, QPointF b) {
+  const double margin = 2 + painter_.pen().widthF();
+  if (ClipSegment(a, b, view_.adjusted(-margin, -margin, margin, margin))) painter_.drawLine(QLineF(a, b));
+}
+
+void ModernPainter::DrawLine(const LineEntity& l) {
+  UsePen(ColorOf(l.Color, l.Layer), WeightPixels(l.LineWeight), l.LineType);
+  StrokeLine(At(l.X1, l.Y1), At(l.X2, l.Y2));
+}
+
+void ModernPainter::DrawSegment(const PolySegment& s, int32_t row) {
+  const QColor color = ColorOf(s.Color, s.Layer);
+  if (std::max(std::abs(s.Width), std::abs(s.EndWidth)) * e_.ViewScale > 1.5) return DrawWideSegment(s, row, color);
+  UsePen(color, WeightPixels(s.LineWeight), s.LineType);
+  BulgeArc arc;
+  const bool curved = s.Bulge != 0 && ArcOfBulge({s.X1, s.Y1}, {s.X2, s.Y2}, s.Bulge, arc);
+  // An arc that strays less than half a pixel from its chord is drawn as the chord.
+  const double sagitta = std::abs(s.Bulge) * std::hypot(s.X2 - s.X1, s.Y2 - s.Y1) / 2 * e_.ViewScale;
+  if (!curved || sagitta < 0.5) return StrokeLine(At(s.X1, s.Y1), At(s.X2, s.Y2));
+  double start = Radians(arc.startDegrees), end = Radians(arc.endDegrees);
+  while (end <= start) end += 2 * M_PI;
+  StrokeCurve(arc.centre, {arc.radius, 0}, {0, arc.radius}, start, end);
+}
+
+void ModernPainter::FillPolygon(const QPolygonF& polygon, QColor color) {
+  penKey_ = {0, -1, -1};
+  painter_.setPen(Qt::NoPen);
+  painter_.setBrush(color);
+  painter_.drawPolygon(ClipPolygon(polygon, view_.adjusted(-8, -8, 8, 8)), Qt::OddEvenFill);
+  painter_.setBrush(Qt::NoBrush);
+}
+
+// A segment with width: a band from its start width to its end width. Straight bands
+// that continue one another meet in a mitre, as CAD tools join wide polylines.
+void ModernPainter::DrawWideSegment(const PolySegment& s, int32_t row, QColor color) {
+  if (!VisibleRow(RowBox(s))) return;
+  const PointD p1{s.X1, s.Y1}, p2{s.X2, s.Y2};
+  const double w0 = std::abs(s.Width) / 2, w1 = std::abs(s.EndWidth) / 2;
+  QPolygonF band;
+  BulgeArc arc;
+  if (s.Bulge != 0 && ArcOfBulge(p1, p2, s.Bulge, arc)) {
+    double a0 = std::atan2(p1.y - arc.centre.y, p1.x - arc.centre.x);
+    double a1 = std::atan2(p2.y - arc.centre.y, p2.x - arc.centre.x);
+    double sweep = a1 - a0;
+    if (s.Bulge > 0) while (sweep <= 0) sweep += 2 * M_PI;
+    else while (sweep >= 0) sweep -= 2 * M_PI;
+    const double pixels = (arc.radius + std::max(w0, w1)) * e_.ViewScale;
+    const int chords = int(std::clamp(std::ceil(std::abs(sweep) * std::sqrt(std::max(pixels, 1.0))), 4.0, 4096.0));
+    QPolygonF inner;
+    for (int i = 0; i <= chords; ++i) {
+      const double f = double(i) / chords, t = a0 + sweep * f, w = w0 + (w1 - w0) * f;
+      const PointD u{std::cos(t), std::sin(t)};
+      band << At(arc.centre + u * (arc.radius + w));
+      inner.prepend(At(arc.centre + u * std::max(0.0, arc.radius - w)));
+    }
+    band << inner;
+    return FillPolygon(band, color);
+  }
+  const PointD d = p2 - p1;
+  const double length = Length(d);
+  if (length == 0) return;
+  const PointD u = d * (1 / length), n{-u.y, u.x};
+  PointD left0 = p1 + n * w0, right0 = p1 - n * w0, left1 = p2 + n * w1, right1 = p2 - n * w1;
+  // Where the side through `a` along `u` meets the neighbour's side through `b` along
+  // `v`; kept only within a few widths of the vertex.
+  auto mitre = [](PointD a, PointD u, PointD b, PointD v, PointD vertex, double limit, PointD& out) {
+    const double det = u.x * v.y - u.y * v.x;
+    if (std::abs(det) < 1e-9) return;
+    const PointD w = b - a;
+    const PointD at = a + u * ((w.x * v.y - w.y * v.x) / det);
+    if (Length(at - vertex) <= limit) out = at;
+  };
+  const auto& segs = drawing_.PolySegs;
+  auto straightWide = [](const PolySegment& o) { return o.Bulge == 0 && (o.Width != 0 || o.EndWidth != 0); };
+  if (s.Joined && row >= 2) {
+    const PolySegment& prev = segs[std::size_t(row - 2)];
+    if (straightWide(prev) && prev.X2 == s.X1 && prev.Y2 == s.Y1) {
+      const PointD pd = PointD{prev.X2 - prev.X1, prev.Y2 - prev.Y1};
+      const double pl = Length(pd);
+      if (pl > 0) {
+        const PointD pu = pd * (1 / pl), pn{-pu.y, pu.x};
+        const double pw = std::abs(prev.EndWidth) / 2;
+        mitre(p1 + n * w0, u, p1 + pn * pw, pu, p1, 4 * std::max(w0, pw), left0);
+        mitre(p1 - n * w0, u, p1 - pn * pw, pu, p1, 4 * std::max(w0, pw), right0);
+      }
+    }
+  }
+  if (std::size_t(row) < segs.size()) {
+    const PolySegment& next = segs[std::size_t(row)];
+    if (next.Joined && straightWide(next) && next.X1 == s.X2 && next.Y1 == s.Y2) {
+      const PointD nd = PointD{next.X2 - next.X1, next.Y2 - next.Y1};
+      const double nl = Length(nd);
+      if (nl > 0) {
+        const PointD nu = nd * (1 / nl), nn{-nu.y, nu.x};
+        const double nw = std::abs(next.Width) / 2;
+        mitre(p2 + n * w1, u, p2 + nn * nw, nu, p2, 4 * std::max(w1, nw), left1);
+        mitre(p2 - n * w1, u, p2 - nn * nw, nu, p2, 4 * std::max(w1, nw), right1);
+      }
+    }
+  }
+  band << At(left0) << At(left1) << At(right1) << At(right0);
+  FillPolygon(band, color);
+}
+
+void ModernPainter::DrawArc(const ArcEntity& a) {
+  if (!VisibleRow(RowBox(a))) return;
+  UsePen(ColorOf(a.Color, a.Layer), WeightPixels(a.LineWeight), a.LineType);
+  double start = Radians(a.StartAngle), end = Radians(a.EndAngle);
+  if (a.StartAngle == a.EndAngle) start = 0, end = 2 * M_PI;
+  while (end <= start) end += 2 * M_PI;
+  StrokeCurve({a.CenterX, a.CenterY}, {a.Radius, 0}, {0, a.Radius}, start, end);
+}
+
+void ModernPainter::DrawEllipse(const EllipseEntity& el) {
+  if (!VisibleRow(RowBox(el))) return;
+  UsePen(ColorOf(el.Color, el.Layer), WeightPixels(el.LineWeight), el.LineType);
+  StrokeCurve({el.CenterX, el.CenterY}, {el.UX, el.UY}, {el.VX, el.VY}, el.Start, std::min(el.End, el.Start + 2 * M_PI));
+}
+
+void ModernPainter::StrokeCurve(PointD c, PointD u, PointD v, double t0, double t1) {
+  const double radius = std::max(Length(u), Length(v)) * e_.ViewScale;
+  const double sweep = t1 - t0;
+  if (!(radius > 0) || !(sweep > 0) || !std::isfinite(radius)) return;
+  // Chords within a quarter pixel of the curve.
+  const double step = radius > 0.25 ? 2 * std::acos(std::max(-1.0, 1 - 0.25 / radius)) : sweep;
+  const int chords = int(std::clamp(std::ceil(sweep / step), 4.0, double(kMaxChords)));
+  const double margin = 2 + painter_.pen().widthF();
+  const QRectF bounds = view_.adjusted(-margin, -margin, margin, margin);
+  run_.clear();
+  QPointF previous;
+  for (int i = 0; i <= chords; ++i) {
+    const double t = t0 + sweep * i / chords;
+    const QPointF p = At(c + u * std::cos(t) + v * std::sin(t));
+    if (i > 0) {
+      QPointF a = previous, b = p;
+      const bool inside = bounds.contains(a) && bounds.contains(b);
+      if (inside || ClipSegment(a, b, bounds)) {
+        if (run_.isEmpty() || run_.back() != a) {
+          if (run_.size() > 1) painter_.drawPolyline(run_);
+          run_.clear();
+          run_ << a;
+        }
+        run_ << b;
+      }
+    }
+    previous = p;
+  }
+  if (run_.size() > 1) painter_.drawPolyline(run_);
+}
+
+void ModernPainter::DrawSolid(const SolidEntity& s) {
+  QPolygonF corners;
+  corners << At(s.X1, s.Y1) << At(s.X2, s.Y2) << At(s.X4, s.Y4) << At(s.X3, s.Y3);
+  Box box;
+  for (const QPointF& p : corners) box.Add({p.x(), p.y()});
+  if (!Visible(box)) return;
+  const QColor color = ColorOf(s.Color, s.Layer);
+  penKey_ = {0, -1, -1};
+  painter_.setPen(QPen(color, 0));
+  painter_.setBrush(color);
+  painter_.drawPolygon(ClipPolygon(corners, view_.adjusted(-4, -4, 4, 4)), Qt::OddEvenFill);
+  painter_.setBrush(Qt::NoBrush);
+}
+
+void ModernPainter::DrawHatch(const HatchEntity& h) {
+  std::vector<QPolygonF> loops;
+  Box box;
+  const QRectF clip = view_.adjusted(-8, -8, 8, 8);
+  for (std::size_t l = 0; l < h.LoopStarts.size(); ++l) {
+    const std::size_t from = std::size_t(h.LoopStarts[l]);
+    const std::size_t to = l + 1 < h.LoopStarts.size() ? std::size_t(h.LoopStarts[l + 1]) : h.Points.size();
+    QPolygonF loop;
+    for (std::size_t i = from; i < to && i < h.Points.size(); ++i) {
+      const QPointF p = At(h.Points[i]);
+      loop << p;
+      box.Add({p.x(), p.y()});
+    }
+    loops.push_back(std::move(loop));
+  }
+  if (loops.empty() || !Visible(box)) return;
+  if (h.Filling == HatchEntity::Fill::Pattern) return DrawPatternLines(h, loops, box);
+  QPainterPath path;
+  path.setFillRule(Qt::OddEvenFill);
+  for (const QPolygonF& loop : loops) path.addPolygon(ClipPolygon(loop, clip));
+  const QColor color = h.Filling == HatchEntity::Fill::Background ? background_ : ColorOf(h.Color, h.Layer);
+  penKey_ = {0, -1, -1};
+  painter_.setPen(Qt::NoPen);
+  painter_.setBrush(color);
+  painter_.drawPath(path);
+  painter_.setBrush(Qt::NoBrush);
+}
+
+// Pattern lines across the boundary (even-odd inside), dashed as the pattern says. A
+// family whose lines would fall closer than about a pixel apart is drawn as a tint: the
+// boundary filled with the colour thinned towards the background.
+void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<QPolygonF>& loops, const Box& box) {
+  const QColor color = ColorOf(h.Color, h.Layer);
+  const QRectF area = QRectF(QPointF(box.minX, box.minY), QPointF(box.maxX, box.maxY)).intersected(view_.adjusted(-2, -2, 2, 2));
+  if (area.isEmpty()) return;
+  double tint = 0;
+  for (const PatternLine& line : h.Pattern) {
+    const QPointF dir(line.Direction.x * e_.ViewScale, -line.Direction.y * e_.ViewScale);
+    const QPointF offset(line.Offset.x * e_.ViewScale, -line.Offset.y * e_.ViewScale);
+    const double dirLength = std::hypot(dir.x(), dir.y());
+    if (!(dirLength > 0)) continue;
+    const QPointF unit = dir / dirLength;
+    const double spacing = std::abs(offset.x() * unit.y() - offset.y() * unit.x());
+    const QPointF base = At(line.Base);
+    // The range of k whose line base + k * offset crosses the area.
+    double lo = 1e300, hi = -1e300;
+    for (const QPointF& corner : {area.topLeft(), area.topRight(), area.bottomLeft(), area.bottomRight()}) {
+      const double across = ((corner.x() - base.x()) * unit.y() - (corner.y() - base.y()) * unit.x());
+      const double perOffset = offset.x() * unit.y() - offset.y() * unit.x();
+      if (perOffset == 0) continue;
+      lo = std::min(lo, across / perOffset), hi = std::max(hi, across / perOffset);
+    }
+    const double lines = hi - lo;
+    if (!(spacing >= 1.2) || !(lines < 20000)) {
+      tint = std::max(tint, spacing > 0 ? std::min(1.0, 1.0 / spacing) : 1.0);
+      continue;
+    }
+    UsePen(color, 0, 0);
+    std::vector<double> crossings;
+    for (double k = std::ceil(lo); k <= std::floor(hi); ++k) {
+      const QPointF origin = base + offset * k;
+      // Where the line origin + t * dir crosses the boundary edges.
+      crossings.clear();
+      for (const QPolygonF& loop : loops) {
+        for (int i = 0, n = int(loop.size()); i < n; ++i) {
+          const QPointF p = loop[i], q = loop[(i + 1) % n];
+          const QPointF edge = q - p;
+          const double denominator = dir.x() * edge.y() - dir.y() * edge.x();
+          if (denominator == 0) continue;
+          const QPointF w = p - origin;
+          const double s = (w.x() * dir.y() - w.y() * dir.x()) / denominator;
+          if (s < 0 || s >= 1) continue;
+          crossings.push_back((w.x() * edge.y() - w.y() * edge.x()) / denominator);
+        }
+      }
+      std::sort(crossings.begin(), crossings.end());
+      for (std::size_t i = 0; i + 1 < crossings.size(); i += 2)
+        DashRun(painter_, origin, dir, crossings[i], crossings[i + 1], line.Dashes, view_);
+    }
+  }
+  if (tint > 0) {
+    // The tint: as dark as the lines' share of the area, never fainter than a third.
+    const double share = std::clamp(tint, 0.35, 1.0);
+    const QColor mixed = QColor::fromRgbF(background_.redF() + (color.redF() - background_.redF()) * share,
+                                          background_.greenF() + (color.greenF() - background_.greenF()) * share,
+                                          background_.blueF() + (color.blueF() - background_.blueF()) * share);
+    QPainterPath path;
+    path.setFillRule(Qt::OddEvenFill);
+    for (const QPolygonF& loop : loops) path.addPolygon(ClipPolygon(loop, view_.adjusted(-8, -8, 8, 8)));
+    penKey_ = {0, -1, -1};
+    painter_.setPen(Qt::NoPen);
+    painter_.setBrush(mixed);
+    painter_.drawPath(path);
+    painter_.setBrush(Qt::NoBrush);
+  }
+}
+
+void ModernPainter::DrawText(const TextEntity& t) {
+  penKey_ = {0, -1, -1};
+  text_.Draw(t, e_, ColorOf(t.Color, t.Layer), view_);
+}
+
+// A point in the drawing's point style: a dot, a plus, a cross or a tick, with a circle
+// and/or a square around it; its size from $PDSIZE (5 % of the view's height when 0, a
+// percentage of it when negative).
+void ModernPainter::DrawPoint(const PointEntity& p) {
+  const PointStyle& style = drawing_.PointDisplay;
+  const QPointF c = At(p.X, p.Y);
+  double size = style.Size > 0 ? style.Size * e_.ViewScale
+                               : (style.Size < 0 ? -style.Size / 100 : 0.05) * e_.DeviceHeight;
+  size = std::clamp(size, 1.0, double(std::max(e_.DeviceWidth, e_.DeviceHeight)));
+  const double r = size / 2;
+  if (!Visible({c.x() - r, c.y() - r, c.x() + r, c.y() + r})) return;
+  UsePen(ColorOf(p.Color, p.Layer), 0, 0);
+  switch (style.Mode & 7) {
+    case 0: painter_.drawPoint(c); break;
+    case 2:
+      painter_.drawLine(QLineF(c.x() - r, c.y(), c.x() + r, c.y()));
+      painter_.drawLine(QLineF(c.x(), c.y() - r, c.x(), c.y() + r));
+      break;
+    case 3:
+      painter_.drawLine(QLineF(c.x() - r, c.y() - r, c.x() + r, c.y() + r));
+      painter_.drawLine(QLineF(c.x() - r, c.y() + r, c.x() + r, c.y() - r));
+      break;
+    case 4: painter_.drawLine(QLineF(c, QPointF(c.x(), c.y() - r))); break;
+    default: break;
+  }
+  if (style.Mode & 32) painter_.drawEllipse(c, r, r);
+  if (style.Mode & 64) painter_.drawRect(QRectF(c.x() - r, c.y() - r, size, size));
+}
+
+// A ray from its base point, or a construction line both ways, to the view's edges.
+void ModernPainter::DrawRay(const RayEntity& r) {
+  const QPointF base = At(r.X, r.Y);
+  const QPointF dir(r.DX * e_.ViewScale, -r.DY * e_.ViewScale);
+  double t0 = r.BothWays ? -1e300 : 0, t1 = 1e300;
+  if (!ClipLineRange(base, dir, view_.adjusted(-2, -2, 2, 2), t0, t1)) return;
+  UsePen(ColorOf(r.Color, r.Layer), WeightPixels(r.LineWeight), r.LineType);
+  painter_.drawLine(QLineF(base + dir * t0, base + dir * t1));
+}
+
+}  // namespace
+
+std::unique_ptr<EntityPainter> MakeModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& canvas,
+                                                 QColor background, bool toPrinter) {
+  return std::make_unique<ModernPainter>(zoom, drawing, canvas, background, toPrinter);
+}
+
+}  // namespace dxfimport
