@@ -8,13 +8,23 @@
 #include "dxf/dump.h"
 #include "dxf/reader.h"
 #include "dxf/stats.h"
+#include "support/texts.h"
 
 namespace dxfimport {
-bool LoadForCommand(const std::string& file, Drawing& drawing, bool& complete, ReadingProfile profile) {
+std::string LayoutNotice(const LoadOutcome& outcome) {
+  if (outcome.Layout.empty()) return {};
+  return SubstituteArgs(LoadResText(outcome.ModelSpaceEmpty ? 1065 : 1066), {outcome.Layout});
+}
+
+bool LoadForCommand(const std::string& file, Drawing& drawing, bool& complete, ReadingProfile profile,
+                    const LoadOptions& options) {
   drawing.InitDrawing(true);
   DXFReader reader(drawing, profile);
+  reader.SetOptions(options);
   bool loaded = reader.LoadDXF(file);
   const LoadOutcome& outcome = reader.outcome();
+  if (const std::string notice = LayoutNotice(outcome); !notice.empty())
+    std::fprintf(stderr, "dxfimport: %s\n", notice.c_str());
   complete = loaded && outcome.Complete;
   if (!complete && !outcome.StoppedIn.empty()) {
     std::fprintf(stderr, "dxfimport: reading of %s stopped at line %zu (%s)\n", file.c_str(), outcome.StopLine,

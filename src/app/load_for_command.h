@@ -11,6 +11,9 @@ namespace dxfimport {
 // system's message is on standard error). A load that a reader stopped keeps what was
 // read, says on standard error at which line it stopped, and sets `complete` false.
 bool LoadForCommand(const std::string& file, Drawing& drawing, bool& complete,
-                    ReadingProfile profile = ReadingProfile::Modern);
+                    ReadingProfile profile = ReadingProfile::Modern, const LoadOptions& options = {});
+
+// The line that says which paper-space layout is drawn, or "" when model space is.
+std::string LayoutNotice(const LoadOutcome& outcome);
 
 }  // namespace dxfimport

@@ -79,6 +79,8 @@ int main(int argc, char** argv) {
   draw->add_flag("--entity-colors", render.entityColors, "Draw entities in their own colours, not their layer's");
   draw->add_flag("--legacy", legacy, legacyHelp);
   draw->add_option("--window", window, "Window LEFT,TOP,RIGHT,BOTTOM in drawing units (default: the extents)");
+  draw->add_option("--layout", render.layout, "Draw this paper-space layout instead of model space");
+  draw->add_flag("--lineweights", render.lineWeights, "Draw line weights as pen widths");
 
   std::string sweepDir, sweepOutput;
   int sweepSeconds = 60;

@@ -99,9 +99,10 @@ int RunRender(const RenderOptions& o) {
 
   Drawing drawing;
   bool complete = false;
-  if (!LoadForCommand(o.file, drawing, complete, o.profile)) return 1;
+  if (!LoadForCommand(o.file, drawing, complete, o.profile, LoadOptions{o.layout})) return 1;
   SwitchLayersOff(drawing, o.layersOff);
   ZoomState zoom(drawing);
+  zoom.Display.LineWeights = o.lineWeights;
   zoom.FileName = o.file;
   zoom.ColorByLayer = !o.entityColors;
   zoom.ExtentsZoom = ExtentsOf(drawing);

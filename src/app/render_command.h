@@ -20,6 +20,8 @@ struct RenderOptions {
   bool entityColors = false;
   std::optional<ZoomRect> window;  // drawing units; default: the extents
   ReadingProfile profile = ReadingProfile::Modern;
+  std::string layout;              // a paper-space layout to draw instead of model space
+  bool lineWeights = false;        // line weights drawn as pen widths
 };
 
 // Draws a drawing to a picture file. 0 when the picture was written from a complete read;

@@ -51,6 +51,12 @@ struct EntityTables {
 
   void Clear() { *this = EntityTables(); }
 
+  // Grows each table's capacity to what the whole file will likely need, judged from the
+  // share of it read so far (`readShare`, 0..1), so that the tables are not copied over
+  // and over while they grow. At most `rowsLeft` more rows are expected. Capacity that is
+  // never filled is never touched, so it costs no memory.
+  void Anticipate(double readShare, std::size_t rowsLeft);
+
  private:
   template <class Row>
   void Push(std::vector<Row>& table, int32_t kind, const Row& row) {
@@ -139,6 +145,9 @@ class Drawing : public EntityTables {
   static constexpr int32_t kFirstDashPattern = 16;
   std::vector<std::vector<double>> DashPatterns;
   PointStyle PointDisplay;
+  // Boxes (drawing units) that the rows after a kKindClip entry are clipped to: the
+  // viewports of a paper-space layout that show model space.
+  std::vector<Box> ClipBoxes;
   int16_t DefaultLineWeight = 25;  // $LWDEFAULT
 
   double ExtMinX = 1e30f, ExtMinY = 1e30f, ExtMaxX = -1e30f, ExtMaxY = -1e30f;

@@ -2,16 +2,44 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <string_view>
 
-#include "support/text_decode.h"
 
 namespace dxfimport {
 namespace {
 
-// Average advance of a character and the depth of descenders, in text heights (the
-// height of a capital), for the proportional faces text is drawn in.
-constexpr double kAdvance = 0.7;
-constexpr double kDescent = 0.25;
+// Advances of the printable ASCII characters in thousandths of a text height (the height
+// of a capital) in the Arial-compatible face that texts are drawn in by default; other
+// characters take a typical Latin advance, and the ideographic scripts a full em.
+constexpr int16_t kAdvances[95] = {
+    404,  404, 516, 808, 808, 1292, 969,  277, 484, 484,  566, 849, 404, 484, 404, 404, 808,  808, 808,
+    808,  808, 808, 808, 808, 808,  808,  404, 404, 849,  849, 849, 808, 1476, 969, 969, 1050, 1050, 969,
+    888,  1131, 1050, 404, 727, 969, 808, 1211, 1050, 1131, 969, 1131, 1050, 969, 888, 1050, 969, 1372, 969,
+    969,  888, 404, 404, 404, 682, 808,  484,  808, 808, 727,  808, 808, 404, 808, 808, 323,  323, 727,
+    323, 1211, 808, 808, 808, 808, 484,  727,  404, 808, 727, 1050, 727, 727, 727, 485, 378,  485, 849};
+constexpr double kLatinAdvance = 0.85, kWideAdvance = 1.45;
+constexpr double kDescent = 0.31;
+
+// The advance of a text in text heights.
+double TextAdvance(std::string_view utf8) {
+  double width = 0;
+  for (std::size_t i = 0; i < utf8.size();) {
+    const auto c = static_cast<unsigned char>(utf8[i]);
+    if (c < 0x80) {
+      width += c >= 32 && c < 127 ? kAdvances[c - 32] / 1000.0 : 0;
+      ++i;
+      continue;
+    }
+    const std::size_t length = c >= 0xF0 ? 4 : c >= 0xE0 ? 3 : 2;
+    // Three-byte sequences from U+2E80 on (E2 BA 80) are the wide scripts.
+    const bool wide = length >= 3 && (c > 0xE2 || (c == 0xE2 && i + 1 < utf8.size() &&
+                                                   static_cast<unsigned char>(utf8[i + 1]) >= 0xBA));
+    width += wide ? kWideAdvance : kLatinAdvance;
+    i += length;
+  }
+  return width;
+}
 
 Box Of(std::initializer_list<PointD> points) {
   Box b;
@@ -38,7 +66,7 @@ Box RowBox(const PolySegment& r) {
 
 void TextCorners(const TextEntity& t, PointD corners[4]) {
   const double h = std::abs(t.Height);
-  const double width = double(CharCount(t.Text)) * kAdvance * h;
+  const double width = TextAdvance(t.Text) * h;
   const double along = t.HorzJustify == 1 || t.HorzJustify == 4 ? 0.5 : t.HorzJustify == 2 ? 1.0 : 0.0;
   double bottom = -kDescent * h, top = h;
   switch (t.VertJustify) {

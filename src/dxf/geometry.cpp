@@ -72,10 +72,23 @@ void Box::Merge(const Box& b) {
 
 Box ArcBox(PointD centre, double radius, double startDegrees, double endDegrees) {
   const double r = std::abs(radius);
+  Box box;
+  if (startDegrees == endDegrees) {
+    box.Add({centre.x - r, centre.y - r});
+    box.Add({centre.x + r, centre.y + r});
+    return box;
+  }
+  // The ends, and each axis direction that the counter-clockwise sweep passes.
   double sweep = std::fmod(endDegrees - startDegrees, 360.0);
   if (sweep <= 0) sweep += 360;
-  if (startDegrees == endDegrees) sweep = 360;
-  return EllipseBox(centre, {r, 0}, {0, r}, Radians(startDegrees), Radians(startDegrees + sweep));
+  for (double a : {startDegrees, endDegrees}) box.Add(centre + PointD{std::cos(Radians(a)), std::sin(Radians(a))} * r);
+  static constexpr PointD kAxes[4] = {{1, 0}, {0, 1}, {-1, 0}, {0, -1}};
+  for (int k = 0; k < 4; ++k) {
+    double past = std::fmod(k * 90.0 - startDegrees, 360.0);
+    if (past < 0) past += 360;
+    if (past <= sweep) box.Add(centre + kAxes[k] * r);
+  }
+  return box;
 }
 
 Box EllipseBox(PointD centre, PointD u, PointD v, double start, double end) {

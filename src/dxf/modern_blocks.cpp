@@ -8,6 +8,7 @@
 
 #include "dxf/colors.h"
 #include "dxf/dimension_drawing.h"
+#include "dxf/extents.h"
 #include "dxf/modern_reader.h"
 #include "dxf/placement.h"
 #include "support/log.h"
@@ -161,7 +162,7 @@ void ModernReader::PlaceInsert(const InsertRef& ref) {
     Emit(Placed(ref, toBlock_));
     return;
   }
-  if (!InsertAllowed(ref.Block)) return;
+  if (!InsertAllowed(ref.Block) || MeasureBlock(ref.Block, 0).rows == 0) return;
   Style inherited{ref.Layer, ref.Color == 0 ? (kColorOfLayer | ref.Layer) : ref.Color, ref.LineType, ref.LineWeight};
   for (int32_t r = 0; r < ref.Rows; ++r)
     for (int32_t c = 0; c < ref.Columns; ++c) ExpandBlock(ref.Block, CopyTransform(ref, c, r), inherited, 1);
@@ -217,7 +218,7 @@ void ModernReader::ExpandBlock(int32_t block, const Affine& m, const Style& inhe
     VisitRow(content, entry, [&](const auto& stored) {
       using Row = std::decay_t<decltype(stored)>;
       if constexpr (std::is_same_v<Row, InsertRef>) {
-        if (depth >= kMaxDepth || !InsertAllowed(stored.Block)) return;
+        if (depth >= kMaxDepth || !InsertAllowed(stored.Block) || MeasureBlock(stored.Block, 0).rows == 0) return;
         InsertRef ref = stored;
         Restyle(ref, inherited);
         Style child{ref.Layer, ref.Color == 0 ? (kColorOfLayer | ref.Layer) : ref.Color, ref.LineType,
@@ -327,7 +328,7 @@ bool ModernReader::DXFTable() {
 }
 
 // VIEWPORT (paper space): its frame, except the layout's own viewport (69 = 1) and one
-// that is off (90 bit 17).
+// that is off (90 bit 17); a plan view of model space is kept to be shown in it.
 bool ModernReader::DXFViewport() {
   if (Whole(69, 0, -32768, 32767) == 1 || (Whole(90, 0, INT32_MIN, INT32_MAX) & 0x20000)) return true;
   const Style style = ReadStyle();
@@ -339,7 +340,33 @@ bool ModernReader::DXFViewport() {
                     style.Color, style.LineType, style.LineWeight};
     Emit(Placed(edge, toBlock_));
   }
+  const bool plan = Num(16) == 0 && Num(26) == 0 && Num(36, 1) > 0;
+  if (output_ && plan && Num(45) > 0 && w > 0 && h > 0) {
+    viewports_.push_back({output_, toBlock_.Apply(c), 2 * w, 2 * h, Point(12), Point(17), Num(45), Num(51)});
+  }
   return true;
+}
+
+// The model space seen through the layout's viewports: each viewport's copy of the model
+// rows, scaled and turned into the viewport and clipped to it, drawn below the layout.
+void ModernReader::ShowModelSpaceIn(int32_t layout, const EntityTables& model) {
+  for (const Viewport& v : viewports_) {
+    if (v.layout != layout) continue;
+    const double scale = v.height / v.viewHeight;
+    const Affine toPaper = Affine::Translate(v.centre.x, v.centre.y) * Affine::Scaling(scale, scale) *
+                           Affine::Translate(-v.viewCentre.x, -v.viewCentre.y) * Affine::Rotate(-v.twist) *
+                           Affine::Translate(-v.target.x, -v.target.y);
+    drawing_.ClipBoxes.push_back({v.centre.x - v.width / 2, v.centre.y - v.height / 2, v.centre.x + v.width / 2,
+                                  v.centre.y + v.height / 2});
+    drawing_.DrawSeq.push_back({kKindClip, int32_t(drawing_.ClipBoxes.size())});
+    for (const SeqEntry& entry : model.DrawSeq) {
+      VisitRow(model, entry, [&](const auto& row) {
+        if constexpr (!std::is_same_v<std::decay_t<decltype(row)>, InsertRef>)
+          PlaceInto(row, toPaper, [this](const auto& placed) { drawing_.Add(placed); });
+      });
+    }
+    drawing_.DrawSeq.push_back({kKindClip, 0});
+  }
 }
 
 // The block that holds the paper-space entities of the ENTITIES section (67 = 1).
@@ -359,6 +386,8 @@ int32_t ModernReader::PaperSpaceBlock() {
 void ModernReader::ChooseLayout() {
   const std::string& wanted = r_.options_.Layout;
   const bool modelEmpty = drawing_.SeqCount() == 0;
+  for (const auto& [layout, handle] : layouts_)
+    if (Upper(layout) != "MODEL" && !layout.empty()) r_.outcome_.Layouts.push_back(layout);
   if (wanted.empty() && !modelEmpty) return;
   if (!wanted.empty() && Upper(wanted) == "MODEL") return;
   int32_t block = 0;
@@ -386,9 +415,17 @@ void ModernReader::ChooseLayout() {
     if (!wanted.empty()) LogCritical("The drawing has no layout named " + wanted + "; model space is drawn.");
     return;
   }
-  if (!modelEmpty) drawing_.EntityTables::Clear();
+  EntityTables model = std::move(static_cast<EntityTables&>(drawing_));
+  drawing_.EntityTables::Clear();
   DrawLayout(block);
+  // The layout's own rows set the extents; the model space shown in its viewports goes
+  // below them in the drawing order.
+  layoutBox_ = WithMargin(TablesBox(drawing_));
+  const std::size_t own = drawing_.DrawSeq.size();
+  if (!modelEmpty) ShowModelSpaceIn(block, model);
+  std::rotate(drawing_.DrawSeq.begin(), drawing_.DrawSeq.begin() + std::ptrdiff_t(own), drawing_.DrawSeq.end());
   r_.outcome_.Layout = name;
+  r_.outcome_.ModelSpaceEmpty = modelEmpty;
   LogDebug((modelEmpty ? "Model space is empty; drawing the layout " : "Drawing the layout ") + name);
 }
 

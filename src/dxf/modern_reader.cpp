@@ -412,7 +412,7 @@ double ModernReader::CurveTolerance(double curveSize) const {
 // only for a drawing that draws nothing.
 void ModernReader::FinishExtents() {
   Drawing& d = drawing_;
-  const Box box = WithMargin(TablesBox(d));
+  const Box box = layoutBox_.Empty() ? WithMargin(TablesBox(d)) : layoutBox_;
   if (!box.Empty()) {
     d.ExtMinX = box.minX, d.ExtMinY = box.minY, d.ExtMaxX = box.maxX, d.ExtMaxY = box.maxY;
   } else if (headerExtMin_ && headerExtMax_) {

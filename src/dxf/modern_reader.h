@@ -154,6 +154,7 @@ class ModernReader {
   int32_t LayerZero();
   void ChooseLayout();
   void DrawLayout(int32_t block);
+  void ShowModelSpaceIn(int32_t layout, const EntityTables& model);
   DimensionInput ReadDimensionInput() const;
   DimStyle DimStyleOf(const std::string& name) const;
   void EmitDimension(const DimensionPicture& picture, const Style& style);
@@ -199,6 +200,18 @@ class ModernReader {
   std::map<std::pair<std::string, double>, int32_t> patternStyles_;            // (name, scale) -> style
   std::unordered_map<std::string, std::string> blockRecords_;                 // handle -> block name
   std::vector<std::pair<std::string, std::string>> layouts_;                  // layout name, block record handle
+  // A viewport of a layout that shows model space in plan view: where it is on the paper
+  // (centre 10/20, size 40/41) and what it shows (view centre 12/22 about the target
+  // 17/27, view height 45, twist 51).
+  struct Viewport {
+    int32_t layout = 0;
+    PointD centre;
+    double width = 0, height = 0;
+    PointD viewCentre, target;
+    double viewHeight = 0, twist = 0;
+  };
+  std::vector<Viewport> viewports_;
+  Box layoutBox_;  // the extents of a layout drawn instead of model space
 };
 
 }  // namespace dxfimport

@@ -35,6 +35,7 @@ bool PlaceSegment(const PolySegment& row, const Affine& m, std::vector<PolySegme
 // Calls `sink` with the mapped row (or the row that it became).
 template <class Row, class Sink>
 void PlaceInto(const Row& row, const Affine& m, Sink&& sink) {
+  if (m.IsIdentity()) return sink(row);
   if constexpr (std::is_same_v<Row, ArcEntity>) {
     ArcEntity arc;
     EllipseEntity ellipse;

@@ -153,6 +153,8 @@ void DXFReader::Pace(std::size_t lineStart) {
     if (percent > p.nextStep) {
       if (progress_) progress_->SetValue(int(percent));
       p.nextStep += 5;
+      // A row takes at least a dozen bytes of the file.
+      drawing_.Anticipate(double(position) / p.length, std::size_t(p.length - double(position)) / 12);
     }
     p.nextStepAt = percent > p.nextStep ? position : std::size_t(double(p.nextStep) / 100.0 * p.length) + 1;
   }

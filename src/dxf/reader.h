@@ -34,7 +34,9 @@ struct LoadOutcome {
   bool Complete = false;     // every line was read; false when a reader stopped the load
   std::string StoppedIn;     // the reader that stopped it
   std::size_t StopLine = 0;  // line of the file where reading stopped
-  std::string Layout;        // the paper-space layout drawn for an empty model space
+  std::string Layout;        // the paper-space layout drawn instead of model space ("" none)
+  bool ModelSpaceEmpty = false;      // ... because model space holds nothing
+  std::vector<std::string> Layouts;  // the paper-space layouts of the drawing, by name
 };
 
 // What the caller asks of a modern load.

@@ -43,16 +43,17 @@ struct LineEntity {
 // One segment of a polyline, from the previous vertex to this one.
 struct PolySegment {
   double X1 = 0, Y1 = 0, X2 = 0, Y2 = 0;
-  double Width = 0;  // group 40 of the POLYLINE header; modern: the start vertex's width
+  float Width = 0;  // group 40 of the POLYLINE header; modern: the start vertex's width
   int32_t Layer = 0;
   int32_t Color = 0;
-  double Bulge = 0;  // group 42 of the vertex that starts the segment
-  // Modern profile: the width at the end vertex; whether the segment continues the one
-  // stored before it (so that wide segments meet in a mitre); its line type and weight.
-  double EndWidth = 0;
-  bool Joined = false;
-  int32_t LineType = 0;  // the legacy redraw draws segments solid
+  float Bulge = 0;  // group 42 of the vertex that starts the segment
+  // Modern profile: the width at the end vertex; the segment's line type and weight;
+  // whether it continues the one stored before it (so that wide segments meet in a
+  // mitre). The legacy redraw draws segments solid.
+  float EndWidth = 0;
+  int32_t LineType = 0;
   int16_t LineWeight = kWeightDefault;
+  bool Joined = false;
 };
 
 // TEXT and the text part of an ATTRIB.
@@ -182,6 +183,7 @@ enum EntityKind : int32_t {
   kKindPoint = 10,
   kKindRay = 11,
   kKindInsert = 12,  // only inside block definitions
+  kKindClip = 13,    // what follows is clipped to ClipBoxes[Index - 1] (Index 0 ends it)
 };
 
 // One drawable item in file order: its kind and its 1-based row in that kind's table.

@@ -60,7 +60,7 @@ void DashRun(QPainter& painter, QPointF origin, QPointF dir, double t0, double t
   double period = 0;
   for (double d : dashes) period += std::abs(d);
   const double pixelsPerUnit = std::hypot(dir.x(), dir.y());
-  const bool solid = dashes.empty() || !(period * pixelsPerUnit >= 2) || (t1 - t0) / period > 100000;
+  const bool solid = dashes.empty() || !(period * pixelsPerUnit >= 2) || (t1 - t0) / period > 2000;
   if (solid) {
     painter.drawLine(QLineF(origin + dir * t0, origin + dir * t1));
     return;

@@ -139,6 +139,12 @@ void ModernPainter::UsePen(QColor color, double width, int32_t style) {
 }
 
 void ModernPainter::Draw(const SeqEntry& entry) {
+  if (entry.Kind == kKindClip) {
+    if (entry.Index <= 0 || std::size_t(entry.Index) > drawing_.ClipBoxes.size()) return painter_.setClipping(false);
+    const Box& b = drawing_.ClipBoxes[std::size_t(entry.Index - 1)];
+    painter_.setClipRect(QRectF(At(b.minX, b.maxY), At(b.maxX, b.minY)).intersected(view_.adjusted(-1, -1, 1, 1)));
+    return;
+  }
   VisitRow(drawing_, entry, [this, &entry](const auto& row) {
     using Row = std::decay_t<decltype(row)>;
     if constexpr (std::is_same_v<Row, LineEntity>) {
@@ -359,13 +365,15 @@ void ModernPainter::DrawHatch(const HatchEntity& h) {
 }
 
 // Pattern lines across the boundary (even-odd inside), dashed as the pattern says. A
-// family whose lines would fall closer than about a pixel apart is drawn as a tint: the
-// boundary filled with the colour thinned towards the background.
+// family whose lines would fall closer than about a pixel apart (or be too many to draw)
+// is drawn as a tint: the boundary filled with the colour half way to the background.
 void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<QPolygonF>& loops, const Box& box) {
   const QColor color = ColorOf(h.Color, h.Layer);
   const QRectF area = QRectF(QPointF(box.minX, box.minY), QPointF(box.maxX, box.maxY)).intersected(view_.adjusted(-2, -2, 2, 2));
   if (area.isEmpty()) return;
-  double tint = 0;
+  bool tint = false;
+  std::size_t edges = 0;
+  for (const QPolygonF& loop : loops) edges += std::size_t(loop.size());
   for (const PatternLine& line : h.Pattern) {
     const QPointF dir(line.Direction.x * e_.ViewScale, -line.Direction.y * e_.ViewScale);
     const QPointF offset(line.Offset.x * e_.ViewScale, -line.Offset.y * e_.ViewScale);
@@ -382,9 +390,10 @@ void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<QPo
       if (perOffset == 0) continue;
       lo = std::min(lo, across / perOffset), hi = std::max(hi, across / perOffset);
     }
+    // Lines closer than a pixel, or more crossings to find than a redraw can afford.
     const double lines = hi - lo;
-    if (!(spacing >= 1.2) || !(lines < 20000)) {
-      tint = std::max(tint, spacing > 0 ? std::min(1.0, 1.0 / spacing) : 1.0);
+    if (!(spacing >= 1.2) || !(lines < 20000) || !(lines * double(edges) < 4e6)) {
+      tint = true;
       continue;
     }
     UsePen(color, 0, 0);
@@ -410,9 +419,8 @@ void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<QPo
         DashRun(painter_, origin, dir, crossings[i], crossings[i + 1], line.Dashes, view_);
     }
   }
-  if (tint > 0) {
-    // The tint: as dark as the lines' share of the area, never fainter than a third.
-    const double share = std::clamp(tint, 0.35, 1.0);
+  if (tint) {
+    constexpr double share = 0.5;
     const QColor mixed = QColor::fromRgbF(background_.redF() + (color.redF() - background_.redF()) * share,
                                           background_.greenF() + (color.greenF() - background_.greenF()) * share,
                                           background_.blueF() + (color.blueF() - background_.blueF()) * share);

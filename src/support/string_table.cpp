@@ -93,6 +93,11 @@ constexpr std::array kTable = std::to_array<Entry>({
     {1059, "&Default", "既定(&D)"},
     {1060, "The help file %1 was not found.", "ヘルプ ファイル %1 が見つかりません。"},
     {1061, "Le&gacy Reading Rules", "従来の読み込み規則(&G)"},
+    {1062, "Line &Weights", "線の太さ(&W)"},
+    {1063, "La&yout", "レイアウト(&Y)"},
+    {1064, "Model", "モデル"},
+    {1065, "Model space is empty; the layout %1 is shown.", "モデル空間が空のため、レイアウト %1 を表示しています。"},
+    {1066, "The layout %1 is shown.", "レイアウト %1 を表示しています。"},
 });
 
 static_assert(std::is_sorted(kTable.begin(), kTable.end(),

@@ -50,6 +50,7 @@ QString Text(int id) { return QString::fromStdString(LoadResText(id)); }
 constexpr const char* kOrganization = "Corvath";
 constexpr const char* kProgram = "dxfimport";
 constexpr const char* kLegacySetting = "Viewer/LegacyReadingRules";
+constexpr const char* kLineWeightsSetting = "Viewer/LineWeights";
 
 // The load's progress on the progress bar; pending window messages run at each step.
 class ProgressBarSink : public LoadProgress {
@@ -105,6 +106,7 @@ frmImport::frmImport(bool startedForAutomation, QWidget* parent)
   };
   profile_ = QSettings(kOrganization, kProgram).value(kLegacySetting, false).toBool() ? ReadingProfile::Legacy
                                                                                       : ReadingProfile::Modern;
+  zoom_.Display.LineWeights = QSettings(kOrganization, kProgram).value(kLineWeightsSetting, false).toBool();
 
   viewport_ = new QScrollArea(this);
   viewport_->setObjectName("vsViewPort1");
@@ -130,6 +132,7 @@ frmImport::frmImport(bool startedForAutomation, QWidget* parent)
 
   CreateMenus();
   CreateToolbar();
+  layoutMenu_->setEnabled(false);
   ApplyDialogFont(this, true);
   LoadCaptions();
   setWindowTitle(QString::fromStdString(ApplicationTitle()));
@@ -194,6 +197,13 @@ void frmImport::CreateMenus() {
   }
 
   options->addSeparator();
+  QAction* weights = item(options, 1062, "mnuOptionLineWeights", [] {});
+  weights->setCheckable(true);
+  weights->setChecked(zoom_.Display.LineWeights);
+  connect(weights, &QAction::toggled, this, &frmImport::mnuOptionLineWeights_Click);
+  layoutMenu_ = options->addMenu(QString());
+  layoutMenu_->setObjectName("mnuOptionLayout");
+  captioned_[1063] = layoutMenu_->menuAction();
   QAction* legacy = item(options, 1061, "mnuOptionLegacy", [] {});
   legacy->setCheckable(true);
   legacy->setChecked(profile_ == ReadingProfile::Legacy);
@@ -296,11 +306,20 @@ bool frmImport::OpenDXFFile(bool showDialog) {
   }
   ProgressBarSink progress(progress_);
   DXFReader reader(drawing_, profile_);
+  reader.SetOptions(LoadOptions{layout_});
   bool loaded = reader.LoadDXF(gstrDXFFileName, &progress);
+  layout_.clear();  // a layout chosen in the menu holds for that read only
+  FillLayoutMenu(reader.outcome());
   if (!loaded) {
     UpdateCaption(false);
     return false;
   }
+  const LoadOutcome& outcome = reader.outcome();
+  if (!outcome.Layout.empty())
+    statusBar()->showMessage(QString::fromStdString(
+        SubstituteArgs(LoadResText(outcome.ModelSpaceEmpty ? 1065 : 1066), {outcome.Layout})));
+  else
+    statusBar()->clearMessage();
   zoom_.ExtentsZoom = ExtentsOf(drawing_);
   zoom_.FileName = gstrDXFFileName;
   zoom_.AttributesVisible = true;
@@ -443,6 +462,33 @@ void frmImport::mnuOptionColor_Click() {
 void frmImport::mnuOptionForecolor_Click() {
   setBooGear1Visible(false);
   if (booPictureLoaded && OpenLayerDialog) OpenLayerDialog();
+}
+
+void frmImport::mnuOptionLineWeights_Click(bool checked) {
+  zoom_.Display.LineWeights = checked;
+  QSettings(kOrganization, kProgram).setValue(kLineWeightsSetting, checked);
+  RedrawPicture();
+}
+
+// The layouts of the drawing: model space first, then each paper-space layout; choosing
+// one reads the file again showing it.
+void frmImport::FillLayoutMenu(const LoadOutcome& outcome) {
+  layoutMenu_->clear();
+  auto* group = new QActionGroup(layoutMenu_);
+  auto add = [&](const QString& caption, const std::string& layout, bool current) {
+    QAction* choice = layoutMenu_->addAction(caption);
+    choice->setCheckable(true);
+    choice->setChecked(current);
+    group->addAction(choice);
+    connect(choice, &QAction::triggered, this, [this, layout] {
+      layout_ = layout;
+      FileOpen(false);
+    });
+  };
+  add(Text(1064), "", outcome.Layout.empty());
+  for (const std::string& layout : outcome.Layouts)
+    add(QString::fromStdString(layout), layout, layout == outcome.Layout);
+  layoutMenu_->setEnabled(profile_ == ReadingProfile::Modern && !outcome.Layouts.empty());
 }
 
 void frmImport::mnuOptionLegacy_Click(bool checked) {

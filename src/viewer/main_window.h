@@ -18,6 +18,7 @@
 class QAction;
 class QActionGroup;
 class QLabel;
+class QMenu;
 class QProgressBar;
 class QScrollArea;
 class QToolBar;
@@ -65,6 +66,8 @@ class frmImport : public QMainWindow {
   void mnuOptionColor_Click();
   void mnuOptionForecolor_Click();
   void mnuOptionLegacy_Click(bool checked);
+  // Line weights drawn as pen widths (kept between runs).
+  void mnuOptionLineWeights_Click(bool checked);
   // Draws the current window again on the full-colour picture (after a layer edit).
   void RedrawPicture();
   int redrawCount() const { return redrawCount_; }
@@ -122,6 +125,7 @@ class frmImport : public QMainWindow {
   bool Redraw(const ZoomRect& window);
   void UpdateCaption(bool withFile);
   void SetZoomButtons(bool enabled);
+  void FillLayoutMenu(const LoadOutcome& outcome);
   QString DefaultOpenFile();
   QString DefaultSaveFile();
 
@@ -142,6 +146,8 @@ class frmImport : public QMainWindow {
   QScrollArea* viewport_ = nullptr;
   QProgressBar* progress_ = nullptr;
   QToolBar* toolbar_ = nullptr;
+  QMenu* layoutMenu_ = nullptr;
+  std::string layout_;  // the layout the next read shows ("" model space)
   std::map<QString, QAction*> toolbarButtons_;
   std::map<int, QAction*> captioned_;  // string id -> action or menu action
   QAction* exitItems_[3] = {nullptr, nullptr, nullptr};

@@ -155,5 +155,25 @@ TEST(CommandLine, RenderFailuresWriteNoFile) {
   std::filesystem::remove_all(dir);
 }
 
+TEST(CommandLine, RenderDrawsAPaperSpaceLayoutWhenModelSpaceIsEmptyOrOneIsAsked) {
+  std::string dir = std::filesystem::temp_directory_path() / "dxfimport-render-layout";
+  std::filesystem::create_directories(dir);
+  std::string paper = testing::DxfText({{0, "SECTION"}, {2, "BLOCKS"}, {0, "BLOCK"}, {2, "*Paper_Space"},
+                                        {0, "ENDBLK"}, {0, "BLOCK"}, {2, "*Paper_Space0"}, {0, "LINE"}, {10, "0"},
+                                        {20, "0"}, {11, "5"}, {21, "5"}, {0, "ENDBLK"}, {0, "ENDSEC"}}) +
+                      testing::EntitiesFile({{0, "CIRCLE"}, {67, "1"}, {10, "0"}, {20, "0"}, {40, "10"}});
+  testing::TempFile file(paper);
+  ProgramRun active = Dxfimport("render " + file.path() + " -o " + dir + "/a.png");
+  EXPECT_EQ(active.status, 0);
+  EXPECT_EQ(active.err, "dxfimport: Model space is empty; the layout *Paper_Space is shown.\n");
+  ProgramRun other = Dxfimport("render " + file.path() + " -o " + dir + "/b.png --layout '*Paper_Space0'");
+  EXPECT_EQ(other.status, 0);
+  EXPECT_EQ(other.err, "dxfimport: Model space is empty; the layout *Paper_Space0 is shown.\n");
+  EXPECT_NE(QImage(QString::fromStdString(dir + "/a.png")), QImage(QString::fromStdString(dir + "/b.png")));
+  ProgramRun weights = Dxfimport("render " + testing::SamplePath() + " -o " + dir + "/w.png --lineweights");
+  EXPECT_EQ(weights.status, 0);
+  std::filesystem::remove_all(dir);
+}
+
 }  // namespace
 }  // namespace dxfimport

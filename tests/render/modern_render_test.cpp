@@ -10,19 +10,33 @@ using testing::DxfText;
 using testing::EntitiesFile;
 using testing::Pairs;
 
-// Draws a modern drawing of one layer (red) into 100 x 100 pixels showing 0..100.
+// How a test drawing is drawn.
+struct RenderSetup {
+  QColor background = Qt::white;
+  bool lineWeights = false;
+  ZoomRect window{0, 100, 100, 0};
+  std::string layerColor = "1";  // of layer 0
+  std::string header;            // HEADER variables as DXF text
+};
+
+// Draws a modern drawing of one layer (red unless set up otherwise) into 100 x 100
+// pixels showing 0..100.
 class ModernRender {
  public:
-  explicit ModernRender(const Pairs& entities) {
+  explicit ModernRender(const Pairs& entities, const RenderSetup& setup = {}) : surface_(100, 100, setup.background) {
     std::string layers = DxfText({{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "LAYER"}, {0, "LAYER"}, {2, "0"},
-                                  {62, "1"}, {0, "ENDTAB"}, {0, "ENDSEC"}});
-    loaded_ = testing::LoadModern(layers + EntitiesFile(entities));
+                                  {62, setup.layerColor}, {0, "ENDTAB"}, {0, "ENDSEC"}});
+    std::string header = setup.header.empty() ? "" : DxfText({{0, "SECTION"}, {2, "HEADER"}}) + setup.header +
+                                                         DxfText({{0, "ENDSEC"}});
+    loaded_ = testing::LoadModern(header + layers + EntitiesFile(entities));
     ZoomState zoom(loaded_->drawing);
+    zoom.Display.LineWeights = setup.lineWeights;
     surface_.Cls();
-    drawn_ = zoom.Zoom({0, 100, 100, 0}, surface_);
+    drawn_ = zoom.Zoom(setup.window, surface_);
   }
   bool drawn() const { return drawn_; }
-  bool Inked(int x, int y) const { return (surface_.image().pixel(x, y) & 0xFFFFFF) != 0xFFFFFF; }
+  QRgb Pixel(int x, int y) const { return surface_.image().pixel(x, y) & 0xFFFFFF; }
+  bool Inked(int x, int y) const { return Pixel(x, y) != (surface_.BackColor().rgb() & 0xFFFFFF); }
   bool InkedNear(int x, int y) const {
     for (int dy = -1; dy <= 1; ++dy)
       for (int dx = -1; dx <= 1; ++dx)
@@ -35,10 +49,11 @@ class ModernRender {
       for (int x = x0; x < x1; ++x) n += Inked(x, y);
     return n;
   }
+  const QImage& image() const { return surface_.image(); }
 
  private:
   std::unique_ptr<testing::Loaded> loaded_;
-  ImageSurface surface_{100, 100};
+  ImageSurface surface_;
   bool drawn_ = false;
 };
 
@@ -77,6 +92,100 @@ TEST(ModernRendering, MTextLinesAreDrawnOneBelowTheOther) {
   EXPECT_GT(text.InkedIn(10, 10, 50, 24), 20);  // first line: its cap height below the top
   EXPECT_GT(text.InkedIn(10, 30, 50, 44), 20);  // second line: 20 units further down
   EXPECT_EQ(text.InkedIn(60, 0, 100, 100), 0);
+}
+
+TEST(ModernRendering, ColourSevenContrastsWithTheBackground) {
+  const Pairs line = {{0, "LINE"}, {62, "7"}, {10, "0"}, {20, "50"}, {11, "100"}, {21, "50"}};
+  ModernRender onWhite(line);
+  EXPECT_EQ(onWhite.Pixel(50, 50), 0x000000u);
+  ModernRender onBlack(line, {.background = Qt::black});
+  EXPECT_EQ(onBlack.Pixel(50, 50), 0xFFFFFFu);
+  // A layer in colour 7 with a true colour that only restates it, as QCAD writes it.
+  ModernRender byLayer({{0, "LINE"}, {10, "0"}, {20, "50"}, {11, "100"}, {21, "50"}}, {.layerColor = "7\n420\n16777215"});
+  EXPECT_EQ(byLayer.Pixel(50, 50), 0x000000u);
+  ModernRender orange({{0, "LINE"}, {62, "30"}, {10, "0"}, {20, "50"}, {11, "100"}, {21, "50"}});
+  EXPECT_EQ(orange.Pixel(50, 50), 0xFF7F00u);
+}
+
+TEST(ModernRendering, LineWeightsAreDrawnOnlyWhenAsked) {
+  const Pairs heavy = {{0, "LINE"}, {370, "200"}, {10, "0"}, {20, "50"}, {11, "100"}, {21, "50"}};
+  ModernRender thin(heavy);
+  EXPECT_EQ(thin.InkedIn(50, 40, 51, 60), 1);
+  ModernRender weighted(heavy, {.lineWeights = true});
+  EXPECT_NEAR(weighted.InkedIn(50, 40, 51, 60), 8, 1);  // 2 mm at 96 dpi
+}
+
+TEST(ModernRendering, RaysAndConstructionLinesReachTheEdgesOfTheView) {
+  ModernRender ray({{0, "RAY"}, {10, "50"}, {20, "50"}, {11, "1"}, {21, "0"},
+                    {0, "XLINE"}, {10, "50"}, {20, "20"}, {11, "0"}, {21, "1"}});
+  ASSERT_TRUE(ray.drawn());
+  EXPECT_TRUE(ray.Inked(99, 50));
+  EXPECT_FALSE(ray.Inked(20, 50));  // a ray runs one way only
+  EXPECT_TRUE(ray.Inked(50, 0));
+  EXPECT_TRUE(ray.Inked(50, 99));
+}
+
+TEST(ModernRendering, AWipeoutHidesWhatWasDrawnBeforeIt) {
+  ModernRender wiped({{0, "LINE"}, {10, "0"}, {20, "50"}, {11, "100"}, {21, "50"},
+                      {0, "WIPEOUT"}, {10, "40"}, {20, "40"}, {11, "20"}, {21, "0"}, {12, "0"}, {22, "20"},
+                      {13, "1"}, {23, "1"}, {91, "2"}, {14, "-0.5"}, {24, "-0.5"}, {14, "0.5"}, {24, "0.5"},
+                      {0, "LINE"}, {10, "50"}, {20, "0"}, {11, "50"}, {21, "100"}});
+  EXPECT_TRUE(wiped.Inked(20, 50));
+  EXPECT_FALSE(wiped.Inked(45, 50));  // under the wipeout
+  EXPECT_TRUE(wiped.Inked(50, 45));   // the line drawn after it
+}
+
+TEST(ModernRendering, PointsFollowThePointStyle) {
+  const Pairs point = {{0, "POINT"}, {10, "50"}, {20, "50"}};
+  ModernRender cross(point, {.header = DxfText({{9, "$PDMODE"}, {70, "3"}, {9, "$PDSIZE"}, {40, "10"}})});
+  EXPECT_TRUE(cross.InkedNear(45, 45));
+  EXPECT_TRUE(cross.InkedNear(55, 55));
+  EXPECT_FALSE(cross.Inked(50, 44));
+  ModernRender hidden(point, {.header = DxfText({{9, "$PDMODE"}, {70, "1"}})});
+  EXPECT_EQ(hidden.InkedIn(0, 0, 100, 100), 0);
+  ModernRender dot(point);
+  EXPECT_EQ(dot.InkedIn(0, 0, 100, 100), 1);
+}
+
+TEST(ModernRendering, PatternHatchesDrawTheirLinesAndATintWhenTooDense) {
+  auto hatch = [](const std::string& offset) {
+    return Pairs{{0, "HATCH"}, {70, "0"}, {91, "1"}, {92, "2"}, {72, "0"}, {73, "1"}, {93, "4"},
+                 {10, "10"}, {20, "10"}, {10, "90"}, {20, "10"}, {10, "90"}, {20, "90"}, {10, "10"}, {20, "90"},
+                 {97, "0"}, {78, "1"}, {53, "0"}, {43, "0"}, {44, "0"}, {45, "0"}, {46, offset}, {79, "0"}};
+  };
+  ModernRender lines(hatch("10"));
+  EXPECT_EQ(lines.InkedIn(50, 15, 51, 85), 7);  // y = 20, 30, ... 80
+  EXPECT_FALSE(lines.Inked(5, 50));             // nothing outside the boundary
+  ModernRender dense(hatch("0.001"));
+  EXPECT_EQ(dense.InkedIn(20, 20, 80, 80), 60 * 60);
+  EXPECT_NE(dense.Pixel(50, 50), 0xFF0000u);  // a tint, lighter than the red lines
+}
+
+TEST(ModernRendering, ADrawingAtSurveyCoordinatesDrawsAsItDoesAtTheOrigin) {
+  auto shifted = [](double dx, double dy) {
+    auto at = [](double v) { return std::to_string(v); };
+    return Pairs{{0, "CIRCLE"}, {10, at(dx + 5.0004)}, {20, at(dy + 4.0003)}, {40, "0.3"},
+                 {0, "LWPOLYLINE"}, {90, "3"}, {70, "1"}, {10, at(dx + 1.25)}, {20, at(dy + 1.1)},
+                 {10, at(dx + 8.7)}, {20, at(dy + 1.1)}, {10, at(dx + 8.7)}, {20, at(dy + 7.35)},
+                 {0, "LINE"}, {10, at(dx + 0.5)}, {20, at(dy + 9.5)}, {11, at(dx + 9.5)}, {21, at(dy + 0.5)}};
+  };
+  ModernRender origin(shifted(0, 0), {.window = {0, 10, 10, 0}});
+  ModernRender survey(shifted(512345, 5412345), {.window = {512345, 5412355, 512355, 5412345}});
+  ASSERT_TRUE(origin.drawn());
+  EXPECT_GT(origin.InkedIn(0, 0, 100, 100), 200);
+  EXPECT_EQ(origin.image(), survey.image());
+  // The manhole of radius 0.3 stays round: as wide as it is high.
+  EXPECT_EQ(survey.InkedIn(44, 50, 56, 51), origin.InkedIn(44, 50, 56, 51));
+}
+
+TEST(ModernRendering, DimensionsWithoutABlockGetFilledArrowheads) {
+  ModernRender dimension({{0, "DIMENSION"}, {70, "0"}, {10, "10"}, {20, "50"}, {11, "50"}, {21, "52"},
+                          {13, "10"}, {23, "20"}, {14, "90"}, {24, "20"}},
+                         {.header = DxfText({{9, "$DIMASZ"}, {40, "6"}, {9, "$DIMTXT"}, {40, "5"}})});
+  EXPECT_TRUE(dimension.Inked(50, 50));        // the dimension line
+  EXPECT_GT(dimension.InkedIn(11, 48, 16, 53), 8);  // a filled arrowhead at its left end
+  EXPECT_GT(dimension.InkedIn(10, 60, 11, 80), 15);  // the extension line down to 13
+  EXPECT_GT(dimension.InkedIn(40, 40, 60, 50), 10);  // the text "80" above the line
 }
 
 }  // namespace
