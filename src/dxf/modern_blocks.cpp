@@ -149,6 +149,7 @@ InsertRef ModernReader::ReadInsertRef(int32_t block, const Style& style) {
 
 bool ModernReader::DXFInsert() {
   const Style style = ReadStyle();
+  attribOwner_ = style;
   InsertRef ref = ReadInsertRef(BlockRow(Text(2)), style);
   if (!ref.Frame.IsFinite() || !ref.Local.IsFinite()) return true;
   PlaceInsert(ref);

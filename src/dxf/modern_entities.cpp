@@ -113,13 +113,28 @@ bool ModernReader::DXFText() {
   return true;
 }
 
-// ATTRIB: an attribute that is not invisible (70 bit 0), in its own layer.
+// ATTRIB: an attribute that is not invisible (70 bit 0). On layer 0 it takes its
+// insert's layer, and "by block" its insert's colour, as the insert's own rows do.
 bool ModernReader::DXFAttrib() {
   if (Whole(70, 0, 0, 255) & 1) return true;
+  Style style = ReadStyle();
+  if (style.Layer == LayerZero()) style.Layer = attribOwner_.Layer;
+  if (style.Color == kForeground && Whole(62, 256, -32768, 32767) == 0) style.Color = attribOwner_.Color;
   AttribEntity attrib;
   attrib.Block = drawing_.BlockCount();
-  attrib.Text = ReadTextFields(ReadStyle(), 74);
+  attrib.Text = ReadTextFields(style, 74);
   Emit(attrib);
+  return true;
+}
+
+// ATTDEF: outside a block its tag (2) is shown, as CAD tools show a definition; inside
+// one only a constant attribute (70 bit 1) shows, with its value, in every insert.
+bool ModernReader::DXFAttDef() {
+  const int32_t flags = Whole(70, 0, 0, 255);
+  if ((flags & 1) || (block_ && !(flags & 2))) return true;
+  TextEntity text = ReadTextFields(ReadStyle(), 74);
+  if (!block_) text.Text = std::string(TrimRight(CutChars(Text(2), 100)));
+  Emit(text);
   return true;
 }
 

@@ -45,6 +45,7 @@ const ModernReader::Kind* ModernReader::FindKind(std::string_view name) {
       {"3DFACE", "DXF3DFace", &ModernReader::DXF3DFace, kInEntities},
       {"TEXT", "DXFText", &ModernReader::DXFText, kInEntities},
       {"ATTRIB", "DXFAttrib", &ModernReader::DXFAttrib, kInEntities},
+      {"ATTDEF", "DXFAttrib", &ModernReader::DXFAttDef, kInEntities},
       {"INSERT", "DXFInsert", &ModernReader::DXFInsert, kInEntities},
       {"DIMENSION", "DXFDimension", &ModernReader::DXFDimension, kInEntities},
       {"ACAD_TABLE", "DXFTable", &ModernReader::DXFTable, kInEntities},

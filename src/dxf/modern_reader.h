@@ -92,6 +92,7 @@ class ModernReader {
   bool DXF3DFace();
   bool DXFText();
   bool DXFAttrib();
+  bool DXFAttDef();
   bool DXFMText();
   bool DXFEllipse();
   bool DXFSpline();
@@ -185,6 +186,7 @@ class ModernReader {
   int32_t paperSpace_ = 0;  // the block that holds paper-space entities of ENTITIES
   std::vector<int32_t> expanding_;  // blocks being expanded, outermost first
   int32_t layerZero_ = 0;   // row of layer "0", found when first needed
+  Style attribOwner_;       // the last INSERT, which the ATTRIBs that follow belong to
 
   // Polyline state.
   bool inPolyline_ = false;

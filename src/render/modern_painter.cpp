@@ -204,6 +204,27 @@ void ModernPainter::FillPolygon(const QPolygonF& polygon, QColor color) {
   painter_.setBrush(Qt::NoBrush);
 }
 
+// Moves a band's corners at `vertex` (its sides offset by `w` along `n` from the line
+// along `u`) to where they meet the sides of the straight wide `neighbour` (half width
+// `nw` there), as long as that stays within a few widths of the vertex.
+void JoinSides(const PolySegment& neighbour, double nw, PointD vertex, PointD u, PointD n, double w, PointD& left,
+               PointD& right) {
+  if (neighbour.Bulge != 0 || (neighbour.Width == 0 && neighbour.EndWidth == 0)) return;
+  const PointD nd{neighbour.X2 - neighbour.X1, neighbour.Y2 - neighbour.Y1};
+  const double length = Length(nd);
+  const double det = u.x * nd.y - u.y * nd.x;
+  if (length == 0 || std::abs(det) < 1e-9 * length) return;
+  const PointD nu = nd * (1 / length), nn{-nu.y, nu.x};
+  auto meet = [&](double side, PointD& corner) {
+    const PointD a = vertex + n * (side * w), b = vertex + nn * (side * nw);
+    const PointD gap = b - a;
+    const PointD at = a + u * ((gap.x * nu.y - gap.y * nu.x) / (u.x * nu.y - u.y * nu.x));
+    if (Length(at - vertex) <= 4 * std::max(w, nw)) corner = at;
+  };
+  meet(1, left);
+  meet(-1, right);
+}
+
 // A segment with width: a band from its start width to its end width. Straight bands
 // that continue one another meet in a mitre, as CAD tools join wide polylines.
 void ModernPainter::DrawWideSegment(const PolySegment& s, int32_t row, QColor color) {
@@ -235,43 +256,13 @@ void ModernPainter::DrawWideSegment(const PolySegment& s, int32_t row, QColor co
   if (length == 0) return;
   const PointD u = d * (1 / length), n{-u.y, u.x};
   PointD left0 = p1 + n * w0, right0 = p1 - n * w0, left1 = p2 + n * w1, right1 = p2 - n * w1;
-  // Where the side through `a` along `u` meets the neighbour's side through `b` along
-  // `v`; kept only within a few widths of the vertex.
-  auto mitre = [](PointD a, PointD u, PointD b, PointD v, PointD vertex, double limit, PointD& out) {
-    const double det = u.x * v.y - u.y * v.x;
-    if (std::abs(det) < 1e-9) return;
-    const PointD w = b - a;
-    const PointD at = a + u * ((w.x * v.y - w.y * v.x) / det);
-    if (Length(at - vertex) <= limit) out = at;
-  };
   const auto& segs = drawing_.PolySegs;
-  auto straightWide = [](const PolySegment& o) { return o.Bulge == 0 && (o.Width != 0 || o.EndWidth != 0); };
-  if (s.Joined && row >= 2) {
-    const PolySegment& prev = segs[std::size_t(row - 2)];
-    if (straightWide(prev) && prev.X2 == s.X1 && prev.Y2 == s.Y1) {
-      const PointD pd = PointD{prev.X2 - prev.X1, prev.Y2 - prev.Y1};
-      const double pl = Length(pd);
-      if (pl > 0) {
-        const PointD pu = pd * (1 / pl), pn{-pu.y, pu.x};
-        const double pw = std::abs(prev.EndWidth) / 2;
-        mitre(p1 + n * w0, u, p1 + pn * pw, pu, p1, 4 * std::max(w0, pw), left0);
-        mitre(p1 - n * w0, u, p1 - pn * pw, pu, p1, 4 * std::max(w0, pw), right0);
-      }
-    }
-  }
-  if (std::size_t(row) < segs.size()) {
-    const PolySegment& next = segs[std::size_t(row)];
-    if (next.Joined && straightWide(next) && next.X1 == s.X2 && next.Y1 == s.Y2) {
-      const PointD nd = PointD{next.X2 - next.X1, next.Y2 - next.Y1};
-      const double nl = Length(nd);
-      if (nl > 0) {
-        const PointD nu = nd * (1 / nl), nn{-nu.y, nu.x};
-        const double nw = std::abs(next.Width) / 2;
-        mitre(p2 + n * w1, u, p2 + nn * nw, nu, p2, 4 * std::max(w1, nw), left1);
-        mitre(p2 - n * w1, u, p2 - nn * nw, nu, p2, 4 * std::max(w1, nw), right1);
-      }
-    }
-  }
+  const PolySegment* previous = s.Joined && row >= 2 ? &segs[std::size_t(row - 2)] : nullptr;
+  const PolySegment* next = std::size_t(row) < segs.size() && segs[std::size_t(row)].Joined ? &segs[std::size_t(row)] : nullptr;
+  if (previous && previous->X2 == s.X1 && previous->Y2 == s.Y1)
+    JoinSides(*previous, std::abs(previous->EndWidth) / 2, p1, u, n, w0, left0, right0);
+  if (next && next->X1 == s.X2 && next->Y1 == s.Y2)
+    JoinSides(*next, std::abs(next->Width) / 2, p2, u, n, w1, left1, right1);
   band << At(left0) << At(left1) << At(right1) << At(right0);
   FillPolygon(band, color);
 }
