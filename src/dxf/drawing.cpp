@@ -12,7 +12,9 @@
 namespace dxfimport {
 
 bool Drawing::InitDrawing(bool clearAll) {
+  ++generation_;
   if (clearAll) {
+    TextStyles = {};
     EntityTables::Clear();
     DashPatterns = {};
     PointDisplay = {};
@@ -60,6 +62,7 @@ void EntityTables::Anticipate(double readShare, std::size_t rowsLeft) {
   grow(Hatches);
   grow(Ellipses);
   grow(Points);
+  grow(MTexts);
   grow(DrawSeq);
 }
 

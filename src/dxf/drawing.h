@@ -33,6 +33,7 @@ struct EntityTables {
   std::vector<EllipseEntity> Ellipses;
   std::vector<PointEntity> Points;
   std::vector<RayEntity> Rays;
+  std::vector<MTextEntity> MTexts;
   std::vector<InsertRef> Inserts;
   std::vector<SeqEntry> DrawSeq;
 
@@ -47,6 +48,7 @@ struct EntityTables {
   void Append(const EllipseEntity& r) { Push(Ellipses, kKindEllipse, r); }
   void Append(const PointEntity& r) { Push(Points, kKindPoint, r); }
   void Append(const RayEntity& r) { Push(Rays, kKindRay, r); }
+  void Append(const MTextEntity& r) { Push(MTexts, kKindMText, r); }
   void Append(const InsertRef& r) { Push(Inserts, kKindInsert, r); }
 
   void Clear() { *this = EntityTables(); }
@@ -92,6 +94,7 @@ bool VisitRow(Tables& t, const SeqEntry& e, F&& f) {
     case kKindEllipse: f(RowOf(t.Ellipses, e.Index)); return true;
     case kKindPoint: f(RowOf(t.Points, e.Index)); return true;
     case kKindRay: f(RowOf(t.Rays, e.Index)); return true;
+    case kKindMText: f(RowOf(t.MTexts, e.Index)); return true;
     case kKindInsert: f(RowOf(t.Inserts, e.Index)); return true;
     default: return false;
   }
@@ -137,6 +140,7 @@ class Drawing : public EntityTables {
 
   std::vector<LayerEntry> Layers;
   std::vector<BlockEntry> Blocks;
+  std::vector<TextStyle> TextStyles;  // modern profile
   std::vector<PendingInsert> PendingInserts;
 
   // Dash patterns of line types from the LTYPE table (modern profile), in drawing units:
@@ -151,6 +155,10 @@ class Drawing : public EntityTables {
   int16_t DefaultLineWeight = 25;  // $LWDEFAULT
 
   double ExtMinX = 1e30f, ExtMinY = 1e30f, ExtMaxX = -1e30f, ExtMaxY = -1e30f;
+
+  // Counts the loads into this drawing, so that what was derived from one load (text
+  // layouts) is not taken for the next.
+  uint64_t Generation() const { return generation_; }
 
   // The reading profile the tables were read with.
   const ProfileRules& Rules() const { return *rules_; }
@@ -221,6 +229,7 @@ class Drawing : public EntityTables {
   std::size_t layersTrimmed_ = 0;  // layer names 1..n already stored trimmed
   std::size_t storedRows_ = 0;
   std::size_t rowLimit_ = kRowLimit;
+  uint64_t generation_ = 0;
 };
 
 }  // namespace dxfimport

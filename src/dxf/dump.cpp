@@ -103,6 +103,10 @@ void DumpTables(const Drawing& d, std::ostream& out) {
   Table(out, digits, "Rays", "X\tY\tDX\tDY\tBothWays\tLayer\tColor", d.Rays, [](RowWriter& w, const RayEntity& r) {
     w << r.X << r.Y << r.DX << r.DY << int32_t(r.BothWays) << r.Layer << r.Color;
   });
+  Table(out, digits, "MTexts", "X\tY\tHeight\tWidth\tRotation\tAttachment\tLayer\tColor\tContent", d.MTexts,
+        [](RowWriter& w, const MTextEntity& r) {
+          w << r.X << r.Y << r.Height << r.Width << r.Rotation << r.Attachment << r.Layer << r.Color << r.Content;
+        });
   Table(out, digits, "DrawSeq", "Kind\tIndex", d.DrawSeq, [](RowWriter& w, const SeqEntry& r) { w << r.Kind << r.Index; });
 }
 

@@ -1,4 +1,5 @@
 #include "dxf/extents.h"
+#include "dxf/mtext.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,7 +22,8 @@ constexpr int16_t kAdvances[95] = {
 constexpr double kLatinAdvance = 0.85, kWideAdvance = 1.45;
 constexpr double kDescent = 0.31;
 
-// The advance of a text in text heights.
+}  // namespace
+
 double TextAdvance(std::string_view utf8) {
   double width = 0;
   for (std::size_t i = 0; i < utf8.size();) {
@@ -39,6 +41,21 @@ double TextAdvance(std::string_view utf8) {
     i += length;
   }
   return width;
+}
+
+namespace {
+
+// Corners of a box in a text's frame (x along the baseline from the anchor, y up), turned
+// by `rotation` degrees and mirrored as `mirror` says, about the anchor.
+void FrameCorners(double x, double y, double rotation, int32_t mirror, double left, double right, double bottom,
+                  double top, PointD corners[4]) {
+  const double turn = Radians(rotation), c = std::cos(turn), s = std::sin(turn);
+  const PointD local[4] = {{left, bottom}, {right, bottom}, {right, top}, {left, top}};
+  for (int i = 0; i < 4; ++i) {
+    const double lx = (mirror & kTextBackward) ? -local[i].x : local[i].x;
+    const double ly = (mirror & kTextUpsideDown) ? -local[i].y : local[i].y;
+    corners[i] = {x + lx * c - ly * s, y + lx * s + ly * c};
+  }
 }
 
 Box Of(std::initializer_list<PointD> points) {
@@ -65,8 +82,16 @@ Box RowBox(const PolySegment& r) {
 }
 
 void TextCorners(const TextEntity& t, PointD corners[4]) {
-  const double h = std::abs(t.Height);
-  const double width = TextAdvance(t.Text) * h;
+  double h = std::abs(t.Height), rotation = t.Rotation;
+  double width = TextAdvance(PlainText(t.Text)) * h * (t.WidthFactor > 0 ? t.WidthFactor : 1);
+  const bool twoPoints = t.HorzJustify == 3 || t.HorzJustify == 5;
+  if (twoPoints && (t.AlignX != t.X || t.AlignY != t.Y)) {
+    // An aligned or fitted text fills the line between its points.
+    const double span = std::hypot(t.AlignX - t.X, t.AlignY - t.Y);
+    if (t.HorzJustify == 3 && width > 0) h *= span / width;
+    width = span;
+    rotation = Degrees(std::atan2(t.AlignY - t.Y, t.AlignX - t.X));
+  }
   const double along = t.HorzJustify == 1 || t.HorzJustify == 4 ? 0.5 : t.HorzJustify == 2 ? 1.0 : 0.0;
   double bottom = -kDescent * h, top = h;
   switch (t.VertJustify) {
@@ -76,11 +101,8 @@ void TextCorners(const TextEntity& t, PointD corners[4]) {
     default: break;
   }
   if (t.HorzJustify == 4 && t.VertJustify == 0) bottom -= h / 2, top -= h / 2;
-  const double left = -along * width, right = left + width;
-  const double turn = Radians(t.Rotation), c = std::cos(turn), s = std::sin(turn);
-  const PointD local[4] = {{left, bottom}, {right, bottom}, {right, top}, {left, top}};
-  for (int i = 0; i < 4; ++i)
-    corners[i] = {t.X + local[i].x * c - local[i].y * s, t.Y + local[i].x * s + local[i].y * c};
+  const double left = -along * width;
+  FrameCorners(t.X, t.Y, rotation, t.Mirror, left, left + width, bottom, top, corners);
 }
 
 Box RowBox(const TextEntity& r) {
@@ -111,6 +133,37 @@ Box RowBox(const PointEntity& r) { return Of({{r.X, r.Y}}); }
 
 Box RowBox(const RayEntity&) { return {}; }
 
+// An MTEXT's box estimated from its paragraphs, wrapped at its reference width.
+Box RowBox(const MTextEntity& m) {
+  const double h = std::abs(m.Height);
+  int lines = 0;
+  double widest = 0;
+  for (const TextParagraph& paragraph : ParseMText(m.Content, h)) {
+    double x = 0;
+    for (const TextPiece& piece : paragraph.pieces) {
+      const double size = h * piece.format.height * piece.format.widthFactor;
+      const double w = piece.kind == TextPiece::Kind::Stack
+                           ? std::max(TextAdvance(piece.text), TextAdvance(piece.lower)) * size * 0.7
+                           : piece.kind == TextPiece::Kind::Tab ? 4 * h : TextAdvance(piece.text) * size;
+      if (m.Width > 0 && x > 0 && x + w > m.Width && piece.kind != TextPiece::Kind::Space) {
+        ++lines;
+        widest = std::max(widest, x);
+        x = 0;
+      }
+      x += w;
+    }
+    ++lines;
+    widest = std::max(widest, x);
+  }
+  const double width = m.Width > 0 ? std::max(m.Width, widest) : widest;
+  const double height = h + (lines - 1) * h * 5.0 / 3.0 * m.SpacingFactor + kDescent * h;
+  const int column = (m.Attachment - 1) % 3, row = (m.Attachment - 1) / 3;
+  const double left = -column * width / 2, top = row == 0 ? 0 : row == 1 ? height / 2 : height;
+  PointD c[4];
+  FrameCorners(m.X, m.Y, m.Rotation, m.Mirror, left, left + width, top - height, top, c);
+  return Of({c[0], c[1], c[2], c[3]});
+}
+
 Box TablesBox(const EntityTables& t) {
   Box box;
   auto widen = [&box](const auto& table) {
@@ -129,6 +182,7 @@ Box TablesBox(const EntityTables& t) {
   widen(t.Solids);
   widen(t.Hatches);
   widen(t.Points);
+  widen(t.MTexts);
   return box;
 }
 

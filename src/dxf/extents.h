@@ -19,10 +19,14 @@ Box RowBox(const SolidEntity& r);
 Box RowBox(const HatchEntity& r);
 Box RowBox(const PointEntity& r);
 Box RowBox(const RayEntity& r);
+Box RowBox(const MTextEntity& r);
 
 // The four corners of a text's box (baseline left first, counter-clockwise), estimated
-// from its height and the number of its characters.
+// from its height, its characters and its width factor.
 void TextCorners(const TextEntity& t, PointD corners[4]);
+
+// The advance of a text in text heights, estimated for the faces texts are drawn in.
+double TextAdvance(std::string_view utf8);
 
 // The box of everything in the tables; empty when they hold nothing with a box.
 Box TablesBox(const EntityTables& t);

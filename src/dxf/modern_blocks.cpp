@@ -10,6 +10,7 @@
 #include "dxf/dimension_drawing.h"
 #include "dxf/extents.h"
 #include "dxf/modern_reader.h"
+#include "dxf/mtext.h"
 #include "dxf/placement.h"
 #include "support/log.h"
 #include "support/numbers.h"
@@ -97,6 +98,7 @@ template void ModernReader::Emit(const HatchEntity&);
 template void ModernReader::Emit(const EllipseEntity&);
 template void ModernReader::Emit(const PointEntity&);
 template void ModernReader::Emit(const RayEntity&);
+template void ModernReader::Emit(const MTextEntity&);
 template void ModernReader::Emit(const InsertRef&);
 
 // A BLOCK starts a definition; an insert met earlier may have made its row already.
@@ -296,7 +298,7 @@ void ModernReader::EmitDimension(const DimensionPicture& picture, const Style& s
     Emit(Placed(solid, toBlock_));
   }
   if (picture.text.empty() || !(picture.textHeight > 0)) return;
-  TextEntity text = PlainText(picture.text, picture.textHeight, style);
+  TextEntity text = StyledText(TextMarkup(picture.text), picture.textHeight, style, StyleRow(""));
   const double turn = Radians(picture.textRotation);
   text.X = picture.textAt.x + std::sin(turn) * picture.textHeight / 2;
   text.Y = picture.textAt.y - std::cos(turn) * picture.textHeight / 2;

@@ -9,6 +9,7 @@
 #include "dxf/extents.h"
 #include "dxf/group_codes.h"
 #include "dxf/style_maps.h"
+#include "dxf/text_styles.h"
 #include "support/log.h"
 #include "support/numbers.h"
 #include "support/text_decode.h"
@@ -33,6 +34,7 @@ const ModernReader::Kind* ModernReader::FindKind(std::string_view name) {
       {"LAYER", "DXFLayers", &ModernReader::DXFLayers, kInTables},
       {"LTYPE", "DXFLineTypes", &ModernReader::DXFLineTypes, kInTables},
       {"DIMSTYLE", "DXFDimStyle", &ModernReader::DXFDimStyle, kInTables},
+      {"STYLE", "DXFStyle", &ModernReader::DXFStyle, kInTables},
       {"BLOCK_RECORD", "DXFBlock", &ModernReader::DXFBlockRecord, kInTables},
       {"LAYOUT", "DXFLayout", &ModernReader::DXFLayout, kInObjects},
       {"BLOCK", "DXFBlock", &ModernReader::DXFBlock, kInEntities},
@@ -95,6 +97,7 @@ void ModernReader::ReadRecord(bool header) {
   for (int16_t code : setCodes_) last_[std::size_t(code)] = {};
   setCodes_.clear();
   pairs_.clear();
+  embedded_.clear();
   int code = 0;
   std::string_view value;
   bool embedded = false;  // after 101 an embedded object repeats codes with other meanings
@@ -104,7 +107,10 @@ void ModernReader::ReadRecord(bool header) {
       return;
     }
     embedded = embedded || code == 101;
-    if (embedded) continue;
+    if (embedded) {
+      if (embedded_.size() < 4096) embedded_.emplace_back(code, value);
+      continue;
+    }
     pairs_.emplace_back(code, value);
     if (code > 0 && code < 1000) {
       if (last_[std::size_t(code)].data() == nullptr) setCodes_.push_back(int16_t(code));
@@ -323,6 +329,47 @@ int32_t ModernReader::LayerRow(std::string_view raw) {
 int32_t ModernReader::LayerZero() {
   if (!layerZero_) layerZero_ = LayerRow("0");
   return layerZero_;
+}
+
+// STYLE: a text style's font (3, or the family in the extended data of ACAD), fixed
+// height 40, width factor 41, oblique angle 50, mirror flags 71 and vertical flag (70
+// bit 2). Shape files (70 bit 0) are not text styles.
+bool ModernReader::DXFStyle() {
+  const int32_t flags = Whole(70, 0, 0, 0xFFFF);
+  if (flags & 1) return true;
+  std::string family;
+  bool acad = false;
+  for (const auto& [code, value] : pairs_) {
+    if (code == 1001) acad = Trim(value) == "ACAD";
+    else if (code == 1000 && acad && family.empty()) family = r_.decoder_.Decode(value);
+  }
+  TextStyle style;
+  style.Name = std::string(Trim(Text(2)));
+  const FaceChoice face = FaceOfFont(Text(3), family);
+  style.Face = face.face;
+  style.Stroke = face.stroke;
+  style.FixedHeight = Num(40);
+  style.WidthFactor = Num(41, 1) > 0 ? Num(41, 1) : 1;
+  style.Oblique = Num(50);
+  style.Mirror = Whole(71, 0, 0, 6) & (kTextBackward | kTextUpsideDown);
+  style.Vertical = (flags & 4) != 0;
+  drawing_.TextStyles.push_back(std::move(style));
+  return true;
+}
+
+// The row of a text style by name (case does not matter), or 0.
+int32_t ModernReader::StyleRow(std::string_view name) const {
+  name = Trim(name);
+  if (name.empty()) name = "Standard";
+  const auto& styles = drawing_.TextStyles;
+  for (std::size_t i = 0; i < styles.size(); ++i) {
+    const std::string& n = styles[i].Name;
+    if (n.size() == name.size() && std::equal(n.begin(), n.end(), name.begin(), [](char a, char b) {
+          return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+        }))
+      return int32_t(i + 1);
+  }
+  return 0;
 }
 
 // DIMSTYLE: the dimension variables by their group codes, over the header's.

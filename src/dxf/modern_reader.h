@@ -16,10 +16,6 @@
 
 namespace dxfimport {
 
-// A text height is the height of a capital; the character cell of the faces used is
-// this many times taller.
-inline constexpr double kCapHeightFactor = 1.6;
-
 // Layer names of the modern profile are kept whole up to this many characters.
 inline constexpr std::size_t kMaxNameChars = 255;
 
@@ -76,6 +72,8 @@ class ModernReader {
   bool DXFBlockRecord();
   bool DXFLayout();
   bool DXFDimStyle();
+  bool DXFStyle();
+  int32_t StyleRow(std::string_view name) const;
   int32_t LineTypeOfName(std::string_view name, double scale = 1);
 
   // Entity properties.
@@ -106,7 +104,8 @@ class ModernReader {
   bool DXFSeqEnd();
   bool DXFLwPolyline();
   TextEntity ReadTextFields(const Style& style, int verticalCode);
-  TextEntity PlainText(const std::string& text, double height, const Style& style) const;
+  TextEntity StyledText(std::string markup, double height, const Style& style, int32_t styleRow) const;
+  void ReadEmbeddedColumns(MTextEntity& m) const;
   void EmitCurve(const std::vector<PointD>& points, const Style& style, bool closed = false);
   double CurveTolerance(double curveSize) const;
 
@@ -170,6 +169,7 @@ class ModernReader {
   DXFReader& r_;
   Drawing& drawing_;
   std::vector<std::pair<int, std::string_view>> pairs_;
+  std::vector<std::pair<int, std::string_view>> embedded_;  // the pairs of an embedded object (after 101)
   std::array<std::string_view, 1000> last_{};
   std::vector<int16_t> setCodes_;
   bool havePending_ = false;

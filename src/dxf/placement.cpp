@@ -29,15 +29,50 @@ LineEntity Placed(const LineEntity& row, const Affine& m) {
   return r;
 }
 
+namespace {
+
+// How a text's frame maps: the angle of its mapped baseline, how much longer the
+// baseline and its height become, and whether the map mirrors it.
+struct TextFrame {
+  double rotation, along, across;
+  bool mirrored;
+};
+
+TextFrame MapTextFrame(double rotation, const Affine& m) {
+  const double t = Radians(rotation);
+  const PointD along = m.ApplyVector({std::cos(t), std::sin(t)});
+  const double length = Length(along), det = m.Det();
+  if (!(length > 0)) return {rotation, 1, 1, false};
+  return {Degrees(std::atan2(along.y, along.x)), length, std::abs(det) / length, det < 0};
+}
+
+}  // namespace
+
+// A mirroring map turns the text upside down about its baseline along the mapped
+// direction; a map that stretches the baseline more than the height widens the glyphs.
 TextEntity Placed(const TextEntity& row, const Affine& m) {
   TextEntity r = row;
   Map(m, r.X, r.Y);
-  const double t = Radians(row.Rotation);
-  const PointD along = m.ApplyVector({std::cos(t), std::sin(t)});
-  const double length = Length(along);
-  r.Rotation = Degrees(std::atan2(along.y, along.x));
-  // The mapped height is the height of the mapped unit box across its baseline.
-  r.Height = length > 0 ? row.Height * std::abs(m.Det()) / length : row.Height;
+  Map(m, r.AlignX, r.AlignY);
+  const TextFrame f = MapTextFrame(row.Rotation, m);
+  r.Rotation = f.rotation;
+  r.Height = row.Height * f.across;
+  r.WidthFactor = row.WidthFactor * f.along / f.across;
+  if (f.mirrored) r.Mirror ^= kTextUpsideDown;
+  return r;
+}
+
+MTextEntity Placed(const MTextEntity& row, const Affine& m) {
+  MTextEntity r = row;
+  Map(m, r.X, r.Y);
+  const TextFrame f = MapTextFrame(row.Rotation, m);
+  r.Rotation = f.rotation;
+  r.Height = row.Height * f.across;
+  r.Width = row.Width * f.along;
+  r.ColumnWidth = row.ColumnWidth * f.along;
+  r.ColumnGutter = row.ColumnGutter * f.along;
+  r.ColumnHeight = row.ColumnHeight * f.across;
+  if (f.mirrored) r.Mirror ^= kTextUpsideDown;
   return r;
 }
 

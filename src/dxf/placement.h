@@ -13,6 +13,7 @@ namespace dxfimport {
 // of the mapped text box.
 LineEntity Placed(const LineEntity& row, const Affine& m);
 TextEntity Placed(const TextEntity& row, const Affine& m);
+MTextEntity Placed(const MTextEntity& row, const Affine& m);
 AttribEntity Placed(const AttribEntity& row, const Affine& m);
 SolidEntity Placed(const SolidEntity& row, const Affine& m);
 HatchEntity Placed(const HatchEntity& row, const Affine& m);

@@ -56,19 +56,69 @@ struct PolySegment {
   bool Joined = false;
 };
 
+// Mirror flags of a text (group 71 of TEXT and STYLE).
+inline constexpr int32_t kTextBackward = 2;
+inline constexpr int32_t kTextUpsideDown = 4;
+
 // TEXT and the text part of an ATTRIB.
 struct TextEntity {
   double X = 0, Y = 0;      // insertion or alignment point
-  std::string Text;         // at most 100 characters, trailing blanks not kept
-  double Height = 0;        // group 40
+  std::string Text;         // legacy: at most 100 characters, trailing blanks not kept;
+                            // modern: the text in the inline-code markup of MTEXT
+  double Height = 0;        // group 40; modern: the height of a capital
   double Rotation = 0;      // degrees, group 50
   int32_t HorzJustify = 0;  // group 72
-  int32_t VertJustify = 0;  // group 73 (74 of an ATTRIB): baseline, bottom, middle, top (modern)
   int32_t Layer = 0;
   int32_t Underline = 0;    // -1 when the text carried %%u
   int32_t Color = 0;
   std::string FontName;     // font face, at most 20 characters
   double FontFactor = 0;    // size factor that goes with the face
+  // Modern profile:
+  int32_t VertJustify = 0;  // 73 (74 of an ATTRIB): baseline, bottom, middle, top
+  int32_t Style = 0;        // row of Drawing::TextStyles (0: none)
+  double WidthFactor = 1;   // 41
+  double Oblique = 0;       // 51, degrees
+  int32_t Mirror = 0;       // 71: kTextBackward, kTextUpsideDown
+  double AlignX = 0, AlignY = 0;  // the second point (11/21) of an aligned or fitted text
+};
+
+// MTEXT (modern profile): its content in the inline-code markup, laid out with the
+// fonts' metrics when it is drawn.
+struct MTextEntity {
+  double X = 0, Y = 0;        // insertion point 10/20
+  double Rotation = 0;        // degrees: the direction 11/21 or the rotation 50
+  double Height = 0;          // 40, the height of a capital
+  double Width = 0;           // reference width 41 (0: lines are not wrapped)
+  int32_t Attachment = 1;     // 71: 1..9 top left .. bottom right
+  int32_t SpacingStyle = 1;   // 73: 1 at least, 2 exactly
+  double SpacingFactor = 1;   // 44
+  int32_t Style = 0;          // row of Drawing::TextStyles (0: none)
+  int32_t Mirror = 0;         // kTextBackward when mirrored (an extrusion along -Z, a mirroring insert)
+  int32_t Layer = 0;
+  int32_t Color = 0;
+  // Columns: 0 none, 1 static, 2 dynamic (75 or the embedded object's 71), their count,
+  // width, gutter and height (76, 48, 49 and 46 or 50).
+  int32_t ColumnKind = 0, ColumnCount = 0;
+  double ColumnWidth = 0, ColumnGutter = 0, ColumnHeight = 0;
+  // Background (90: 1 a fill colour, 2 the background colour), its colour (63/421) and the
+  // margin around the text as a factor of the height (45).
+  int32_t FillFlags = 0;
+  int32_t FillColor = 0;
+  double FillScale = 1.5;
+  std::string Content;
+};
+
+// A text style (STYLE table, modern profile): the face its texts are drawn in and their
+// defaults.
+struct TextStyle {
+  std::string Name;          // group 2
+  std::string Face;          // the family the texts are drawn in
+  bool Stroke = false;       // an SHX font (drawn in a face that stands in for it)
+  double FixedHeight = 0;    // 40 (0: the texts give theirs)
+  double WidthFactor = 1;    // 41
+  double Oblique = 0;        // 50, degrees
+  int32_t Mirror = 0;        // 71
+  bool Vertical = false;     // 70 bit 2
 };
 
 // CIRCLE and ARC (groups 10/20 centre, 40 radius, 50/51 angles in degrees).
@@ -184,6 +234,7 @@ enum EntityKind : int32_t {
   kKindRay = 11,
   kKindInsert = 12,  // only inside block definitions
   kKindClip = 13,    // what follows is clipped to ClipBoxes[Index - 1] (Index 0 ends it)
+  kKindMText = 14,
 };
 
 // One drawable item in file order: its kind and its 1-based row in that kind's table.

@@ -14,7 +14,6 @@
 #include "dxf/extents.h"
 #include "render/clipping.h"
 #include "render/redraw.h"
-#include "render/text_painter.h"
 
 namespace dxfimport {
 namespace {
@@ -48,7 +47,7 @@ class ModernPainter : public EntityPainter {
   void DrawSolid(const SolidEntity& s);
   void DrawHatch(const HatchEntity& h);
   void DrawPatternLines(const HatchEntity& h, const std::vector<QPolygonF>& loops, const Box& box);
-  void DrawText(const TextEntity& t);
+  void DrawText(const TextLayout& layout, int32_t colorValue, int32_t layer);
   void DrawPoint(const PointEntity& p);
   void DrawRay(const RayEntity& r);
   // The curve centre + u cos t + v sin t from t0 to t1 (radians), in visible runs.
@@ -72,7 +71,7 @@ class ModernPainter : public EntityPainter {
   };
   PenKey penKey_{0, -1, -1};
   QPolygonF run_;
-  TextPainter text_;
+  QTransform device_;  // drawing to device coordinates
 };
 
 ModernPainter::ModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& canvas, QColor background,
@@ -85,7 +84,8 @@ ModernPainter::ModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& ca
       background_(background),
       foreground_(ContrastingColor(background.red() | (background.green() << 8) | (background.blue() << 16))),
       view_(0, 0, e_.DeviceWidth, e_.DeviceHeight),
-      text_(canvas.painter()) {
+      device_(e_.ViewScale, 0, 0, -e_.ViewScale, -e_.OriginX * e_.ViewScale,
+              e_.DeviceHeight + e_.OriginY * e_.ViewScale) {
   painter_.save();
   painter_.setRenderHint(QPainter::Antialiasing, false);
   painter_.setBrush(Qt::NoBrush);
@@ -152,9 +152,12 @@ void ModernPainter::Draw(const SeqEntry& entry) {
     } else if constexpr (std::is_same_v<Row, PolySegment>) {
       if (LayerOn(row.Layer)) DrawSegment(row, entry.Index);
     } else if constexpr (std::is_same_v<Row, TextEntity>) {
-      if (LayerOn(row.Layer)) DrawText(row);
+      if (LayerOn(row.Layer)) DrawText(zoom_.Texts.Of(row, kKindText, entry.Index, drawing_), row.Color, row.Layer);
     } else if constexpr (std::is_same_v<Row, AttribEntity>) {
-      if (LayerOn(row.Text.Layer) && zoom_.AttributesVisible) DrawText(row.Text);
+      if (LayerOn(row.Text.Layer) && zoom_.AttributesVisible)
+        DrawText(zoom_.Texts.Of(row.Text, kKindAttrib, entry.Index, drawing_), row.Text.Color, row.Text.Layer);
+    } else if constexpr (std::is_same_v<Row, MTextEntity>) {
+      if (LayerOn(row.Layer)) DrawText(zoom_.Texts.Of(row, entry.Index, drawing_), row.Color, row.Layer);
     } else if constexpr (std::is_same_v<Row, ArcEntity>) {
       if (LayerOn(row.Layer)) DrawArc(row);
     } else if constexpr (std::is_same_v<Row, EllipseEntity>) {
@@ -426,9 +429,40 @@ void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<QPo
   }
 }
 
-void ModernPainter::DrawText(const TextEntity& t) {
+// A laid-out text: its background, its glyph runs and its strokes, mapped from its
+// frame to the device. Text whose capitals would be lower than a pixel and a half, or far
+// larger than the picture, is left out.
+void ModernPainter::DrawText(const TextLayout& layout, int32_t colorValue, int32_t layer) {
+  const double capPixels = layout.height * e_.ViewScale;
+  if (!(capPixels >= 1.5) || capPixels > 16.0 * std::max(e_.DeviceWidth, e_.DeviceHeight)) return;
+  const QTransform toDevice = TextLayouts::FrameTransform(layout) * device_;
+  QRectF covered = layout.box;
+  if (layout.fill) covered |= *layout.fill;
+  if (!toDevice.mapRect(covered).intersects(view_)) return;
+  const QColor own = ColorOf(colorValue, layer);
   penKey_ = {0, -1, -1};
-  text_.Draw(t, e_, ColorOf(t.Color, t.Layer), view_);
+  painter_.save();
+  if (layout.fill) {
+    const QColor fill = layout.fillBackground ? background_ : ColorOf(layout.fillColor, layer);
+    painter_.setPen(Qt::NoPen);
+    painter_.setBrush(fill);
+    painter_.drawPolygon(toDevice.map(QPolygonF(*layout.fill)));
+  }
+  painter_.setRenderHint(QPainter::Antialiasing, true);
+  painter_.setRenderHint(QPainter::TextAntialiasing, true);
+  for (const TextLayout::Run& run : layout.runs) {
+    const QTransform glyphs(run.scale * run.widthScale, 0, -run.shear * run.scale, -run.scale, run.origin.x(),
+                            run.origin.y());
+    painter_.setTransform(glyphs * toDevice);
+    painter_.setPen(run.color ? ColorOf(run.color, layer) : own);
+    painter_.drawGlyphRun(QPointF(0, 0), run.glyphs);
+  }
+  painter_.setTransform(QTransform());
+  for (const TextLayout::Stroke& stroke : layout.strokes) {
+    painter_.setPen(QPen(stroke.color ? ColorOf(stroke.color, layer) : own, std::max(1.0, capPixels * 0.07)));
+    painter_.drawLine(toDevice.map(stroke.line));
+  }
+  painter_.restore();
 }
 
 // A point in the drawing's point style: a dot, a plus, a cross or a tick, with a circle

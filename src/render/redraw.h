@@ -9,6 +9,7 @@
 #include "render/canvas.h"
 #include "render/engine.h"
 #include "render/surface.h"
+#include "render/text_layout.h"
 
 class QPaintDevice;
 class QPagedPaintDevice;
@@ -45,6 +46,7 @@ class ZoomState {
   bool AttributesVisible = true;    // attributes are drawn
   bool MonochromePrint = false;     // the printer draws every entity in colour 0
   DisplayOptions Display;           // modern profile
+  TextLayouts Texts;                // the texts laid out, kept between redraws
   std::string FileName;             // named in the print border's caption
   QPagedPaintDevice* Printer = nullptr;  // the printer target (a PDF writer)
 

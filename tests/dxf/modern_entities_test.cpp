@@ -12,12 +12,43 @@ namespace {
 using testing::EntitiesFile;
 using testing::LoadModern;
 
-TEST(MTextLines, StripsFormattingAndSplitsParagraphs) {
-  EXPECT_EQ(MTextLines("plain"), std::vector<std::string>{"plain"});
-  EXPECT_EQ(MTextLines("a\\Pb"), (std::vector<std::string>{"a", "b"}));
-  EXPECT_EQ(MTextLines("{\\fArial|b1;Bold} \\H2.5x;big\\~end"), std::vector<std::string>{"Bold big end"});
-  EXPECT_EQ(MTextLines("\\LUnder\\l \\S1^2; \\\\ \\{x\\}"), std::vector<std::string>{"Under 1/2 \\ {x}"});
-  EXPECT_EQ(MTextLines("\\C1;red^Jnext %%d%%c"), (std::vector<std::string>{"red", "next \u00B0\u00D8"}));
+TEST(MTextMarkup, ParagraphsWordsAndFormats) {
+  EXPECT_EQ(PlainText("plain"), "plain");
+  EXPECT_EQ(PlainText("a\\Pb"), "a\nb");
+  EXPECT_EQ(PlainText("{\\fArial|b1;Bold} \\H2.5x;big\\~end"), "Bold big\u00A0end");
+  EXPECT_EQ(PlainText("\\LUnder\\l \\S1^2; \\\\ \\{x\\}"), "Under 1 2 \\ {x}");
+  EXPECT_EQ(PlainText("\\C1;red^Jnext %%d%%c%%%%%065"), "red\nnext \u00B0\u00D8%A");
+  EXPECT_EQ(PlainText("a^Ib^ c^a"), "a\tb^c!");  // caret codes: a tab, a caret, a character
+
+  const auto paragraphs = ParseMText("{\\H5;big \\C1;red} \\W0.5;\\Q15;\\Lnarrow\\l\\Pnext", 2.5);
+  ASSERT_EQ(paragraphs.size(), 2u);
+  const auto& pieces = paragraphs[0].pieces;
+  ASSERT_EQ(pieces.size(), 5u);  // big, space, red, space, narrow
+  EXPECT_EQ(pieces[0].format.height, 2);  // 5 of 2.5
+  EXPECT_EQ(pieces[2].format.color, 0x0000FF);
+  EXPECT_EQ(pieces[3].format.height, 1);  // the group restored the height
+  EXPECT_EQ(pieces[4].format.widthFactor, 0.5);
+  EXPECT_EQ(pieces[4].format.oblique, 15);
+  EXPECT_TRUE(pieces[4].format.underline);
+  EXPECT_EQ(paragraphs[1].pieces[0].text, "next");
+
+  const auto stacked = ParseMText("\\S1/2; \\S+0.1^-0.2; \\pxi-3,l4,qr,t4,8;x", 1);
+  ASSERT_EQ(stacked[0].pieces[0].kind, TextPiece::Kind::Stack);
+  EXPECT_EQ(stacked[0].pieces[0].text, "1");
+  EXPECT_EQ(stacked[0].pieces[0].lower, "2");
+  EXPECT_EQ(stacked[0].pieces[0].stack, '/');
+  EXPECT_EQ(stacked[0].pieces[2].stack, '^');
+  EXPECT_EQ(stacked[0].pieces[2].lower, "-0.2");
+  EXPECT_EQ(stacked[0].indentFirst, -3);
+  EXPECT_EQ(stacked[0].indentLeft, 4);
+  EXPECT_EQ(stacked[0].alignment, 2);
+  EXPECT_EQ(stacked[0].tabs, (std::vector<double>{4, 8}));
+  // A TEXT value: backslashes and braces are characters; %%u toggles the underline.
+  const auto text = ParseMText(TextMarkup("%%uA\\{b}%%u c"), 1);
+  ASSERT_EQ(text[0].pieces.size(), 3u);
+  EXPECT_EQ(text[0].pieces[0].text, "A\\{b}");
+  EXPECT_TRUE(text[0].pieces[0].format.underline);
+  EXPECT_FALSE(text[0].pieces[2].format.underline);
 }
 
 TEST(Curves, EllipsesAndSplinesStayWithinTheTolerance) {
@@ -45,23 +76,59 @@ TEST(Curves, EllipsesAndSplinesStayWithinTheTolerance) {
   EXPECT_EQ(ChordCount(1e9, 6.3, 1e-9), 4096);
 }
 
-TEST(ModernEntities, MTextBecomesOneRowPerLinePlacedByItsAttachment) {
-  auto loaded = LoadModern(EntitiesFile({{0, "MTEXT"}, {10, "100"}, {20, "50"}, {40, "3"}, {71, "1"},
-                                         {3, "first\\Psec"}, {1, "ond\\P\\Pfourth"}, {101, "Embedded Object"},
-                                         {10, "999"}, {40, "77"}}));
+TEST(ModernEntities, MTextKeepsItsContentFrameAndColumns) {
+  auto loaded = LoadModern(EntitiesFile({{0, "MTEXT"}, {10, "100"}, {20, "50"}, {40, "3"}, {41, "40"}, {71, "5"},
+                                         {3, "first\\Psec"}, {1, "ond"}, {11, "0"}, {21, "1"}, {73, "2"},
+                                         {44, "1.5"}, {90, "3"}, {45, "1.2"},
+                                         {101, "Embedded Object"}, {70, "1"}, {10, "999"}, {71, "1"}, {72, "2"},
+                                         {44, "20"}, {45, "2"}, {46, "30"}}));
   const Drawing& d = loaded->drawing;
-  ASSERT_EQ(d.TextCount(), 3);
-  EXPECT_EQ(d.Texts[0].Text, "first");
-  EXPECT_EQ(d.Texts[1].Text, "second");
-  EXPECT_EQ(d.Texts[2].Text, "fourth");
-  EXPECT_EQ(d.Texts[0].X, 100);
-  EXPECT_EQ(d.Texts[0].Y, 47);  // top left: the first baseline one height down
-  EXPECT_FLOAT_EQ(d.Texts[2].Y, 47 - 3 * 5);
-  EXPECT_EQ(d.Texts[0].Height, 3);
-  auto turned = LoadModern(EntitiesFile({{0, "MTEXT"}, {10, "0"}, {20, "0"}, {40, "2"}, {71, "9"}, {11, "0"},
-                                         {21, "1"}, {1, "x"}}));
-  EXPECT_EQ(turned->drawing.Texts[0].Rotation, 90);
-  EXPECT_EQ(turned->drawing.Texts[0].HorzJustify, 2);
+  ASSERT_EQ(d.MTexts.size(), 1u);
+  const MTextEntity& m = d.MTexts[0];
+  EXPECT_EQ(m.Content, "first\\Psecond");  // 3 chunks, then 1
+  EXPECT_EQ(m.X, 100);                       // not the embedded object's 10
+  EXPECT_EQ(m.Height, 3);
+  EXPECT_EQ(m.Width, 40);
+  EXPECT_EQ(m.Attachment, 5);
+  EXPECT_EQ(m.Rotation, 90);  // along the direction 11/21
+  EXPECT_EQ(m.SpacingStyle, 2);
+  EXPECT_EQ(m.SpacingFactor, 1.5);
+  EXPECT_EQ(m.ColumnKind, 1);
+  EXPECT_EQ(m.ColumnCount, 2);
+  EXPECT_EQ(m.ColumnWidth, 20);
+  EXPECT_EQ(m.ColumnHeight, 30);
+  EXPECT_EQ(m.FillFlags, 3);
+  EXPECT_EQ(m.FillScale, 1.2);
+  // Seen from below (an extrusion along -Z) the text is mirrored.
+  auto mirrored = LoadModern(EntitiesFile({{0, "MTEXT"}, {10, "5"}, {20, "5"}, {40, "1"}, {1, "x"},
+                                           {210, "0"}, {220, "0"}, {230, "-1"}}));
+  EXPECT_EQ(mirrored->drawing.MTexts[0].Mirror, kTextUpsideDown);
+  EXPECT_EQ(mirrored->drawing.MTexts[0].Rotation, 0);  // the rotation is in world coordinates
+  EXPECT_EQ(mirrored->drawing.MTexts[0].X, 5);           // the point is in world coordinates
+}
+
+TEST(ModernEntities, TextsTakeTheirStyleFontAndDefaults) {
+  std::string styles = testing::DxfText({{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "STYLE"},
+                                         {0, "STYLE"}, {2, "Notes"}, {70, "0"}, {40, "0"}, {41, "0.8"}, {50, "10"},
+                                         {71, "2"}, {3, "arial.ttf"},
+                                         {0, "STYLE"}, {2, "Plot"}, {70, "0"}, {40, "2.5"}, {3, "romans.shx"},
+                                         {0, "STYLE"}, {2, "Family"}, {3, ""}, {1001, "ACAD"}, {1000, "Times New Roman"},
+                                         {0, "ENDTAB"}, {0, "ENDSEC"}});
+  auto loaded = LoadModern(styles + EntitiesFile({{0, "TEXT"}, {7, "notes"}, {40, "2"}, {1, "a"},
+                                                  {0, "TEXT"}, {7, "Notes"}, {40, "2"}, {41, "1.5"}, {71, "0"}, {1, "b"},
+                                                  {0, "TEXT"}, {7, "Plot"}, {1, "c"},
+                                                  {0, "TEXT"}, {7, "Family"}, {40, "1"}, {1, "d"}}));
+  const Drawing& d = loaded->drawing;
+  ASSERT_EQ(d.TextCount(), 4);
+  EXPECT_EQ(d.Texts[0].FontName, "Arial");
+  EXPECT_EQ(d.Texts[0].WidthFactor, 0.8);  // the style's, the text having none
+  EXPECT_EQ(d.Texts[0].Oblique, 10);
+  EXPECT_EQ(d.Texts[0].Mirror, kTextBackward);
+  EXPECT_EQ(d.Texts[1].WidthFactor, 1.5);  // the text's own
+  EXPECT_EQ(d.Texts[1].Mirror, 0);
+  EXPECT_EQ(d.Texts[2].FontName, "DejaVu Sans");  // the stand-in of an SHX font
+  EXPECT_EQ(d.Texts[2].Height, 2.5);              // the style's fixed height
+  EXPECT_EQ(d.Texts[3].FontName, "Times New Roman");
 }
 
 TEST(ModernEntities, CurvesKeepTheirShapeLeadersGetArrowsAndTracesBecomeSolids) {

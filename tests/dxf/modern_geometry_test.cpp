@@ -206,7 +206,7 @@ TEST(Dimensions, TheWholeBlockWithArrowBlocksOrTheDefinitionPointsAreDrawn) {
   ASSERT_EQ(d.SolidCount(), 2);              // the arrowheads, in every nesting
   EXPECT_EQ(d.Solids[0].Color, AciColor(1));  // by block: the dimension's colour
   EXPECT_NEAR(d.Solids[1].X2, 1, 1e-9);       // the turned arrow points left
-  EXPECT_EQ(d.TextCount(), 1);
+  EXPECT_EQ(d.MTexts.size(), 1u);
 
   std::string styles = DxfText({{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "DIMSTYLE"}, {0, "DIMSTYLE"},
                                 {2, "ISO"}, {41, "2.5"}, {140, "2.5"}, {271, "2"}, {0, "ENDTAB"}, {0, "ENDSEC"}});

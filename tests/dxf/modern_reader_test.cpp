@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "dxf/mtext.h"
 #include "dxf/reader.h"
 #include "testing/dxf_fixture.h"
 
@@ -182,15 +183,15 @@ TEST(ModernProfile, DecodesCodePagesUtf8AndEscapes) {
   // "図面" in Shift-JIS, in UTF-8, and as escapes.
   const std::string sjis = "\x90\x7D\x96\xCA", utf8 = "\u56F3\u9762";
   auto japanese = LoadModern(header("AC1015", "ANSI_932") + EntitiesFile({{0, "TEXT"}, {1, sjis}}));
-  EXPECT_EQ(japanese->drawing.Texts[0].Text, utf8);
+  EXPECT_EQ(PlainText(japanese->drawing.Texts[0].Text), utf8);
   auto unicode = LoadModern(header("AC1021", "ANSI_1252") + EntitiesFile({{0, "TEXT"}, {1, utf8}}));
-  EXPECT_EQ(unicode->drawing.Texts[0].Text, utf8);
+  EXPECT_EQ(PlainText(unicode->drawing.Texts[0].Text), utf8);
   auto wrongHeader = LoadModern(header("AC1015", "ANSI_1252") + EntitiesFile({{0, "TEXT"}, {1, utf8}}));
-  EXPECT_EQ(wrongHeader->drawing.Texts[0].Text, utf8);
+  EXPECT_EQ(PlainText(wrongHeader->drawing.Texts[0].Text), utf8);
   auto cyrillic = LoadModern(header("AC1015", "ANSI_1251") + EntitiesFile({{0, "TEXT"}, {1, "\xCF\xF0"}}));
-  EXPECT_EQ(cyrillic->drawing.Texts[0].Text, "\u041F\u0440");
+  EXPECT_EQ(PlainText(cyrillic->drawing.Texts[0].Text), "\u041F\u0440");
   auto escapes = LoadModern(EntitiesFile({{0, "TEXT"}, {1, "\\U+56F3\\M+196CA x\\U+zz"}}));
-  EXPECT_EQ(escapes->drawing.Texts[0].Text, utf8 + " x\\U+zz");
+  EXPECT_EQ(PlainText(escapes->drawing.Texts[0].Text), utf8 + " x\\U+zz");
 }
 
 TEST(BothProfiles, LoadTheSampleDrawingCompletely) {
