@@ -376,7 +376,7 @@ void ModernReader::ShowModelSpaceIn(int32_t layout, const EntityTables& model) {
 int32_t ModernReader::PaperSpaceBlock() {
   if (paperSpace_) return paperSpace_;
   for (int32_t i = 1; i <= drawing_.BlockCount(); ++i) {
-    if (Upper(drawing_.Blocks[std::size_t(i - 1)].Name) == "*PAPER_SPACE") return paperSpace_ = i;
+    if (SameName(drawing_.Blocks[std::size_t(i - 1)].Name, "*PAPER_SPACE")) return paperSpace_ = i;
   }
   BlockEntry entry;
   entry.Name = "*Paper_Space";
@@ -390,9 +390,9 @@ void ModernReader::ChooseLayout() {
   const std::string& wanted = r_.options_.Layout;
   const bool modelEmpty = drawing_.SeqCount() == 0;
   for (const auto& [layout, handle] : layouts_)
-    if (Upper(layout) != "MODEL" && !layout.empty()) r_.outcome_.Layouts.push_back(layout);
+    if (!SameName(layout, "MODEL") && !layout.empty()) r_.outcome_.Layouts.push_back(layout);
   if (wanted.empty() && !modelEmpty) return;
-  if (!wanted.empty() && Upper(wanted) == "MODEL") return;
+  if (SameName(wanted, "MODEL")) return;
   int32_t block = 0;
   std::string name;
   auto hasContent = [this](int32_t row) {
@@ -403,14 +403,14 @@ void ModernReader::ChooseLayout() {
     if (record == blockRecords_.end()) continue;
     int32_t row = drawing_.FindBlock(record->second);
     bool chosen = wanted.empty() ? (IsPaperSpaceName(record->second) && hasContent(row) &&
-                                    (!block || Upper(record->second) == "*PAPER_SPACE"))
-                                 : Upper(layout) == Upper(wanted) || Upper(record->second) == Upper(wanted);
+                                    (!block || SameName(record->second, "*PAPER_SPACE")))
+                                 : SameName(layout, wanted) || SameName(record->second, wanted);
     if (chosen) block = row, name = layout;
   }
   if (!block) {
     for (int32_t i = 1; i <= drawing_.BlockCount() && !block; ++i) {
       const std::string& blockName = drawing_.Blocks[std::size_t(i - 1)].Name;
-      bool chosen = wanted.empty() ? IsPaperSpaceName(blockName) && hasContent(i) : Upper(blockName) == Upper(wanted);
+      bool chosen = wanted.empty() ? IsPaperSpaceName(blockName) && hasContent(i) : SameName(blockName, wanted);
       if (chosen) block = i, name = blockName;
     }
   }

@@ -274,9 +274,12 @@ bool ModernReader::DXFLeader() {
   return true;
 }
 
-// POINT: 10/20 in world coordinates, drawn in the drawing's point style.
+// POINT: 10/20 in world coordinates, drawn in the drawing's point style. Points on the
+// Defpoints layer are the definition points of dimensions: construction marks that CAD
+// tools never plot, left out of the picture as a plot leaves them out.
 bool ModernReader::DXFPoint() {
   const Style s = ReadStyle();
+  if (SameName(drawing_.Layers[std::size_t(s.Layer - 1)].Name, "Defpoints")) return true;
   Emit(Placed(dxfimport::PointEntity{Num(10), Num(20), s.Layer, s.Color}, toBlock_));
   return true;
 }

@@ -97,25 +97,66 @@ void ModernReader::FinishPolyline() {
 }
 
 // A polyface mesh: each face's visible edges (a negative vertex number hides the edge
-// that starts there), every edge once.
+// that starts there).
 void ModernReader::EmitPolyface() {
   const OpenPolyline& p = polyline_;
-  const int32_t count = int32_t(p.vertices.size());
-  std::set<std::pair<int32_t, int32_t>> drawn;
+  std::vector<PointD> points;
+  points.reserve(p.vertices.size());
+  for (const PathVertex& v : p.vertices) points.push_back(v.point);
+  std::vector<std::vector<int32_t>> faces;
+  faces.reserve(p.faces.size());
   for (const auto& face : p.faces) {
-    int32_t corners = 0;
-    while (corners < 4 && face[std::size_t(corners)] != 0) ++corners;
-    for (int32_t i = 0; i < corners; ++i) {
-      const int32_t from = face[std::size_t(i)], to = std::abs(face[std::size_t((i + 1) % corners)]);
+    std::vector<int32_t>& corners = faces.emplace_back();
+    for (int32_t number : face) {
+      if (number == 0) break;
+      corners.push_back(number);
+    }
+  }
+  EmitFaceEdges(points, faces, p.style, p.place);
+}
+
+// The edges of faces given by vertex numbers from 1 (a negative number hides the edge
+// from that vertex to the next), every edge once; numbers out of range are skipped.
+void ModernReader::EmitFaceEdges(const std::vector<PointD>& points, const std::vector<std::vector<int32_t>>& faces,
+                                 const Style& s, const Affine& place) {
+  const int64_t count = int64_t(points.size());
+  std::set<std::pair<int64_t, int64_t>> drawn;
+  for (const auto& face : faces) {
+    const std::size_t corners = face.size();
+    for (std::size_t i = 0; i < corners; ++i) {
+      const int64_t from = face[i], to = std::abs(int64_t(face[(i + 1) % corners]));
       if (from <= 0 || from > count || to < 1 || to > count || from == to) continue;
       if (!drawn.insert({std::min(from, to), std::max(from, to)}).second) continue;
-      const PointD a = p.vertices[std::size_t(from - 1)].point, b = p.vertices[std::size_t(to - 1)].point;
-      const Style& s = p.style;
-      Emit(Placed(LineEntity{a.x, a.y, b.x, b.y, s.Layer, s.Color, s.LineType, s.LineWeight}, p.place));
+      const PointD a = points[std::size_t(from - 1)], b = points[std::size_t(to - 1)];
+      Emit(Placed(LineEntity{a.x, a.y, b.x, b.y, s.Layer, s.Color, s.LineType, s.LineWeight}, place));
     }
   }
 }
 
+// MESH: 92 vertices (10/20/30, world coordinates), then 93 the size of the face list:
+// per face its corner count and the corners' vertex numbers from 0, in 90 groups. Drawn
+// as the edges of its faces (the unsmoothed cage, as CAD tools show it at level 0).
+bool ModernReader::DXFMesh() {
+  const Style style = ReadStyle();
+  std::vector<PointD> points;
+  std::vector<std::vector<int32_t>> faces;
+  int64_t faceValues = -1, pending = 0;
+  bool inVertices = false;
+  for (const auto& [code, value] : pairs_) {
+    if (code == 92) inVertices = true;
+    else if (code == 10 && inVertices) points.push_back({Val(value), 0});
+    else if (code == 20 && inVertices && !points.empty()) points.back().y = Val(value);
+    else if (code == 93 && faceValues < 0) inVertices = false, faceValues = std::max<int64_t>(0, int64_t(Val(value)));
+    else if (code == 90 && faceValues > 0) {
+      --faceValues;
+      const int64_t number = int64_t(Val(value));
+      if (pending == 0) pending = std::max<int64_t>(0, number), faces.emplace_back();
+      else --pending, faces.back().push_back(int32_t(std::clamp<int64_t>(number + 1, 0, INT32_MAX)));
+    } else if (code == 94) faceValues = 0;
+  }
+  EmitFaceEdges(points, faces, style, toBlock_);
+  return true;
+}
 // A polygon mesh of M x N vertices (row by row): its grid lines, closed in M (flag 1)
 // and in N (flag 32) when the flags say so.
 void ModernReader::EmitPolygonMesh() {
@@ -136,6 +177,41 @@ void ModernReader::EmitPolygonMesh() {
     for (int64_t i = 0; i + 1 < m; ++i) edge(at(i, j), at(i + 1, j));
     if (closedM && m > 2) edge(at(m - 1, j), at(0, j));
   }
+}
+
+// MLINE: per vertex its location 11/21 and miter direction 13/23 (world coordinates),
+// then per element of the style 74 parameters 41, the first of which is the element's
+// offset along the miter; closed when 71 has bit 2. Each element is drawn as one path
+// through its offset points (the style's caps and fill live in an object read later).
+bool ModernReader::DXFMline() {
+  const Style style = ReadStyle();
+  struct Vertex {
+    PointD at, miter;
+    std::vector<double> offsets;  // per element
+  };
+  std::vector<Vertex> vertices;
+  bool offsetNext = false;
+  for (const auto& [code, value] : pairs_) {
+    if (code == 11) vertices.push_back({{Val(value), 0}, {}, {}});
+    else if (vertices.empty()) continue;
+    else if (code == 21) vertices.back().at.y = Val(value);
+    else if (code == 13) vertices.back().miter.x = Val(value);
+    else if (code == 23) vertices.back().miter.y = Val(value);
+    else if (code == 74) vertices.back().offsets.push_back(0), offsetNext = Val(value) > 0;
+    else if (code == 41 && offsetNext) vertices.back().offsets.back() = Val(value), offsetNext = false;
+  }
+  if (vertices.empty()) return true;
+  const std::size_t elements = vertices.front().offsets.size();
+  for (const Vertex& v : vertices)
+    if (v.offsets.size() != elements) return true;
+  const bool closed = Whole(71, 0, 0, 0xFFFF) & 2;
+  for (std::size_t e = 0; e < elements; ++e) {
+    std::vector<PointD> path;
+    path.reserve(vertices.size());
+    for (const Vertex& v : vertices) path.push_back(toBlock_.Apply(v.at + v.miter * v.offsets[e]));
+    EmitCurve(path, style, closed);
+  }
+  return true;
 }
 
 // LWPOLYLINE: vertices 10/20 with the widths 40/41 and the bulge 42 that follow their

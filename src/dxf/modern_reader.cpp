@@ -50,11 +50,15 @@ const ModernReader::Kind* ModernReader::FindKind(std::string_view name) {
       {"ATTDEF", "DXFAttrib", &ModernReader::DXFAttDef, kInEntities},
       {"INSERT", "DXFInsert", &ModernReader::DXFInsert, kInEntities},
       {"DIMENSION", "DXFDimension", &ModernReader::DXFDimension, kInEntities},
+      {"ARC_DIMENSION", "DXFDimension", &ModernReader::DXFDimension, kInEntities},
+      {"LARGE_RADIAL_DIMENSION", "DXFDimension", &ModernReader::DXFDimension, kInEntities},
       {"ACAD_TABLE", "DXFTable", &ModernReader::DXFTable, kInEntities},
       {"POLYLINE", "DXFPoly", &ModernReader::DXFPoly, kInEntities},
       {"VERTEX", "DXFPoly", &ModernReader::DXFVertex, kInEntities},
       {"SEQEND", "DXFPoly", &ModernReader::DXFSeqEnd, kInEntities},
       {"LWPOLYLINE", "DXFLwPolyline", &ModernReader::DXFLwPolyline, kInEntities},
+      {"MESH", "DXFMesh", &ModernReader::DXFMesh, kInEntities},
+      {"MLINE", "DXFMline", &ModernReader::DXFMline, kInEntities},
       {"MTEXT", "DXFMText", &ModernReader::DXFMText, kInEntities},
       {"ELLIPSE", "DXFEllipse", &ModernReader::DXFEllipse, kInEntities},
       {"SPLINE", "DXFSpline", &ModernReader::DXFSpline, kInEntities},
@@ -263,8 +267,14 @@ bool ModernReader::DXFLayers() {
 // LTYPE: the name (2) and its pattern elements (49).
 bool ModernReader::DXFLineTypes() {
   std::vector<double> elements;
-  for (const auto& [code, value] : pairs_)
+  bool shapes = false;
+  for (const auto& [code, value] : pairs_) {
     if (code == 49) elements.push_back(Val(value));
+    else if (code == 74) shapes |= (int(Val(value)) & 4) != 0;
+  }
+  // The shapes of a complex line type come from a shape file that is not here; its
+  // dashes alone would leave dots where CAD tools draw a figure, so it is drawn solid.
+  if (shapes) elements.clear();
   lineTypes_[std::string(Trim(Text(2)))] = std::move(elements);
   return true;
 }
@@ -363,11 +373,7 @@ int32_t ModernReader::StyleRow(std::string_view name) const {
   if (name.empty()) name = "Standard";
   const auto& styles = drawing_.TextStyles;
   for (std::size_t i = 0; i < styles.size(); ++i) {
-    const std::string& n = styles[i].Name;
-    if (n.size() == name.size() && std::equal(n.begin(), n.end(), name.begin(), [](char a, char b) {
-          return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
-        }))
-      return int32_t(i + 1);
+    if (SameName(styles[i].Name, name)) return int32_t(i + 1);
   }
   return 0;
 }

@@ -103,6 +103,8 @@ class ModernReader {
   bool DXFVertex();
   bool DXFSeqEnd();
   bool DXFLwPolyline();
+  bool DXFMesh();
+  bool DXFMline();
   TextEntity ReadTextFields(const Style& style, int verticalCode);
   TextEntity StyledText(std::string markup, double height, const Style& style, int32_t styleRow) const;
   void ReadEmbeddedColumns(MTextEntity& m) const;
@@ -129,6 +131,8 @@ class ModernReader {
   void EmitPolylinePath(const std::vector<PathVertex>& vertices, bool closed, const Style& style,
                         const Affine& place);
   void EmitPolyface();
+  void EmitFaceEdges(const std::vector<PointD>& points, const std::vector<std::vector<int32_t>>& faces,
+                     const Style& s, const Affine& place);
   void EmitPolygonMesh();
 
   // Blocks, inserts, dimensions and layouts (modern_blocks.cpp).

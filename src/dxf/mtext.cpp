@@ -105,16 +105,17 @@ void Parser::Paragraph(bool columnBreak) {
   out_.push_back(std::move(next));
 }
 
-// ^X: the control character X - 64 (a tab, a line break, or nothing drawn); "^ " a caret.
+// ^X: the control character X - 64 (a tab, a line break, or nothing drawn), ^? the
+// delete character; "^ " a caret.
 bool Parser::Caret() {
   if (i_ + 1 >= s_.size()) return false;
   const int c = static_cast<unsigned char>(s_[i_ + 1]);
   if (c >= 0x80) return false;
-  const int code = ((c - 64) % 126 + 126) % 126;
+  const int code = c == '?' ? 0x7F : ((c - 64) % 126 + 126) % 126;
   i_ += 2;
   if (code == '\t') Piece(TextPiece::Kind::Tab);
   else if (code == '\n') Paragraph(false);
-  else if (code >= 32) word_ += char(code);
+  else if (code >= 32 && code != 0x7F) word_ += char(code);
   return true;
 }
 
@@ -274,7 +275,7 @@ void Parser::Code() {
     }
     case 'p': ParagraphProperties(Argument()); break;
     case 'S': Stack(); break;
-    default: break;  // an unknown code vanishes
+    default: word_ += '\\', word_ += code; break;  // not a code: the backslash is text
   }
 }
 

@@ -222,7 +222,7 @@ void JoinSides(const PolySegment& neighbour, double nw, PointD vertex, PointD u,
     const PointD a = vertex + n * (side * w), b = vertex + nn * (side * nw);
     const PointD gap = b - a;
     const PointD at = a + u * ((gap.x * nu.y - gap.y * nu.x) / (u.x * nu.y - u.y * nu.x));
-    if (Length(at - vertex) <= 4 * std::max(w, nw)) corner = at;
+    if (Length(at - vertex) <= 40 * std::max(w, nw)) corner = at;
   };
   meet(1, left);
   meet(-1, right);
@@ -360,7 +360,7 @@ void ModernPainter::DrawHatch(const HatchEntity& h) {
 
 // Pattern lines across the boundary (even-odd inside), dashed as the pattern says. A
 // family whose lines would fall closer than about a pixel apart (or be too many to draw)
-// is drawn as a tint: the boundary filled with the colour half way to the background.
+// is drawn as a tint: the boundary filled with the colour at half cover.
 void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<QPolygonF>& loops, const Box& box) {
   const QColor color = ColorOf(h.Color, h.Layer);
   const QRectF area = QRectF(QPointF(box.minX, box.minY), QPointF(box.maxX, box.maxY)).intersected(view_.adjusted(-2, -2, 2, 2));
@@ -414,10 +414,9 @@ void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<QPo
     }
   }
   if (tint) {
-    constexpr double share = 0.5;
-    const QColor mixed = QColor::fromRgbF(background_.redF() + (color.redF() - background_.redF()) * share,
-                                          background_.greenF() + (color.greenF() - background_.greenF()) * share,
-                                          background_.blueF() + (color.blueF() - background_.blueF()) * share);
+    // Half covering, so that what lies beneath shows through as it would between the lines.
+    QColor mixed = color;
+    mixed.setAlphaF(0.5);
     QPainterPath path;
     path.setFillRule(Qt::OddEvenFill);
     for (const QPolygonF& loop : loops) path.addPolygon(ClipPolygon(loop, view_.adjusted(-8, -8, 8, 8)));

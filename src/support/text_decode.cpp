@@ -1,6 +1,8 @@
 #include "support/text_decode.h"
 
+#include <algorithm>
 #include <array>
+#include <cctype>
 
 namespace dxfimport {
 namespace {
@@ -116,6 +118,12 @@ std::string_view Trim(std::string_view text) {
   text = TrimRight(text);
   std::size_t begin = text.find_first_not_of(' ');
   return begin == std::string_view::npos ? std::string_view() : text.substr(begin);
+}
+
+bool SameName(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+           return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+         });
 }
 
 std::string PadToWidth(std::string_view utf8, std::size_t width) {

@@ -23,6 +23,9 @@ std::string_view CutChars(std::string_view utf8, std::size_t count);
 std::string_view TrimRight(std::string_view text);
 // Without leading and trailing blanks (spaces only, as the run time's Trim).
 std::string_view Trim(std::string_view text);
+// Whether two names are equal when ASCII letters are compared without case, as CAD
+// tools compare layer, style and block names.
+bool SameName(std::string_view a, std::string_view b);
 
 // The text blank-padded (or cut) to exactly `width` characters.
 std::string PadToWidth(std::string_view utf8, std::size_t width);

@@ -19,6 +19,7 @@ TEST(MTextMarkup, ParagraphsWordsAndFormats) {
   EXPECT_EQ(PlainText("\\LUnder\\l \\S1^2; \\\\ \\{x\\}"), "Under 1 2 \\ {x}");
   EXPECT_EQ(PlainText("\\C1;red^Jnext %%d%%c%%%%%065"), "red\nnext \u00B0\u00D8%A");
   EXPECT_EQ(PlainText("a^Ib^ c^a"), "a\tb^c!");  // caret codes: a tab, a caret, a character
+  EXPECT_EQ(PlainText("a^?b\\:c"), "ab\\:c");    // ^? is the delete character; \: is no code
 
   const auto paragraphs = ParseMText("{\\H5;big \\C1;red} \\W0.5;\\Q15;\\Lnarrow\\l\\Pnext", 2.5);
   ASSERT_EQ(paragraphs.size(), 2u);
@@ -188,18 +189,50 @@ TEST(ModernEntities, LineTypePatternsComeFromTheLtypeTable) {
   std::string tables = testing::DxfText({{0, "SECTION"}, {2, "HEADER"}, {9, "$LTSCALE"}, {40, "2"}, {0, "ENDSEC"},
                                          {0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "LTYPE"},
                                          {0, "LTYPE"}, {2, "CENTER2"}, {73, "4"}, {49, "1.25"}, {49, "-0.25"},
-                                         {49, "0.25"}, {49, "-0.25"}, {0, "ENDTAB"},
+                                         {49, "0.25"}, {49, "-0.25"},
+                                         // shapes we cannot draw: solid, not a row of dots
+                                         {0, "LTYPE"}, {2, "BATTING"}, {73, "2"}, {49, "0.001"}, {74, "0"},
+                                         {49, "-2"}, {74, "4"}, {75, "134"}, {0, "ENDTAB"},
                                          {0, "TABLE"}, {2, "LAYER"}, {0, "LAYER"}, {2, "0"}, {6, "CENTER2"},
                                          {0, "ENDTAB"}, {0, "ENDSEC"}});
   auto loaded = LoadModern(tables + EntitiesFile({{0, "LINE"}, {6, "CENTER2"}, {48, "3"}, {0, "LINE"},
-                                                  {0, "LINE"}, {6, "DASHED"}}));
+                                                  {0, "LINE"}, {6, "DASHED"}, {0, "LINE"}, {6, "BATTING"}}));
   const Drawing& d = loaded->drawing;
-  ASSERT_EQ(d.LineCount(), 3);
+  ASSERT_EQ(d.LineCount(), 4);
+  EXPECT_EQ(d.Lines[3].LineType, 0);
   EXPECT_EQ(d.Lines[0].LineType, Drawing::kFirstDashPattern + 1);  // the layer took pattern 0
   EXPECT_EQ(d.Lines[1].LineType, Drawing::kFirstDashPattern);      // by layer
   EXPECT_EQ(d.Lines[2].LineType, 1);                               // the legacy map's
   ASSERT_EQ(d.DashPatterns.size(), 2u);
   EXPECT_FLOAT_EQ(d.DashPatterns[1][0], 1.25f * 2 * 3);
+}
+
+TEST(ModernEntities, MeshesAndMultilinesDrawTheirEdgesAndDefinitionPointsStayOut) {
+  // A MESH of two triangles sharing an edge: five edges, the shared one once.
+  auto mesh = LoadModern(EntitiesFile({{0, "MESH"}, {71, "2"}, {91, "0"}, {92, "4"},
+                                       {10, "0"}, {20, "0"}, {30, "0"}, {10, "1"}, {20, "0"}, {30, "0"},
+                                       {10, "1"}, {20, "1"}, {30, "0"}, {10, "0"}, {20, "1"}, {30, "0"},
+                                       {93, "8"}, {90, "3"}, {90, "0"}, {90, "1"}, {90, "2"},
+                                       {90, "3"}, {90, "0"}, {90, "2"}, {90, "3"}, {94, "0"}, {95, "0"}}));
+  EXPECT_EQ(mesh->drawing.LineCount(), 5);
+  // An MLINE of two elements (offsets +1 and -1 along the miters) over three vertices.
+  testing::Pairs mline = {{0, "MLINE"}, {2, "STANDARD"}, {40, "1"}, {70, "0"}, {71, "1"}, {72, "3"}, {73, "2"},
+                          {10, "0"}, {20, "0"}};
+  for (const char* x : {"0", "10", "20"})
+    mline.insert(mline.end(), {{11, x}, {21, "0"}, {31, "0"}, {12, "1"}, {22, "0"}, {32, "0"}, {13, "0"}, {23, "1"},
+                               {33, "0"}, {74, "2"}, {41, "1"}, {41, "0"}, {75, "0"}, {74, "2"}, {41, "-1"},
+                               {41, "0"}, {75, "0"}});
+  auto lines = LoadModern(EntitiesFile(mline));
+  const Drawing& m = lines->drawing;
+  ASSERT_EQ(m.PolySegCount(), 4);
+  EXPECT_EQ(m.PolySegs[0].Y1, 1);
+  EXPECT_EQ(m.PolySegs[1].X2, 20);
+  EXPECT_EQ(m.PolySegs[2].Y1, -1);
+  // Points on Defpoints (a dimension's definition points) are not drawn; others are.
+  auto points = LoadModern(EntitiesFile({{0, "POINT"}, {8, "DEFPOINTS"}, {10, "1"}, {20, "1"},
+                                         {0, "POINT"}, {8, "0"}, {10, "2"}, {20, "2"}}));
+  ASSERT_EQ(points->drawing.Points.size(), 1u);
+  EXPECT_EQ(points->drawing.Points[0].X, 2);
 }
 
 }  // namespace
