@@ -34,6 +34,7 @@ asan-test:
 bench: build
 	@$(BUILD)/bench/reader_bench --benchmark_counters_tabular=true
 	@$(BUILD)/bench/render_bench --benchmark_counters_tabular=true
+	@$(BUILD)/bench/text_bench --benchmark_counters_tabular=true
 
 # Runs each fuzzer for FUZZ_SECONDS from the seed corpus; findings land in build/fuzz/.
 fuzz: deps

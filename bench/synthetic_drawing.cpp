@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <random>
+#include <sstream>
 
 namespace dxfimport::bench {
 namespace {
@@ -200,6 +201,27 @@ std::string SyntheticDrawingFile(const std::string& dir, int megabytes, Syntheti
     std::ofstream(tmp, std::ios::binary) << SyntheticDrawing(std::size_t(megabytes) << 20, style);
     std::filesystem::rename(tmp, path);
   }
+  return path;
+}
+
+std::string MTextDrawingFile(const std::string& dir, int count) {
+  std::filesystem::create_directories(dir);
+  const std::string path = dir + "/mtext-" + std::to_string(count) + ".dxf";
+  if (std::filesystem::exists(path)) return path;
+  static const char* const kLabels[] = {"Duct %d north entry to frame 4", "{\\C1;Cable %d} 24 fibres, spare 8",
+                                        "Manhole %d\\~cover 600 x 600", "{\\H0.8x;Splice %d} closure in pit"};
+  std::ostringstream out;
+  out << "0\nSECTION\n2\nENTITIES\n";
+  char label[96];
+  for (int i = 0; i < count; ++i) {
+    std::snprintf(label, sizeof label, kLabels[i % 4], i);
+    out << "0\nMTEXT\n8\nLABELS\n10\n" << (i % 125) * 56 << "\n20\n" << (i / 125) * 12
+        << "\n40\n3.5\n41\n50\n71\n1\n1\n" << label << "\n";
+  }
+  out << "0\nENDSEC\n0\nEOF\n";
+  const std::string tmp = path + ".part";
+  std::ofstream(tmp, std::ios::binary) << out.str();
+  std::filesystem::rename(tmp, path);
   return path;
 }
 

@@ -18,4 +18,9 @@ std::string SyntheticDrawing(std::size_t bytes, SyntheticStyle style = Synthetic
 // The synthetic drawing of `megabytes` MB, written under `dir` once and reused; its path.
 std::string SyntheticDrawingFile(const std::string& dir, int megabytes, SyntheticStyle style = SyntheticStyle::R12);
 
+// A drawing of `count` MTEXT entities of one paragraph each (a cable label of a few
+// words that wraps to two lines at its width), in a grid of 125 columns; written under
+// `dir` once and reused; its path.
+std::string MTextDrawingFile(const std::string& dir, int count);
+
 }  // namespace dxfimport::bench

@@ -3,8 +3,12 @@
 #include <QGuiApplication>
 #include <QProgressBar>
 #include <QSettings>
+#include <QGlyphRun>
+#include <QMenuBar>
+#include <QRawFont>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextLayout>
 #include <QTimer>
 
 #include <filesystem>
@@ -29,6 +33,19 @@ int InkedPixels(const QImage& image) {
   for (int y = 0; y < image.height(); ++y)
     for (int x = 0; x < image.width(); ++x) n += (image.pixel(x, y) & 0xFFFFFF) != 0xFFFFFF;
   return n;
+}
+
+// Glyphs of `text` in `font` (with the fallback faces the text system chooses) that no
+// face has: drawn as the missing-glyph box.
+int MissingGlyphs(const QString& text, const QFont& font) {
+  QTextLayout layout(text, font);
+  layout.beginLayout();
+  layout.createLine();
+  layout.endLayout();
+  int missing = 0;
+  for (const QGlyphRun& run : layout.glyphRuns())
+    for (quint32 glyph : run.glyphIndexes()) missing += glyph == 0;
+  return missing;
 }
 
 // Runs `step` once the event loop is running (after a modal dialog or viewer has opened).
@@ -209,6 +226,21 @@ class ViewerTest : public QObject {
     dxf.ShowDialog();
     QCOMPARE(dxf.strBmpFileName(), std::string());
     dxf.Class_Terminate();
+  }
+
+  void japaneseMenusShowRealGlyphs() {
+    SetLanguage(Language::Japanese);
+    frmImport window(false);
+    int japanese = 0;
+    for (QAction* action : window.findChildren<QAction*>()) {
+      const QString text = action->text();
+      japanese += std::any_of(text.begin(), text.end(), [](QChar c) { return c.unicode() >= 0x3000; });
+      QVERIFY2(MissingGlyphs(text, window.menuBar()->font()) == 0, qPrintable(text));
+    }
+    QVERIFY(japanese > 10);
+    // A character that no face has is a box: the check above can see one.
+    QVERIFY(MissingGlyphs(QString(QChar(0xE000)), window.menuBar()->font()) > 0);
+    SetLanguage(std::nullopt);
   }
 
   void sharedSettingsGetTheirTrailingSeparator() {
