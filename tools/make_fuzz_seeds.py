@@ -3,6 +3,7 @@
 fuzzers to start from (the sample floor plan is copied beside them)."""
 import os
 import shutil
+import struct
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 OUT = os.path.join(HERE, "..", "fuzz", "seeds")
@@ -67,6 +68,13 @@ SEEDS = {
                       (40, "0"), (40, "0"), (40, "1"), (40, "1"), (40, "1"), (10, "0"), (20, "0"), (10, "1"),
                       (20, "2"), (10, "2"), (20, "0"), (97, "1"), (330, "2A"), (0, "HATCH"), (70, "0"),
                       (91, "1"), (92, "2"), (93, "2"), (10, "0"), (20, "0"), (10, "1"), (20, "1")),
+    "mesh_mline_points": entities(
+        (0, "MESH"), (92, "3"), (10, "0"), (20, "0"), (30, "0"), (10, "1"), (20, "0"), (30, "0"), (10, "0"),
+        (20, "1"), (30, "0"), (93, "4"), (90, "3"), (90, "0"), (90, "1"), (90, "7"), (0, "MLINE"), (71, "2"),
+        (72, "2"), (73, "1"), (11, "0"), (21, "0"), (13, "0"), (23, "1"), (74, "1"), (41, "0.5"), (75, "0"),
+        (11, "5"), (21, "0"), (13, "0"), (23, "1"), (74, "1"), (41, "0.5"), (75, "0"), (0, "POINT"),
+        (8, "Defpoints"), (10, "1"), (20, "1"), (0, "ARC_DIMENSION"), (2, "*D1"), (0, "RAY"), (10, "0"),
+        (20, "0"), (11, "1"), (21, "1")),
     "blocks_inserts": entities((0, "INSERT"), (8, "TRUE"), (2, "B"), (10, "10"), (20, "10"), (41, "-2"),
                                (42, "0"), (50, "45"), (62, "3"), (66, "1"), (0, "ATTRIB"), (1, "N-1"), (70, "8"),
                                (0, "SEQEND"), (0, "INSERT"), (2, "B"), (70, "3"), (71, "2"), (44, "5"),
@@ -91,11 +99,35 @@ SEEDS = {
 }
 
 
+def binary(*pairs):
+    """The pairs as binary DXF (two-byte group codes, as AutoCAD 2000 and later write)."""
+    out = b"AutoCAD Binary DXF\r\n\x1a\x00"
+    for code, value in pairs:
+        out += struct.pack("<h", code)
+        if 10 <= code <= 59 or 210 <= code <= 239:
+            out += struct.pack("<d", float(value))
+        elif 60 <= code <= 79 or 370 <= code <= 389:
+            out += struct.pack("<h", int(value))
+        elif 90 <= code <= 99 or 420 <= code <= 429:
+            out += struct.pack("<i", int(value))
+        else:
+            out += value.encode("latin-1") + b"\x00"
+    return out
+
+
+BINARY = binary((0, "SECTION"), (2, "ENTITIES"), (0, "LINE"), (8, "0"), (62, "1"), (10, "0"), (20, "0"),
+                (11, "10"), (21, "5"), (0, "LWPOLYLINE"), (90, "2"), (70, "1"), (10, "0"), (20, "0"), (42, "1"),
+                (10, "4"), (20, "0"), (0, "MTEXT"), (10, "1"), (20, "1"), (40, "2"), (1, "bin\\Pary"),
+                (0, "ENDSEC"), (0, "EOF"))
+
+
 def main():
     os.makedirs(OUT, exist_ok=True)
     for name, text in SEEDS.items():
         with open(os.path.join(OUT, name + ".dxf"), "w", encoding="latin-1", newline="") as f:
             f.write(text)
+    with open(os.path.join(OUT, "binary.dxf"), "wb") as f:
+        f.write(BINARY)
     shutil.copy(os.path.join(HERE, "..", "samples", "floorplan.dxf"), os.path.join(OUT, "floorplan.dxf"))
 
 

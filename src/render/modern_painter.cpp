@@ -19,6 +19,7 @@ namespace dxfimport {
 namespace {
 
 constexpr int kMaxChords = 20000;
+constexpr double kSmallestTextPixels = 1.5;  // capital height below which text is left out
 
 class ModernPainter : public EntityPainter {
  public:
@@ -34,6 +35,8 @@ class ModernPainter : public EntityPainter {
   // The view, grown by `margin` pixels, meets the device box.
   bool Visible(const Box& device, double margin = 2) const;
   bool VisibleRow(const Box& units, double margin = 2) const;
+  template <class Row>
+  bool WorthLayingOut(const Row& text) const;
   QColor ColorOf(int32_t value, int32_t layer) const;
   double WeightPixels(int16_t weight) const;
   void UsePen(QColor color, double width, int32_t style);
@@ -99,6 +102,21 @@ bool ModernPainter::Visible(const Box& b, double margin) const {
 }
 
 // A row's box in drawing units against the view (the window, grown by `margin` pixels).
+// Whether a text may show in this view, judged before it is laid out (layouts are made
+// on first sight and kept): readable at this zoom, and its estimated box, widened by
+// its own size, near the view. Aligned text sets its height from its width: only the
+// view decides there.
+template <class Row>
+bool ModernPainter::WorthLayingOut(const Row& text) const {
+  bool aligned = false;
+  if constexpr (std::is_same_v<Row, TextEntity>) aligned = text.HorzJustify == 3;
+  if (!aligned && !(std::abs(text.Height) * e_.ViewScale >= kSmallestTextPixels)) return false;
+  const Box box = RowBox(text);
+  if (box.Empty()) return true;
+  const double reach = std::max(box.maxX - box.minX, box.maxY - box.minY) * e_.ViewScale;
+  return VisibleRow(box, 2 + reach);
+}
+
 bool ModernPainter::VisibleRow(const Box& u, double margin) const {
   if (u.Empty()) return false;
   const ZoomRect& z = e_.CurrentZoom;
@@ -152,12 +170,14 @@ void ModernPainter::Draw(const SeqEntry& entry) {
     } else if constexpr (std::is_same_v<Row, PolySegment>) {
       if (LayerOn(row.Layer)) DrawSegment(row, entry.Index);
     } else if constexpr (std::is_same_v<Row, TextEntity>) {
-      if (LayerOn(row.Layer)) DrawText(zoom_.Texts.Of(row, kKindText, entry.Index, drawing_), row.Color, row.Layer);
+      if (LayerOn(row.Layer) && WorthLayingOut(row))
+        DrawText(zoom_.Texts.Of(row, kKindText, entry.Index, drawing_), row.Color, row.Layer);
     } else if constexpr (std::is_same_v<Row, AttribEntity>) {
-      if (LayerOn(row.Text.Layer) && zoom_.AttributesVisible)
+      if (LayerOn(row.Text.Layer) && zoom_.AttributesVisible && WorthLayingOut(row.Text))
         DrawText(zoom_.Texts.Of(row.Text, kKindAttrib, entry.Index, drawing_), row.Text.Color, row.Text.Layer);
     } else if constexpr (std::is_same_v<Row, MTextEntity>) {
-      if (LayerOn(row.Layer)) DrawText(zoom_.Texts.Of(row, entry.Index, drawing_), row.Color, row.Layer);
+      if (LayerOn(row.Layer) && WorthLayingOut(row))
+        DrawText(zoom_.Texts.Of(row, entry.Index, drawing_), row.Color, row.Layer);
     } else if constexpr (std::is_same_v<Row, ArcEntity>) {
       if (LayerOn(row.Layer)) DrawArc(row);
     } else if constexpr (std::is_same_v<Row, EllipseEntity>) {
@@ -433,7 +453,7 @@ void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<QPo
 // larger than the picture, is left out.
 void ModernPainter::DrawText(const TextLayout& layout, int32_t colorValue, int32_t layer) {
   const double capPixels = layout.height * e_.ViewScale;
-  if (!(capPixels >= 1.5) || capPixels > 16.0 * std::max(e_.DeviceWidth, e_.DeviceHeight)) return;
+  if (!(capPixels >= kSmallestTextPixels) || capPixels > 16.0 * std::max(e_.DeviceWidth, e_.DeviceHeight)) return;
   const QTransform toDevice = TextLayouts::FrameTransform(layout) * device_;
   QRectF covered = layout.box;
   if (layout.fill) covered |= *layout.fill;
