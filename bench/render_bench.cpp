@@ -2,27 +2,19 @@
 // against a floor: the same number of plain drawLine calls with one pen on the same image.
 #include <benchmark/benchmark.h>
 
-#include <QGuiApplication>
 #include <QPainter>
 
-#include <cstdlib>
 #include <map>
 #include <memory>
 
 #include "dxf/drawing.h"
 #include "dxf/reader.h"
 #include "render/redraw.h"
-#include "support/log.h"
-#include "support/messages.h"
-#include "collecting_reporter.h"
+#include "drawing_bench_main.h"
 #include "synthetic_drawing.h"
 
 namespace dxfimport::bench {
 namespace {
-
-struct Quiet : LogSink {
-  void Write(int, std::string_view) override {}
-};
 
 // The synthetic drawing of `megabytes` MB, loaded once per reading profile (1 modern:
 // line types by layer make a third of its lines dashed; 0 legacy: all solid).
@@ -103,29 +95,20 @@ BENCHMARK(BM_FloorDrawLine)->Apply(Sizes);
 }  // namespace dxfimport::bench
 
 int main(int argc, char** argv) {
-  setenv("QT_QPA_PLATFORM", "offscreen", 0);
-  QGuiApplication app(argc, argv);
-  dxfimport::bench::Quiet quiet;
-  dxfimport::SetLogSink(&quiet);
-  dxfimport::RecordingMessageSink messages;
-  dxfimport::SetMessageSink(&messages);
-  benchmark::Initialize(&argc, argv);
-  dxfimport::bench::CollectingReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  std::printf("\n| drawing | read with | picture | Zoom entities/s | floor entities/s | ratio |\n|---|---|---|---|---|---|\n");
-  for (int mb : {1, 10, 100}) {
-    for (const char* size : {"1024/768", "4096/3072"}) {
-      for (int modern : {0, 1}) {
-        std::string args = "/" + std::to_string(mb) + "/" + size + "/" + std::to_string(modern) +
-                           "/min_time:0.500/repeats:3/real_time_median";
-        double zoom = reporter.values["BM_Zoom" + args]["entities_per_second"];
-        double floor = reporter.values["BM_FloorDrawLine" + args]["entities_per_second"];
-        if (zoom == 0 || floor == 0) continue;
-        std::printf("| %d MB | %s | %s | %.2f M | %.2f M | %.0f %% |\n", mb, modern ? "modern" : "legacy", size,
-                    zoom / 1e6, floor / 1e6, 100 * zoom / floor);
+  return dxfimport::bench::RunDrawingBenchmarks(argc, argv, [](dxfimport::bench::CollectingReporter& reporter) {
+    std::printf("\n| drawing | read with | picture | Zoom entities/s | floor entities/s | ratio |\n|---|---|---|---|---|---|\n");
+    for (int mb : {1, 10, 100}) {
+      for (const char* size : {"1024/768", "4096/3072"}) {
+        for (int modern : {0, 1}) {
+          std::string args = "/" + std::to_string(mb) + "/" + size + "/" + std::to_string(modern) +
+                             "/min_time:0.500/repeats:3/real_time_median";
+          double zoom = reporter.values["BM_Zoom" + args]["entities_per_second"];
+          double floor = reporter.values["BM_FloorDrawLine" + args]["entities_per_second"];
+          if (zoom == 0 || floor == 0) continue;
+          std::printf("| %d MB | %s | %s | %.2f M | %.2f M | %.0f %% |\n", mb, modern ? "modern" : "legacy", size,
+                      zoom / 1e6, floor / 1e6, 100 * zoom / floor);
+        }
       }
     }
-  }
-  benchmark::Shutdown();
-  return 0;
+  });
 }

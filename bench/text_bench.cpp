@@ -4,27 +4,19 @@
 // and zoomed to a sixteenth of it the visible ones are drawn and the rest culled.
 #include <benchmark/benchmark.h>
 
-#include <QGuiApplication>
 
-#include <cstdlib>
 #include <memory>
 
 #include "dxf/drawing.h"
 #include "dxf/reader.h"
 #include "render/redraw.h"
-#include "support/log.h"
-#include "support/messages.h"
-#include "collecting_reporter.h"
+#include "drawing_bench_main.h"
 #include "synthetic_drawing.h"
 
 namespace dxfimport::bench {
 namespace {
 
 constexpr int kParagraphs = 50000;
-
-struct Quiet : LogSink {
-  void Write(int, std::string_view) override {}
-};
 
 Drawing& Labels() {
   static std::unique_ptr<Drawing> drawing;
@@ -69,23 +61,13 @@ BENCHMARK(BM_RedrawMText)
 }  // namespace dxfimport::bench
 
 int main(int argc, char** argv) {
-  setenv("QT_QPA_PLATFORM", "offscreen", 0);
-  QGuiApplication app(argc, argv);
-  dxfimport::bench::Quiet quiet;
-  dxfimport::SetLogSink(&quiet);
-  dxfimport::RecordingMessageSink messages;
-  dxfimport::SetMessageSink(&messages);
-  benchmark::Initialize(&argc, argv);
-  dxfimport::bench::CollectingReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  std::printf("\n| picture | window | paragraphs/s |\n|---|---|---|\n");
-  for (const char* args : {"4096/3072/1", "1024/768/1", "1024/768/4"}) {
-    const std::string name = std::string("BM_RedrawMText/") + args + "/min_time:0.500/repeats:3/real_time_median";
-    const double rate = reporter.values[name]["paragraphs_per_second"];
-    const bool whole = std::string(args).ends_with("/1");
-    std::printf("| %.*s | %s | %.0f k |\n", int(std::string(args).rfind('/')), args,
-                whole ? "whole drawing" : "a sixteenth", rate / 1e3);
-  }
-  benchmark::Shutdown();
-  return 0;
+  return dxfimport::bench::RunDrawingBenchmarks(argc, argv, [](dxfimport::bench::CollectingReporter& reporter) {
+    std::printf("\n| picture | window | paragraphs/s |\n|---|---|---|\n");
+    for (const std::string args : {"4096/3072/1", "1024/768/1", "1024/768/4"}) {
+      const std::string name = "BM_RedrawMText/" + args + "/min_time:0.500/repeats:3/real_time_median";
+      const double rate = reporter.values[name]["paragraphs_per_second"];
+      std::printf("| %s | %s | %.0f k |\n", args.substr(0, args.rfind('/')).c_str(),
+                  args.ends_with("/1") ? "whole drawing" : "a sixteenth", rate / 1e3);
+    }
+  });
 }
