@@ -121,6 +121,65 @@ void Cases(benchmark::internal::Benchmark* b) {
 }
 BENCHMARK(BM_LoadDXF)->Apply(Cases);
 
+// Drawings made of inserts, read with the modern profile: 0 the grid of 200,000 inserts
+// of a 50-entity symbol (10 million rows), 1 nine nested blocks that would multiply to
+// 10^9 rows (left out over the entity budget).
+std::string BlocksDrawing(int which) {
+  return which == 0 ? SymbolGridDrawingFile(DataDir()) : NestedBlocksDrawingFile(DataDir());
+}
+
+void BM_LoadBlocks(benchmark::State& state) {
+  const std::string path = BlocksDrawing(int(state.range(0)));
+  QuietSinks quiet;
+  int64_t entities = 0;
+  for (auto _ : state) {
+    Drawing drawing;
+    DXFReader reader(drawing, ReadingProfile::Modern);
+    if (!reader.LoadDXF(path) || !reader.outcome().Complete) state.SkipWithError("load failed");
+    entities = drawing.SeqCount();
+  }
+  state.counters["entities"] = double(entities);
+}
+BENCHMARK(BM_LoadBlocks)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1)->Repetitions(3)
+    ->ReportAggregatesOnly(true);
+
+// Bytes per stored row of each table after loading `path` with `profile`: the record's
+// size, and what the table holds per row with its spare capacity and its share of the
+// draw sequence.
+void PrintBytesPerRow(const std::string& title, const std::string& path, ReadingProfile profile) {
+  QuietSinks quiet;
+  Drawing drawing;
+  DXFReader reader(drawing, profile);
+  reader.LoadDXF(path);
+  std::printf("\n%s\n\n| table | rows | record bytes | bytes per row held |\n|---|---|---|---|\n", title.c_str());
+  const double seqPerRow = drawing.DrawSeq.empty() ? 0
+                               : double(drawing.DrawSeq.capacity() * sizeof(SeqEntry)) / double(drawing.DrawSeq.size());
+  auto row = [&](const char* name, const auto& table) {
+    if (table.empty()) return;
+    const double held = double(table.capacity() * sizeof(table[0])) / double(table.size()) + seqPerRow;
+    std::printf("| %s | %zu | %zu | %.1f |\n", name, table.size(), sizeof(table[0]), held);
+  };
+  row("lines", drawing.Lines);
+  row("polyline segments", drawing.PolySegs);
+  row("arcs and circles", drawing.Arcs);
+  row("texts", drawing.Texts);
+  row("solids", drawing.Solids);
+  row("attributes", drawing.Attribs);
+  row("MTEXT", drawing.MTexts);
+  std::size_t blockRows = 0, blockBytes = 0;
+  for (const BlockEntry& b : drawing.Blocks) {
+    blockRows += b.Content.DrawSeq.size();
+    blockBytes += b.Content.DrawSeq.capacity() * sizeof(SeqEntry) + b.Content.Lines.capacity() * sizeof(LineEntity) +
+                  b.Content.Arcs.capacity() * sizeof(ArcEntity) + b.Content.Texts.capacity() * sizeof(TextEntity) +
+                  b.Content.Solids.capacity() * sizeof(SolidEntity) +
+                  b.Content.PolySegs.capacity() * sizeof(PolySegment) + b.Content.Inserts.capacity() * sizeof(InsertRef) +
+                  b.Content.Attribs.capacity() * sizeof(AttribEntity);
+  }
+  if (blockRows)
+    std::printf("| block records (%zu blocks of %zu bytes each) | %zu | - | %.1f |\n", drawing.Blocks.size(),
+                sizeof(BlockEntry), blockRows, double(blockBytes) / double(blockRows));
+}
+
 struct PeakMemory {
   std::size_t before = 0;  // peak resident memory of the process before the load
   std::size_t after = 0;   // and after it
@@ -189,6 +248,19 @@ int main(int argc, char** argv) {
                   double(peak.after) / 1e6, double(peak.after - peak.before) / size);
     }
   }
+  std::printf("\n| drawing | rows drawn | load s | process peak after the load |\n|---|---|---|---|\n");
+  for (int which : {0, 1}) {
+    const std::string name = "BM_LoadBlocks/" + std::to_string(which) + "/iterations:1/repeats:3/real_time_median";
+    const double ms = reporter.values[name]["real_time_ms"];
+    PeakMemory peak = PeakMemoryOfLoad(BlocksDrawing(which), ReadingProfile::Modern);
+    std::printf("| %s | %.0f | %.2f | %.1f MB |\n", which ? "nested blocks (10^9)" : "200,000 symbol inserts",
+                reporter.values[name]["entities"], ms / 1e3, double(peak.after) / 1e6);
+  }
+  PrintBytesPerRow("100 MB R2000, modern profile", SyntheticDrawingFile(DataDir(), 100, SyntheticStyle::R2000),
+                   ReadingProfile::Modern);
+  PrintBytesPerRow("100 MB R12, legacy profile", SyntheticDrawingFile(DataDir(), 100, SyntheticStyle::R12),
+                   ReadingProfile::Legacy);
+  PrintBytesPerRow("200,000 symbol inserts, modern profile", BlocksDrawing(0), ReadingProfile::Modern);
   benchmark::Shutdown();
   return 0;
 }

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -40,6 +41,17 @@ class Writer {
 
 constexpr int kLayers = 24;
 const char* const kBlocks[] = {"DESK", "OUTLET", "COLUMN"};
+
+// Writes `text` to `dir`/`name` once (under a temporary name first); the path.
+std::string WriteOnce(const std::string& dir, const std::string& name, const std::function<std::string()>& text) {
+  std::filesystem::create_directories(dir);
+  const std::string path = dir + "/" + name;
+  if (std::filesystem::exists(path)) return path;
+  const std::string tmp = path + ".part";
+  std::ofstream(tmp, std::ios::binary) << text();
+  std::filesystem::rename(tmp, path);
+  return path;
+}
 
 std::string LayerName(int i) { return "LAYER-" + std::to_string(i); }
 
@@ -193,36 +205,58 @@ std::string SyntheticDrawing(std::size_t bytes, SyntheticStyle style) {
 }
 
 std::string SyntheticDrawingFile(const std::string& dir, int megabytes, SyntheticStyle style) {
-  std::filesystem::create_directories(dir);
-  std::string kind = style == SyntheticStyle::R2000 ? "synthetic-r2000-" : "synthetic-";
-  std::string path = dir + "/" + kind + std::to_string(megabytes) + "mb.dxf";
-  if (!std::filesystem::exists(path)) {
-    std::string tmp = path + ".part";
-    std::ofstream(tmp, std::ios::binary) << SyntheticDrawing(std::size_t(megabytes) << 20, style);
-    std::filesystem::rename(tmp, path);
-  }
-  return path;
+  const std::string kind = style == SyntheticStyle::R2000 ? "synthetic-r2000-" : "synthetic-";
+  return WriteOnce(dir, kind + std::to_string(megabytes) + "mb.dxf",
+                   [=] { return SyntheticDrawing(std::size_t(megabytes) << 20, style); });
 }
 
 std::string MTextDrawingFile(const std::string& dir, int count) {
-  std::filesystem::create_directories(dir);
-  const std::string path = dir + "/mtext-" + std::to_string(count) + ".dxf";
-  if (std::filesystem::exists(path)) return path;
-  static const char* const kLabels[] = {"Duct %d north entry to frame 4", "{\\C1;Cable %d} 24 fibres, spare 8",
-                                        "Manhole %d\\~cover 600 x 600", "{\\H0.8x;Splice %d} closure in pit"};
-  std::ostringstream out;
-  out << "0\nSECTION\n2\nENTITIES\n";
-  char label[96];
-  for (int i = 0; i < count; ++i) {
-    std::snprintf(label, sizeof label, kLabels[i % 4], i);
-    out << "0\nMTEXT\n8\nLABELS\n10\n" << (i % 125) * 56 << "\n20\n" << (i / 125) * 12
-        << "\n40\n3.5\n41\n50\n71\n1\n1\n" << label << "\n";
-  }
-  out << "0\nENDSEC\n0\nEOF\n";
-  const std::string tmp = path + ".part";
-  std::ofstream(tmp, std::ios::binary) << out.str();
-  std::filesystem::rename(tmp, path);
-  return path;
+  return WriteOnce(dir, "mtext-" + std::to_string(count) + ".dxf", [count] {
+    static const char* const kLabels[] = {"Duct %d north entry to frame 4", "{\\C1;Cable %d} 24 fibres, spare 8",
+                                          "Manhole %d\\~cover 600 x 600", "{\\H0.8x;Splice %d} closure in pit"};
+    std::ostringstream out;
+    out << "0\nSECTION\n2\nENTITIES\n";
+    char label[96];
+    for (int i = 0; i < count; ++i) {
+      std::snprintf(label, sizeof label, kLabels[i % 4], i);
+      out << "0\nMTEXT\n8\nLABELS\n10\n" << (i % 125) * 56 << "\n20\n" << (i / 125) * 12
+          << "\n40\n3.5\n41\n50\n71\n1\n1\n" << label << "\n";
+    }
+    out << "0\nENDSEC\n0\nEOF\n";
+    return out.str();
+  });
+}
+
+std::string SymbolGridDrawingFile(const std::string& dir) {
+  return WriteOnce(dir, "symbol-grid-200000.dxf", [] {
+    std::ostringstream out;
+    out << "0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n2\nSYM\n10\n0\n20\n0\n";
+    for (int i = 0; i < 40; ++i) out << "0\nLINE\n8\n0\n10\n" << i * 0.1 << "\n20\n0\n11\n" << i * 0.1 << "\n21\n1\n";
+    for (int i = 0; i < 10; ++i) out << "0\nCIRCLE\n8\n0\n10\n0.5\n20\n0.5\n40\n" << 0.05 * (i + 1) << "\n";
+    out << "0\nENDBLK\n0\nENDSEC\n0\nSECTION\n2\nENTITIES\n";
+    for (int i = 0; i < 200000; ++i)
+      out << "0\nINSERT\n8\nSYMBOLS\n2\nSYM\n10\n" << (i % 500) * 5 << "\n20\n" << (i / 500) * 5 << "\n50\n"
+          << i % 360 << "\n";
+    out << "0\nENDSEC\n0\nEOF\n";
+    return out.str();
+  });
+}
+
+std::string NestedBlocksDrawingFile(const std::string& dir) {
+  return WriteOnce(dir, "nested-blocks-1e9.dxf", [] {
+    std::ostringstream out;
+    out << "0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n2\nB1\n10\n0\n20\n0\n";
+    for (int i = 0; i < 10; ++i) out << "0\nLINE\n8\n0\n10\n" << i << "\n20\n0\n11\n" << i << "\n21\n1\n";
+    out << "0\nENDBLK\n";
+    for (int k = 2; k <= 9; ++k) {
+      out << "0\nBLOCK\n2\nB" << k << "\n10\n0\n20\n0\n";
+      for (int i = 0; i < 10; ++i) out << "0\nINSERT\n2\nB" << k - 1 << "\n10\n" << i * 10 << "\n20\n0\n";
+      out << "0\nENDBLK\n";
+    }
+    out << "0\nENDSEC\n0\nSECTION\n2\nENTITIES\n0\nINSERT\n8\nSYMBOLS\n2\nB9\n10\n0\n20\n0\n"
+        << "0\nLINE\n10\n0\n20\n0\n11\n100\n21\n100\n0\nCIRCLE\n10\n50\n20\n50\n40\n10\n0\nENDSEC\n0\nEOF\n";
+    return out.str();
+  });
 }
 
 }  // namespace dxfimport::bench

@@ -23,4 +23,14 @@ std::string SyntheticDrawingFile(const std::string& dir, int megabytes, Syntheti
 // `dir` once and reused; its path.
 std::string MTextDrawingFile(const std::string& dir, int count);
 
+// 200,000 inserts of one symbol of 50 entities (40 lines, 10 circles), turned and spread
+// over a grid: 10 million rows once expanded, an honest big drawing. Written under `dir`
+// once and reused; its path.
+std::string SymbolGridDrawingFile(const std::string& dir);
+
+// Nine blocks, each inserting the one before ten times (10^9 lines once expanded),
+// inserted once, beside one ordinary line and one circle. Written under `dir` once and
+// reused; its path.
+std::string NestedBlocksDrawingFile(const std::string& dir);
+
 }  // namespace dxfimport::bench

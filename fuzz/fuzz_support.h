@@ -36,6 +36,7 @@ void LoadWithEachProfile(const uint8_t* data, std::size_t size, Use&& use) {
     Drawing drawing;
     drawing.SetRowLimit(kFuzzRowLimit);
     DXFReader reader(drawing, profile);
+    reader.SetOptions(LoadOptions{.EntityBudget = int64_t(kFuzzRowLimit)});
     reader.LoadDXFBytes(bytes);
     use(drawing);
   }

@@ -16,41 +16,52 @@ std::string LayoutNotice(const LoadOutcome& outcome) {
   return SubstituteArgs(LoadResText(outcome.ModelSpaceEmpty ? 1065 : 1066), {outcome.Layout});
 }
 
-bool LoadForCommand(const std::string& file, Drawing& drawing, bool& complete, ReadingProfile profile,
+bool LoadForCommand(const std::string& file, Drawing& drawing, LoadOutcome& outcome, ReadingProfile profile,
                     const LoadOptions& options) {
   drawing.InitDrawing(true);
   DXFReader reader(drawing, profile);
   reader.SetOptions(options);
-  bool loaded = reader.LoadDXF(file);
-  const LoadOutcome& outcome = reader.outcome();
+  const bool loaded = reader.LoadDXF(file);
+  outcome = reader.outcome();
+  outcome.Complete = loaded && outcome.Complete;
   if (const std::string notice = LayoutNotice(outcome); !notice.empty())
     std::fprintf(stderr, "dxfimport: %s\n", notice.c_str());
-  complete = loaded && outcome.Complete;
-  if (!complete && !outcome.StoppedIn.empty()) {
+  for (const ReportEntry& entry : outcome.Report.Entries()) {
+    if (entry.Notice.empty()) continue;
+    const std::string more = entry.Count > 1 ? " (and " + CountText(entry.Count - 1) + " more like it)" : "";
+    std::fprintf(stderr, "dxfimport: %s%s\n", entry.Notice.c_str(), more.c_str());
+  }
+  if (!outcome.Complete && !outcome.StoppedIn.empty()) {
     std::fprintf(stderr, "dxfimport: reading of %s stopped at line %zu (%s)\n", file.c_str(), outcome.StopLine,
                  outcome.StoppedIn.c_str());
   }
   return loaded;
 }
 
-int RunStats(const std::string& file, bool json, ReadingProfile profile) {
+int RunStats(const std::string& file, bool json, ReadingProfile profile, const LoadOptions& options) {
   Drawing drawing;
-  bool complete = false;
-  if (!LoadForCommand(file, drawing, complete, profile)) return 1;
+  LoadOutcome outcome;
+  if (!LoadForCommand(file, drawing, outcome, profile, options)) return 1;
+  // The legacy profile's summary is the original one; the modern profile adds its report.
+  const LoadReport* report = profile == ReadingProfile::Modern ? &outcome.Report : nullptr;
   if (json) {
-    std::cout << StatsJson(drawing, file) << '\n';
+    std::cout << StatsJson(drawing, file, report) << '\n';
   } else {
     for (const std::string& line : StatsLines(drawing, file)) std::cout << line << '\n';
+    if (report) {
+      std::cout << '\n';
+      for (const std::string& line : report->Lines()) std::cout << line << '\n';
+    }
   }
-  return complete ? 0 : 1;
+  return outcome.Complete ? 0 : 1;
 }
 
-int RunDump(const std::string& file, ReadingProfile profile) {
+int RunDump(const std::string& file, ReadingProfile profile, const LoadOptions& options) {
   Drawing drawing;
-  bool complete = false;
-  if (!LoadForCommand(file, drawing, complete, profile)) return 1;
+  LoadOutcome outcome;
+  if (!LoadForCommand(file, drawing, outcome, profile, options)) return 1;
   DumpTables(drawing, std::cout);
-  return complete ? 0 : 1;
+  return outcome.Complete ? 0 : 1;
 }
 
 }  // namespace dxfimport

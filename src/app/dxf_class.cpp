@@ -44,7 +44,8 @@ void DXF::ShowDialog() {
 }
 
 std::string DXF::strBmpFileName() {
-  if (g_window && !g_window->booImportCancel && g_window->booPictureLoaded) {
+  // A load the user stopped is not a drawing to hand back.
+  if (g_window && !g_window->booImportCancel && g_window->booPictureLoaded && !g_window->loadStopped()) {
     bmpFileName_ = NewTempFileName();
     if (!SavePictureAtomically(g_window->CurrentPicture(), QString::fromStdString(bmpFileName_), "BMP"))
       bmpFileName_.clear();

@@ -9,8 +9,9 @@ namespace dxfimport {
 
 // Loads a file for a command into a reset drawing. False when nothing could be read (the
 // system's message is on standard error). A load that a reader stopped keeps what was
-// read, says on standard error at which line it stopped, and sets `complete` false.
-bool LoadForCommand(const std::string& file, Drawing& drawing, bool& complete,
+// read and says on standard error at which line it stopped (`outcome.Complete` false);
+// what the load left out (an insert over the entity budget) is named there too.
+bool LoadForCommand(const std::string& file, Drawing& drawing, LoadOutcome& outcome,
                     ReadingProfile profile = ReadingProfile::Modern, const LoadOptions& options = {});
 
 // The line that says which paper-space layout is drawn, or "" when model space is.

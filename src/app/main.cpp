@@ -57,15 +57,19 @@ int main(int argc, char** argv) {
 
   std::string file;
   bool json = false, legacy = false;
+  int64_t maxEntities = 0;
+  const char* budgetHelp = "Rows the drawing may hold; an insert that would pass them is left out (modern profile)";
   const char* legacyHelp = "Read with the legacy rules (every line compared with the entity names)";
   CLI::App* stats = app.add_subcommand("stats", "Print the load statistics of a drawing");
   stats->add_option("file", file, "DXF file")->required();
   stats->add_flag("--json", json, "Print the figures as one JSON object");
   stats->add_flag("--legacy", legacy, legacyHelp);
+  stats->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
 
   CLI::App* dump = app.add_subcommand("dump", "Print the drawing's tables as tab-separated text");
   dump->add_option("file", file, "DXF file")->required();
   dump->add_flag("--legacy", legacy, legacyHelp);
+  dump->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
 
   RenderOptions render;
   std::string size = "640x480", window;
@@ -81,6 +85,7 @@ int main(int argc, char** argv) {
   draw->add_option("--window", window, "Window LEFT,TOP,RIGHT,BOTTOM in drawing units (default: the extents)");
   draw->add_option("--layout", render.layout, "Draw this paper-space layout instead of model space");
   draw->add_flag("--lineweights", render.lineWeights, "Draw line weights as pen widths");
+  draw->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
 
   std::string sweepDir, sweepOutput;
   int sweepSeconds = 60;
@@ -96,8 +101,9 @@ int main(int argc, char** argv) {
     return status == 0 ? 0 : 2;
   }
   const ReadingProfile profile = legacy ? ReadingProfile::Legacy : ReadingProfile::Modern;
-  if (stats->parsed()) return RunStats(file, json, profile);
-  if (dump->parsed()) return RunDump(file, profile);
+  const LoadOptions budget{.EntityBudget = maxEntities};
+  if (stats->parsed()) return RunStats(file, json, profile, budget);
+  if (dump->parsed()) return RunDump(file, profile, budget);
   if (app.get_subcommands().empty()) {
     if (automation) return RunAutomation(argc, argv, viewerFile);
     return RunViewer(argc, argv, viewerFile);
@@ -108,6 +114,7 @@ int main(int argc, char** argv) {
   }
   if (draw->parsed()) {
     render.profile = profile;
+    render.maxEntities = maxEntities;
     if (std::sscanf(size.c_str(), "%dx%d", &render.width, &render.height) != 2) {
       std::fprintf(stderr, "dxfimport render: --size takes WIDTHxHEIGHT\n");
       return 2;

@@ -98,8 +98,8 @@ int RunRender(const RenderOptions& o) {
     return Usage("--size takes WIDTHxHEIGHT, each 1 to 32767");
 
   Drawing drawing;
-  bool complete = false;
-  if (!LoadForCommand(o.file, drawing, complete, o.profile, LoadOptions{o.layout})) return 1;
+  LoadOutcome outcome;
+  if (!LoadForCommand(o.file, drawing, outcome, o.profile, LoadOptions{o.layout, o.maxEntities})) return 1;
   SwitchLayersOff(drawing, o.layersOff);
   ZoomState zoom(drawing);
   zoom.Display.LineWeights = o.lineWeights;
@@ -120,7 +120,7 @@ int RunRender(const RenderOptions& o) {
     std::fprintf(stderr, "dxfimport render: no picture was written to %s\n", o.output.c_str());
     return 1;
   }
-  return complete ? 0 : 1;
+  return outcome.Complete ? 0 : 1;
 }
 
 }  // namespace dxfimport

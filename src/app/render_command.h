@@ -22,9 +22,11 @@ struct RenderOptions {
   ReadingProfile profile = ReadingProfile::Modern;
   std::string layout;              // a paper-space layout to draw instead of model space
   bool lineWeights = false;        // line weights drawn as pen widths
+  int64_t maxEntities = 0;         // the modern profile's entity budget (0: the default)
 };
 
-// Draws a drawing to a picture file. 0 when the picture was written from a complete read;
+// Draws a drawing to a picture file. 0 when the picture was written from a complete read
+// (an insert left out over the entity budget is named on standard error and still 0);
 // 1 when the drawing could not be read or drawn (no file is then written) or the read
 // stopped early (the picture of what was read is written); 2 for bad options. Reports of
 // the redraw go to standard error and do not stop it.

@@ -137,6 +137,12 @@ class Drawing : public EntityTables {
   // whose blocks multiply without end is stopped with the out-of-memory error.
   static constexpr std::size_t kRowLimit = 30'000'000;
   void SetRowLimit(std::size_t limit) { rowLimit_ = limit; }
+  std::size_t RowLimit() const { return rowLimit_; }
+  // Rows stored so far (tables and block records together).
+  std::size_t StoredRows() const { return storedRows_; }
+  // What a stored row costs on average with its draw-sequence entry and the tables'
+  // spare capacity, for budgets in rows.
+  static constexpr int64_t kBytesPerRow = 96;
 
   std::vector<LayerEntry> Layers;
   std::vector<BlockEntry> Blocks;

@@ -24,6 +24,7 @@ void LineSource::Close() {
   owned_.clear();
   data_ = {};
   pos_ = 0;
+  lines_ = 0;
 }
 
 void LineSource::Attach(std::string_view bytes) {
@@ -68,6 +69,7 @@ void LineSource::Open(const std::string& path) {
 
 std::string_view LineSource::ReadLine() {
   if (AtEnd()) throw RunTimeError(kErrInputPastEnd);
+  ++lines_;
   const char* begin = data_.data() + pos_;
   std::size_t left = data_.size() - pos_;
   static_assert(std::endian::native == std::endian::little, "the word scan reads bytes in little-endian order");

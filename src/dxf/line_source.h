@@ -30,6 +30,8 @@ class LineSource {
 
   // The next line without its ending; raises Input past end of file at the end.
   std::string_view ReadLine();
+  // Lines read so far by ReadLine: the number of the line it gave last.
+  std::size_t LinesRead() const { return lines_; }
 
   // Offset of the first line feed at or after `from` (Length() when there is none). A long
   // search hands back the pages it has passed: the mapping is read-only, so a page is read
@@ -45,6 +47,7 @@ class LineSource {
  private:
   std::string_view data_;
   std::size_t pos_ = 0;
+  std::size_t lines_ = 0;
   void* map_ = nullptr;
   std::size_t mapLength_ = 0;
   std::size_t released_ = 0;

@@ -165,7 +165,7 @@ void ModernReader::PlaceInsert(const InsertRef& ref) {
     Emit(Placed(ref, toBlock_));
     return;
   }
-  if (!InsertAllowed(ref.Block) || MeasureBlock(ref.Block, 0).rows == 0) return;
+  if (!InsertAllowed(ref.Block) || MeasureBlock(ref.Block, 0).rows == 0 || !WithinBudget(ref)) return;
   Style inherited{ref.Layer, ref.Color == 0 ? (kColorOfLayer | ref.Layer) : ref.Color, ref.LineType, ref.LineWeight};
   for (int32_t r = 0; r < ref.Rows; ++r)
     for (int32_t c = 0; c < ref.Columns; ++c) ExpandBlock(ref.Block, CopyTransform(ref, c, r), inherited, 1);
@@ -178,6 +178,8 @@ bool ModernReader::InsertAllowed(int32_t block) {
   auto refuse = [&](const std::string& why) {
     if (!inserted.Refused) LogCritical("Block " + inserted.Name + why);
     inserted.Refused = true;
+    Note(why.starts_with(" inserts itself") ? "block that inserts itself: " + inserted.Name
+                                            : "block nested more than 32 levels: " + inserted.Name);
     return false;
   };
   if (std::find(expanding_.begin(), expanding_.end(), block) != expanding_.end())
@@ -185,6 +187,26 @@ bool ModernReader::InsertAllowed(int32_t block) {
   if (int(expanding_.size()) + MeasureBlock(block, 0).height >= kMaxDepth)
     return refuse(" is nested more than 32 levels deep; the insert is skipped.");
   return true;
+}
+
+// Whether the rows an insert adds (every copy of its grid, every nested insert) keep the
+// drawing within its entity budget; an insert that would not is left out whole, named in
+// the log and the load report.
+bool ModernReader::WithinBudget(const InsertRef& ref) {
+  const int64_t adds = SaturatingMul(int64_t(ref.Columns) * ref.Rows, MeasureBlock(ref.Block, 0).rows);
+  if (adds <= budget_ - int64_t(drawing_.StoredRows())) return true;
+  const std::string& name = drawing_.Blocks[std::size_t(ref.Block - 1)].Name;
+  const std::string layer = ref.Layer >= 1 && ref.Layer <= drawing_.LayerCount()
+                                ? drawing_.Layers[std::size_t(ref.Layer - 1)].Name
+                                : std::string("0");
+  const std::string kind = "insert over the entity budget: " + name;
+  const bool first = std::none_of(r_.outcome_.Report.Entries().begin(), r_.outcome_.Report.Entries().end(),
+                                  [&](const ReportEntry& e) { return e.Kind == kind; });
+  const std::string notice =
+      "Block " + name + " on layer " + layer + " (" + CountText(adds) + " entities) left out: over the entity budget";
+  if (first) LogCritical(notice);
+  Note(kind, notice);
+  return false;
 }
 
 // The rows one insert of a block adds and the depth of its nesting, counted once per
@@ -221,7 +243,9 @@ void ModernReader::ExpandBlock(int32_t block, const Affine& m, const Style& inhe
     VisitRow(content, entry, [&](const auto& stored) {
       using Row = std::decay_t<decltype(stored)>;
       if constexpr (std::is_same_v<Row, InsertRef>) {
-        if (depth >= kMaxDepth || !InsertAllowed(stored.Block) || MeasureBlock(stored.Block, 0).rows == 0) return;
+        if (depth >= kMaxDepth || !InsertAllowed(stored.Block) || MeasureBlock(stored.Block, 0).rows == 0 ||
+            !WithinBudget(stored))
+          return;
         InsertRef ref = stored;
         Restyle(ref, inherited);
         Style child{ref.Layer, ref.Color == 0 ? (kColorOfLayer | ref.Layer) : ref.Color, ref.LineType,
@@ -233,6 +257,7 @@ void ModernReader::ExpandBlock(int32_t block, const Affine& m, const Style& inhe
         Row row = stored;
         Restyle(row, inherited);
         PlaceInto(row, place, [this](const auto& placed) { drawing_.Add(placed); });
+        Tick();
       }
     });
   }
@@ -355,6 +380,10 @@ bool ModernReader::DXFViewport() {
 void ModernReader::ShowModelSpaceIn(int32_t layout, const EntityTables& model) {
   for (const Viewport& v : viewports_) {
     if (v.layout != layout) continue;
+    if (int64_t(model.DrawSeq.size()) > budget_ - int64_t(drawing_.StoredRows())) {
+      Note("viewport over the entity budget", "A viewport of the layout left out: over the entity budget");
+      continue;
+    }
     const double scale = v.height / v.viewHeight;
     const Affine toPaper = Affine::Translate(v.centre.x, v.centre.y) * Affine::Scaling(scale, scale) *
                            Affine::Translate(-v.viewCentre.x, -v.viewCentre.y) * Affine::Rotate(-v.twist) *
@@ -364,8 +393,10 @@ void ModernReader::ShowModelSpaceIn(int32_t layout, const EntityTables& model) {
     drawing_.DrawSeq.push_back({kKindClip, int32_t(drawing_.ClipBoxes.size())});
     for (const SeqEntry& entry : model.DrawSeq) {
       VisitRow(model, entry, [&](const auto& row) {
-        if constexpr (!std::is_same_v<std::decay_t<decltype(row)>, InsertRef>)
+        if constexpr (!std::is_same_v<std::decay_t<decltype(row)>, InsertRef>) {
           PlaceInto(row, toPaper, [this](const auto& placed) { drawing_.Add(placed); });
+          Tick();
+        }
       });
     }
     drawing_.DrawSeq.push_back({kKindClip, 0});

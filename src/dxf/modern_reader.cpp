@@ -136,9 +136,9 @@ double ModernReader::Num(int code, double fallback) const {
 
 int32_t ModernReader::Whole(int code, int32_t fallback, int32_t lo, int32_t hi) const {
   double v = Num(code, fallback);
-  if (!(v >= lo)) return lo;
-  if (!(v <= hi)) return hi;
-  return int32_t(std::lround(v));
+  if (v >= lo && v <= hi) return int32_t(std::lround(v));
+  if (Has(code)) Note("number out of range, held at its bound: group " + std::to_string(code));
+  return v >= lo ? hi : lo;
 }
 
 std::string ModernReader::Text(int code) const {
@@ -154,6 +154,8 @@ Affine ModernReader::Placement(double elevation) const { return PlacementOf(Extr
 bool ModernReader::Read() {
   r_.decoder_.SetModern(true);
   r_.NoExtentsUpdate = true;  // extents come from what the tables hold, after the load
+  budget_ = r_.options_.EntityBudget > 0 ? r_.options_.EntityBudget : DefaultEntityBudget();
+  drawing_.SetRowLimit(std::size_t(budget_));
   int code = 0;
   std::string_view value;
   bool goOn = true;
@@ -166,6 +168,7 @@ bool ModernReader::Read() {
       } else if (code == 0) {
         std::string_view name = Trim(value);
         if (name == "EOF") break;
+        recordLine_ = r_.source_.LinesRead();
         // A SECTION record ends at the header's first variable (code 9).
         ReadRecord(name == "SECTION" || section_ == "HEADER");
         goOn = Dispatch(name);
@@ -174,18 +177,37 @@ bool ModernReader::Read() {
   } catch (const RunTimeError& e) {
     goOn = r_.ReportFailure("LoadDXF", e.number(), e.text());
     r_.StopAt("LoadDXF");
+  } catch (const LoadCancelled&) {
+    Cancel();
+    goOn = false;
   }
   if (!goOn && r_.outcome_.StoppedIn.empty()) r_.StopAt("LoadDXF");
   try {
     if (inPolyline_) FinishPolyline();
-    ChooseLayout();
+    if (!r_.outcome_.Cancelled) ChooseLayout();
     // Every drawing has a layer "0", even one written without a layer table.
     if (drawing_.LayerCount() == 0 && drawing_.SeqCount() > 0) drawing_.AddLayer({"0", kForeground, -1, 0});
     FinishExtents();
   } catch (const RunTimeError& e) {
     goOn = r_.ReportFailure("LoadDXF", e.number(), e.text());
+  } catch (const LoadCancelled&) {
+    Cancel();
+    goOn = false;
+    FinishExtents();
   }
   return goOn;
+}
+
+// The user stopped the load: what was read stays, the expansion under way is dropped.
+void ModernReader::Cancel() {
+  r_.outcome_.Cancelled = true;
+  r_.StopAt("LoadDXF");
+  expanding_.clear();
+  inPolyline_ = false;
+}
+
+void ModernReader::Note(const std::string& kind, std::string notice) const {
+  r_.outcome_.Report.Note(kind, recordLine_, std::move(notice));
 }
 
 bool ModernReader::Dispatch(std::string_view name) {
@@ -195,11 +217,14 @@ bool ModernReader::Dispatch(std::string_view name) {
     return true;
   }
   const Kind* kind = FindKind(name);
-  if (!kind) return true;
   const int where = section_ == "TABLES"                             ? kInTables
                     : section_ == "ENTITIES" || section_ == "BLOCKS" ? kInEntities
                     : section_ == "OBJECTS"                          ? kInObjects
                                                                      : 0;
+  if (!kind) {
+    if (where == kInEntities && !name.empty()) Note("entity kind not drawn: " + std::string(name.substr(0, 64)));
+    return true;
+  }
   if (!(kind->sections & where)) return true;
   // A polyline ends at its SEQEND, or at the next entity of another kind.
   if (inPolyline_ && kind->handler != &ModernReader::DXFVertex && kind->handler != &ModernReader::DXFSeqEnd)
@@ -466,7 +491,14 @@ double ModernReader::CurveTolerance(double curveSize) const {
 // only for a drawing that draws nothing.
 void ModernReader::FinishExtents() {
   Drawing& d = drawing_;
-  const Box box = layoutBox_.Empty() ? WithMargin(TablesBox(d)) : layoutBox_;
+  const Box drawn = layoutBox_.Empty() ? TablesBox(d) : layoutBox_;
+  const Box box = layoutBox_.Empty() ? WithMargin(drawn) : layoutBox_;
+  if (!box.Empty() && headerExtMin_ && headerExtMax_) {
+    const double slack = 0.01 * std::max(drawn.maxX - drawn.minX, drawn.maxY - drawn.minY);
+    if (drawn.minX < headerExt_[0] - slack || drawn.minY < headerExt_[1] - slack ||
+        drawn.maxX > headerExt_[2] + slack || drawn.maxY > headerExt_[3] + slack)
+      r_.outcome_.Report.Note("header extents replaced: they do not hold what is drawn", 0);
+  }
   if (!box.Empty()) {
     d.ExtMinX = box.minX, d.ExtMinY = box.minY, d.ExtMaxX = box.maxX, d.ExtMaxY = box.maxY;
   } else if (headerExtMin_ && headerExtMax_) {

@@ -148,6 +148,7 @@ class ModernReader {
   void PlaceInsert(const InsertRef& ref);
   void ExpandBlock(int32_t block, const Affine& m, const Style& inherited, int depth);
   bool InsertAllowed(int32_t block);
+  bool WithinBudget(const InsertRef& ref);
   struct Measure {
     int64_t rows = 0;
     int height = 0;
@@ -162,6 +163,14 @@ class ModernReader {
   DimensionInput ReadDimensionInput() const;
   DimStyle DimStyleOf(const std::string& name) const;
   void EmitDimension(const DimensionPicture& picture, const Style& style);
+
+  void Cancel();
+  // Notes one more of `kind` in the load report, at the record being read.
+  void Note(const std::string& kind, std::string notice = "") const;
+  // Counts an expanded row; every so many lets the window breathe and checks for a stop.
+  void Tick() {
+    if ((++ticks_ & 0xFFFF) == 0) r_.Poll();
+  }
 
   // Output: a row in world (or, inside a definition, block) coordinates.
   template <class Row>
@@ -181,6 +190,9 @@ class ModernReader {
   std::string_view pendingValue_;
   std::string section_;
   std::string_view name_;  // the record's name (after its code 0)
+  std::size_t recordLine_ = 0;  // the line of the record's name
+  int64_t budget_ = 0;          // rows the drawing may hold
+  uint32_t ticks_ = 0;          // rows expanded, for Tick
 
   // Block state: rows go to the drawing (output_ 0) or to block output_, in its
   // coordinates (toBlock_ maps world coordinates there).

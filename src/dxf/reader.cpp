@@ -17,6 +17,7 @@ namespace dxfimport {
 
 const char* const kReaderModule = "Dxfin275";
 constexpr std::size_t kReleaseStep = 8u << 20;  // hand back mapped pages every 8 MiB
+constexpr std::size_t kPollStep = 1u << 20;     // let window messages run every MiB read
 
 struct DXFReader::Keyword {
   std::string_view line;
@@ -128,7 +129,16 @@ bool DXFReader::ReadAll(LoadProgress* progress) {
   drawing_.ExtMaxX = drawing_.ExtMaxY = -1e30f;
   firstLayer_ = true;
   StartPacer(progress);
-  outcome_.Complete = modern ? ModernReader(*this).Read() : ReadLegacy();
+  if (modern) {
+    outcome_.Complete = ModernReader(*this).Read();
+  } else {
+    try {
+      outcome_.Complete = ReadLegacy();
+    } catch (const LoadCancelled&) {
+      outcome_.Cancelled = true;
+      StopAt("LoadDXF");
+    }
+  }
   InBlock = false;
   if (progress) progress->Hide();
   return true;
@@ -140,7 +150,14 @@ void DXFReader::StartPacer(LoadProgress* progress) {
   pacer_.length = double(source_.Length());
   pacer_.nextStepAt = std::size_t(pacer_.nextStep / 100.0 * pacer_.length) + 1;
   pacer_.nextRelease = kReleaseStep;
+  pacer_.nextPoll = kPollStep;
   if (progress_) progress_->Show();
+}
+
+void DXFReader::Poll() {
+  if (!progress_) return;
+  progress_->Poll();
+  if (progress_->Cancelled()) throw LoadCancelled{};
 }
 
 // The progress bar moves when the position passes the next 5 % step (one step per line);
@@ -161,6 +178,10 @@ void DXFReader::Pace(std::size_t lineStart) {
   if (lineStart >= p.nextRelease) {
     source_.ReleaseBefore(lineStart);
     p.nextRelease = lineStart + kReleaseStep;
+  }
+  if (position >= p.nextPoll) {
+    p.nextPoll = position + kPollStep;
+    Poll();
   }
 }
 

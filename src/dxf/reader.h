@@ -9,6 +9,7 @@
 
 #include "dxf/drawing.h"
 #include "dxf/line_source.h"
+#include "dxf/load_report.h"
 #include "dxf/profile.h"
 #include "dxf/rotation.h"
 #include "dxf/text_decoder.h"
@@ -18,6 +19,9 @@ namespace dxfimport {
 
 class ModernReader;
 
+// Thrown through the readers when the user stops a load.
+struct LoadCancelled {};
+
 // What the reader shows while it loads. The viewer turns it into its progress bar and
 // lets pending window messages run in SetValue.
 class LoadProgress {
@@ -26,6 +30,11 @@ class LoadProgress {
   virtual void Show() {}
   virtual void Hide() {}
   virtual void SetValue(int percent) = 0;
+  // Called every few milliseconds of work between the steps: lets pending window
+  // messages run.
+  virtual void Poll() {}
+  // True once the user asked to stop: the load ends there and keeps what it has read.
+  virtual bool Cancelled() const { return false; }
 };
 
 // How the last load ended, for the command line and the logs.
@@ -37,11 +46,16 @@ struct LoadOutcome {
   std::string Layout;        // the paper-space layout drawn instead of model space ("" none)
   bool ModelSpaceEmpty = false;      // ... because model space holds nothing
   std::vector<std::string> Layouts;  // the paper-space layouts of the drawing, by name
+  bool Cancelled = false;            // the user stopped the load (what was read is kept)
+  LoadReport Report;                 // what the modern profile skipped, repaired or left out
 };
 
 // What the caller asks of a modern load.
 struct LoadOptions {
   std::string Layout;  // a paper-space layout to draw instead of model space ("" none)
+  // Rows the drawing may hold; an insert that would take it past them is left out whole
+  // (0: DefaultEntityBudget()).
+  int64_t EntityBudget = 0;
 };
 
 // Reads a DXF file into a Drawing in one pass. The legacy profile's readers pull their
@@ -112,9 +126,13 @@ class DXFReader {
     float nextStep = 5;
     std::size_t nextStepAt = 0;
     std::size_t nextRelease = 0;
+    std::size_t nextPoll = 0;
   };
   void StartPacer(LoadProgress* progress);
   void Pace(std::size_t lineStart);
+  // Lets the progress sink run its window messages; raises LoadCancelled when the user
+  // asked to stop.
+  void Poll();
   Pacer pacer_;
   LoadProgress* progress_ = nullptr;
 

@@ -1,5 +1,6 @@
 #include "dxf/stats.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -31,13 +32,17 @@ std::vector<std::string> StatsLines(const Drawing& d, const std::string& heading
   };
 }
 
-void DisplayStats(const Drawing& drawing, const std::string& heading) {
+void DisplayStats(const Drawing& drawing, const std::string& heading, const LoadReport* report) {
   std::string text;
   for (const std::string& line : StatsLines(drawing, heading)) text += line + "\r\n";
+  if (report) {
+    text += "\r\n";
+    for (const std::string& line : report->Lines()) text += line + "\r\n";
+  }
   ShowMessage(MessageIcon::Information, text);
 }
 
-std::string StatsJson(const Drawing& d, const std::string& heading) {
+std::string StatsJson(const Drawing& d, const std::string& heading, const LoadReport* report) {
   QJsonObject extents{{"left", double(d.ExtMinX)},
                       {"top", double(d.ExtMaxY)},
                       {"right", double(d.ExtMaxX)},
@@ -53,6 +58,15 @@ std::string StatsJson(const Drawing& d, const std::string& heading) {
                 {"blocks", d.BlockCount()},
                 {"attributes", d.AttribCount()},
                 {"extents", extents}};
+  if (report) {
+    QJsonArray entries;
+    for (const ReportEntry& e : report->Entries())
+      entries.append(QJsonObject{{"kind", QString::fromStdString(e.Kind)},
+                                 {"count", double(e.Count)},
+                                 {"line", double(e.Line)}});
+    o.insert("report", entries);
+    o.insert("loadedCleanly", report->Clean());
+  }
   return QJsonDocument(o).toJson(QJsonDocument::Compact).toStdString();
 }
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "dxf/drawing.h"
+#include "dxf/load_report.h"
 #include "support/numbers.h"
 
 namespace dxfimport {
@@ -14,10 +15,12 @@ namespace dxfimport {
 std::vector<std::string> StatsLines(const Drawing& drawing, const std::string& heading,
                                     const NumberSeparators& sep = LocaleSeparators());
 
-// Shows the summary in an information message box.
-void DisplayStats(const Drawing& drawing, const std::string& heading);
+// Shows the summary in an information message box (with the load report's lines after
+// it, when there is one).
+void DisplayStats(const Drawing& drawing, const std::string& heading, const LoadReport* report = nullptr);
 
-// The same figures as one JSON object.
-std::string StatsJson(const Drawing& drawing, const std::string& heading);
+// The same figures as one JSON object; with a load report, "report" holds its entries as
+// {"kind", "count", "line"} and "loadedCleanly" says whether there are none.
+std::string StatsJson(const Drawing& drawing, const std::string& heading, const LoadReport* report = nullptr);
 
 }  // namespace dxfimport

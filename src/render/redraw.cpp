@@ -2,6 +2,7 @@
 
 #include <QFontMetrics>
 #include <QPagedPaintDevice>
+#include <QElapsedTimer>
 #include <QPainter>
 
 #include <cmath>
@@ -49,6 +50,11 @@ bool ZoomState::Zoom(const ZoomRect& window, Surface& surface, QPaintDevice* met
     return false;
   }
   BusyPointer busy(surface);
+  struct InProgress {
+    bool& flag;
+    explicit InProgress(bool& f) : flag(f) { flag = true; }
+    ~InProgress() { flag = false; }
+  } inProgress(inProgress_);
   try {
     return DrawPass(window, surface, metafile, toPrinter);
   } catch (const RunTimeError& e) {
@@ -119,11 +125,21 @@ bool ZoomState::DrawPass(const ZoomRect& window, Surface& surface, QPaintDevice*
   const int32_t count = drawing_.SeqCount();
   const float step = 50000.0f / float(count);
   float threshold = step;
+  Interrupted = false;
+  QElapsedTimer sinceAsked;
+  sinceAsked.start();
   for (int32_t i = 1; i <= count; ++i) {
     float percent = float(i) / float(count) * 100.0f;
     if (percent >= threshold) {
       threshold += step;
       surface.Refresh();
+      if (KeepDrawing && sinceAsked.elapsed() >= 50) {
+        sinceAsked.restart();
+        if (!KeepDrawing()) {
+          Interrupted = true;
+          break;
+        }
+      }
     }
     painterOfKinds->Draw(drawing_.DrawSeq[std::size_t(i - 1)]);
   }

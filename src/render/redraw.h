@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -49,8 +50,15 @@ class ZoomState {
   TextLayouts Texts;                // the texts laid out, kept between redraws
   std::string FileName;             // named in the print border's caption
   QPagedPaintDevice* Printer = nullptr;  // the printer target (a PDF writer)
+  // Asked at the redraw's refresh points, at most every 50 ms: lets the window run its
+  // messages; false stops the redraw there, keeping what was drawn (Interrupted is then
+  // true until the next redraw).
+  std::function<bool()> KeepDrawing;
+  bool Interrupted = false;
 
   const ZoomRect& CurrentZoom() const { return Engine.CurrentZoom; }
+  // True while Zoom draws (KeepDrawing runs window messages then).
+  bool InProgress() const { return inProgress_; }
   const Drawing& drawing() const { return drawing_; }
 
   // Draws the drawing for `window` (drawing units) into the surface, or into `metafile`
@@ -83,6 +91,7 @@ class ZoomState {
   std::unique_ptr<EntityPainter> MakePainter(Canvas& canvas, const Surface& surface, bool toPrinter);
 
   Drawing& drawing_;
+  bool inProgress_ = false;
 };
 
 // The painters (legacy_painter.cpp, modern_painter.cpp).

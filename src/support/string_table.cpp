@@ -98,6 +98,12 @@ constexpr std::array kTable = std::to_array<Entry>({
     {1064, "Model", "モデル"},
     {1065, "Model space is empty; the layout %1 is shown.", "モデル空間が空のため、レイアウト %1 を表示しています。"},
     {1066, "The layout %1 is shown.", "レイアウト %1 を表示しています。"},
+    {1067, "Cancel", "キャンセル"},
+    {1068, "The drawing is incomplete: loading was stopped.", "図面は不完全です: 読み込みを中止しました。"},
+    {1069, "The drawing is incomplete: drawing was stopped.", "図面は不完全です: 描画を中止しました。"},
+    {1070, "Entity &Budget...", "図形数の上限(&B)..."},
+    {1071, "Rows a drawing may hold; an insert that would pass them is left out (0: as many as a quarter of the memory holds, at most 50 million):",
+     "図面が保持できる行数。これを超える挿入は省略されます (0: メモリの 4 分の 1 に収まる数、最大 5000 万):"},
 });
 
 static_assert(std::is_sorted(kTable.begin(), kTable.end(),

@@ -16,7 +16,9 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QInputDialog>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QStatusBar>
@@ -30,6 +32,7 @@
 #include "support/runtime_error.h"
 #include "support/shared_settings.h"
 #include "support/texts.h"
+#include "viewer/busy_work.h"
 #include "viewer/choose_size_dialog.h"
 #include "viewer/dialog_font.h"
 #include "viewer/picture_box.h"
@@ -51,25 +54,7 @@ constexpr const char* kOrganization = "Corvath";
 constexpr const char* kProgram = "dxfimport";
 constexpr const char* kLegacySetting = "Viewer/LegacyReadingRules";
 constexpr const char* kLineWeightsSetting = "Viewer/LineWeights";
-
-// The load's progress on the progress bar; pending window messages run at each step.
-class ProgressBarSink : public LoadProgress {
- public:
-  explicit ProgressBarSink(QProgressBar* bar) : bar_(bar) {}
-  void Show() override {
-    bar_->setValue(0);
-    bar_->show();
-    bar_->raise();
-  }
-  void Hide() override { bar_->hide(); }
-  void SetValue(int percent) override {
-    bar_->setValue(percent);
-    QCoreApplication::processEvents();
-  }
-
- private:
-  QProgressBar* bar_;
-};
+constexpr const char* kBudgetSetting = "Viewer/EntityBudget";
 
 // The hourglass for the length of an operation, restored on every way out.
 class HourGlass {
@@ -123,6 +108,14 @@ frmImport::frmImport(bool startedForAutomation, QWidget* parent)
   progress_->setRange(0, 100);
   progress_->setGeometry(20, 20, 300, 22);
   progress_->hide();
+  cancel_ = new QPushButton(viewport_->viewport());
+  cancel_->setObjectName("cmdCancel");
+  cancel_->setGeometry(330, 18, 100, 26);
+  cancel_->hide();
+  connect(cancel_, &QPushButton::clicked, this, [this] { RequestStop(); });
+  qApp->installEventFilter(new BusyInputGate([this] { return Busy(); }, [this] { RequestStop(); }, cancel_, this));
+  zoom_.KeepDrawing = [this] { return KeepDrawing(); };
+  entityBudget_ = QSettings(kOrganization, kProgram).value(kBudgetSetting, 0).toLongLong();
   setCentralWidget(viewport_);
   statusBar()->setObjectName("StatusBar1");
 
@@ -182,7 +175,9 @@ void frmImport::CreateMenus() {
   item(options, 1034, "mnuOptionForecolor", &frmImport::mnuOptionForecolor_Click);
   item(options, 1035, "mnuOptionColor", &frmImport::mnuOptionColor_Click);
   item(options, 1036, "mnuOptionSize", &frmImport::mnuOptionSize_Click);
-  item(options, 1048, "mnuOptionProperties", [this] { DisplayStats(drawing_, gstrDXFFileName); });
+  item(options, 1048, "mnuOptionProperties", [this] {
+    DisplayStats(drawing_, gstrDXFFileName, drawing_.Rules().SinglePrecision ? nullptr : &report_);
+  });
   options->addSeparator()->setObjectName("mnuOptionSep1");
   QMenu* depth = options->addMenu(QString());
   depth->setObjectName("mnuOptionReduce");
@@ -204,6 +199,7 @@ void frmImport::CreateMenus() {
   layoutMenu_ = options->addMenu(QString());
   layoutMenu_->setObjectName("mnuOptionLayout");
   captioned_[1063] = layoutMenu_->menuAction();
+  item(options, 1070, "mnuOptionBudget", &frmImport::mnuOptionBudget_Click);
   QAction* legacy = item(options, 1061, "mnuOptionLegacy", [] {});
   legacy->setCheckable(true);
   legacy->setChecked(profile_ == ReadingProfile::Legacy);
@@ -248,6 +244,7 @@ void frmImport::CreateToolbar() {
 
 void frmImport::LoadCaptions() {
   for (auto& [id, action] : captioned_) action->setText(Text(id));
+  cancel_->setText(Text(1067));
 }
 
 QAction* frmImport::Action(const QString& objectName) const {
@@ -304,22 +301,26 @@ bool frmImport::OpenDXFFile(bool showDialog) {
     ShowMessage(MessageIcon::Critical, LoadResText(1023));
     return false;
   }
-  ProgressBarSink progress(progress_);
+  stopRequested_ = false;
+  loading_ = true;
+  ProgressBarSink progress(progress_, cancel_, stopRequested_);
   DXFReader reader(drawing_, profile_);
-  reader.SetOptions(LoadOptions{layout_});
+  reader.SetOptions(LoadOptions{layout_, entityBudget_});
   bool loaded = reader.LoadDXF(gstrDXFFileName, &progress);
+  loading_ = false;
   layout_.clear();  // a layout chosen in the menu holds for that read only
   FillLayoutMenu(reader.outcome());
+  report_ = reader.outcome().Report;
+  loadStopped_ = loaded && reader.outcome().Cancelled;
   if (!loaded) {
     UpdateCaption(false);
     return false;
   }
-  const LoadOutcome& outcome = reader.outcome();
-  if (!outcome.Layout.empty())
-    statusBar()->showMessage(QString::fromStdString(
-        SubstituteArgs(LoadResText(outcome.ModelSpaceEmpty ? 1065 : 1066), {outcome.Layout})));
-  else
-    statusBar()->clearMessage();
+  ShowLoadStatus(reader.outcome());
+  if (drawing_.SeqCount() == 0 && loadStopped_) {
+    UpdateCaption(false);
+    return false;
+  }
   zoom_.ExtentsZoom = ExtentsOf(drawing_);
   zoom_.FileName = gstrDXFFileName;
   zoom_.AttributesVisible = true;
@@ -332,6 +333,42 @@ bool frmImport::OpenDXFFile(bool showDialog) {
   UpdateCaption(true);
   if (drawn) rememberDirectory_ = true;
   return true;
+}
+
+// The status bar after a load: a stopped load, the layout shown instead of model space,
+// and the inserts left out over the entity budget.
+void frmImport::ShowLoadStatus(const LoadOutcome& outcome) {
+  QStringList parts;
+  if (outcome.Cancelled) parts << Text(1068);
+  if (!outcome.Layout.empty())
+    parts << QString::fromStdString(SubstituteArgs(LoadResText(outcome.ModelSpaceEmpty ? 1065 : 1066), {outcome.Layout}));
+  for (const ReportEntry& entry : outcome.Report.Entries())
+    if (!entry.Notice.empty()) parts << QString::fromStdString(entry.Notice);
+  if (parts.isEmpty()) statusBar()->clearMessage();
+  else statusBar()->showMessage(parts.join("  "));
+}
+
+// Between the redraw's refresh points: window messages run (user input waits, see
+// BusyInputGate); a stop asked for with Esc ends the redraw and says so.
+bool frmImport::KeepDrawing() {
+  if (!loading_) stopRequested_ = false;
+  QCoreApplication::processEvents();
+  if (!stopRequested_) return true;
+  stopRequested_ = false;
+  statusBar()->showMessage(Text(1069));
+  return false;
+}
+
+void frmImport::mnuOptionBudget_Click() {
+  bool ok = false;
+  const int chosen = QInputDialog::getInt(this, QString::fromStdString(ApplicationTitle()), Text(1071),
+                                          int(entityBudget_), 0, 2'000'000'000, 1'000'000, &ok);
+  if (ok) SetEntityBudget(chosen);
+}
+
+void frmImport::SetEntityBudget(int64_t budget) {
+  entityBudget_ = std::max<int64_t>(0, budget);
+  QSettings(kOrganization, kProgram).setValue(kBudgetSetting, qlonglong(entityBudget_));
 }
 
 void frmImport::ChooseDXFFile() {
@@ -550,6 +587,7 @@ void frmImport::hideEvent(QHideEvent* event) {
 
 void frmImport::keyPressEvent(QKeyEvent* event) {
   if (event->key() != Qt::Key_Escape) return QMainWindow::keyPressEvent(event);
+  if (Busy()) return RequestStop();
   QAction* magPlus = toolbarButtons_["MagPlus"];
   if (magPlus->isChecked()) {
     magPlus->setChecked(false);

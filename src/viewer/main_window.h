@@ -20,6 +20,7 @@ class QActionGroup;
 class QLabel;
 class QMenu;
 class QProgressBar;
+class QPushButton;
 class QScrollArea;
 class QToolBar;
 
@@ -42,6 +43,13 @@ class frmImport : public QMainWindow {
   // Public state read by the automation class and the dialogs.
   bool booPictureLoaded = false;  // the last open succeeded
   bool booImportCancel = false;   // the user left with "Cancel Import"
+  // The last load was stopped by the user (what was read is shown; the host gets no
+  // bitmap of it).
+  bool loadStopped() const { return loadStopped_; }
+  // True while a load or a redraw runs: user input other than Esc and the Cancel button
+  // waits, and Esc or Cancel stops the work.
+  bool Busy() const { return loading_ || zoom_.InProgress(); }
+  void RequestStop() { stopRequested_ = true; }
   bool booGear1Visible() const { return gear1Visible_; }
   void setBooGear1Visible(bool visible);
 
@@ -91,6 +99,13 @@ class frmImport : public QMainWindow {
   QAction* Action(const QString& objectName) const;
   QAction* ToolbarButton(const QString& key) const;
   QProgressBar* ProgressBar1() const { return progress_; }
+  QPushButton* CancelButton() const { return cancel_; }
+  // What the last modern load skipped, repaired or left out (shown by Properties).
+  const LoadReport& loadReport() const { return report_; }
+  // The entity budget of the loads (0: the default); kept between runs.
+  void mnuOptionBudget_Click();
+  void SetEntityBudget(int64_t budget);
+  int64_t entityBudget() const { return entityBudget_; }
 
   // Called whenever the window is hidden (the modal viewer of the host ends then).
   std::function<void()> onHidden;
@@ -126,6 +141,8 @@ class frmImport : public QMainWindow {
   void UpdateCaption(bool withFile);
   void SetZoomButtons(bool enabled);
   void FillLayoutMenu(const LoadOutcome& outcome);
+  void ShowLoadStatus(const LoadOutcome& outcome);
+  bool KeepDrawing();
   QString DefaultOpenFile();
   QString DefaultSaveFile();
 
@@ -145,6 +162,12 @@ class frmImport : public QMainWindow {
   QLabel* gear1_ = nullptr;
   QScrollArea* viewport_ = nullptr;
   QProgressBar* progress_ = nullptr;
+  QPushButton* cancel_ = nullptr;
+  bool loading_ = false;
+  bool stopRequested_ = false;
+  bool loadStopped_ = false;
+  LoadReport report_;
+  int64_t entityBudget_ = 0;
   QToolBar* toolbar_ = nullptr;
   QMenu* layoutMenu_ = nullptr;
   std::string layout_;  // the layout the next read shows ("" model space)

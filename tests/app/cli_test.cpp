@@ -43,10 +43,12 @@ TEST(CommandLine, StatsOfTheSampleDrawing) {
   EXPECT_EQ(run.err, "");
   EXPECT_EQ(run.out, sample +
                          "\n\nEntities: 91\nLines: 31\nPolylines: 25\nArcs and circles: 13\nSolids: 6\nText: 13\n"
-                         "Layers: 9\nBlocks: 4\nAttributes: 3\n\nLeft: -0.5\nTop: 12.5\nRight: 20.5\nBottom: -1.6\n");
+                         "Layers: 9\nBlocks: 4\nAttributes: 3\n\nLeft: -0.5\nTop: 12.5\nRight: 20.5\nBottom: -1.6\n"
+                         "\nLoaded cleanly: nothing was skipped, repaired or left out.\n");
   ProgramRun json = Dxfimport("stats --json " + sample);
   EXPECT_EQ(json.status, 0);
   EXPECT_NE(json.out.find("\"entities\":91"), std::string::npos);
+  EXPECT_NE(json.out.find("\"loadedCleanly\":true,"), std::string::npos);
   ProgramRun legacy = Dxfimport("stats --legacy " + sample);
   EXPECT_NE(legacy.out.find("Entities: 89\n"), std::string::npos);
   EXPECT_NE(legacy.out.find("Left: -1\nTop: 13\nRight: 21\nBottom: -2\n"), std::string::npos);
@@ -120,6 +122,24 @@ TEST(CommandLine, RenderWritesTheSamePictureInEveryBitmapFormat) {
   EXPECT_GT(std::filesystem::file_size(dir + "/s.svg"), 1000u);
   EXPECT_GT(std::filesystem::file_size(dir + "/s.pdf"), 1000u);
   std::filesystem::remove_all(dir);
+}
+
+TEST(CommandLine, AnInsertOverTheEntityBudgetIsNamedAndTheRestIsDrawn) {
+  testing::TempFile grid(testing::DxfText({{0, "SECTION"}, {2, "BLOCKS"}, {0, "BLOCK"}, {2, "POLE"}, {0, "CIRCLE"},
+                                           {40, "1"}, {0, "ENDBLK"}, {0, "ENDSEC"}}) +
+                         testing::EntitiesFile({{0, "INSERT"}, {8, "POLES"}, {2, "POLE"}, {70, "100"}, {71, "100"},
+                                                {44, "3"}, {45, "3"}, {0, "LINE"}, {11, "100"}, {21, "100"}}));
+  const std::string png = (std::filesystem::temp_directory_path() / "dxfimport-budget.png").string();
+  ProgramRun run = Dxfimport("render " + grid.path() + " -o " + png + " --max-entities 500");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "dxfimport: Block POLE on layer POLES (10,000 entities) left out: over the entity budget\n");
+  EXPECT_TRUE(std::filesystem::exists(png));
+  ProgramRun stats = Dxfimport("stats --json --max-entities 500 " + grid.path());
+  EXPECT_NE(stats.out.find("\"entities\":1,"), std::string::npos);
+  EXPECT_NE(stats.out.find("{\"count\":1,\"kind\":\"insert over the entity budget: POLE\",\"line\":"),
+            std::string::npos);
+  EXPECT_EQ(Dxfimport("stats --json " + grid.path()).out.find("left out"), std::string::npos);  // the default budget
+  EXPECT_EQ(Dxfimport("stats --max-entities 0 " + grid.path()).status, 2);
 }
 
 TEST(CommandLine, RenderFailuresWriteNoFile) {

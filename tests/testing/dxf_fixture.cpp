@@ -34,6 +34,8 @@ std::unique_ptr<Loaded> Load(const std::string& dxf, std::size_t rowLimit, Readi
   loaded->drawing.SetRowLimit(rowLimit);
   loaded->drawing.InitDrawing(true);
   DXFReader reader(loaded->drawing, profile);
+  // The modern profile bounds its rows by its entity budget.
+  if (rowLimit != Drawing::kRowLimit) reader.SetOptions(LoadOptions{.EntityBudget = int64_t(rowLimit)});
   loaded->result = reader.LoadDXFBytes(dxf);
   loaded->outcome = reader.outcome();
   return loaded;

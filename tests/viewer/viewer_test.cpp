@@ -2,6 +2,8 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QProgressBar>
+#include <QPushButton>
+#include <QStatusBar>
 #include <QSettings>
 #include <QGlyphRun>
 #include <QMenuBar>
@@ -226,6 +228,38 @@ class ViewerTest : public QObject {
     dxf.ShowDialog();
     QCOMPARE(dxf.strBmpFileName(), std::string());
     dxf.Class_Terminate();
+  }
+
+  void escapeStopsALongLoadAndKeepsWhatWasRead() {
+    QTemporaryDir dir;
+    const std::string path = dir.filePath("long.dxf").toStdString();
+    {
+      std::ofstream out(path);
+      out << "0\nSECTION\n2\nENTITIES\n";
+      for (int i = 0; i < 300000; ++i) out << "0\nLINE\n8\n0\n10\n" << i % 1000 << "\n20\n" << i / 1000 << "\n11\n1\n21\n1\n";
+      out << "0\nENDSEC\n0\nEOF\n";
+    }
+    frmImport window(false);
+    window.show();
+    gstrDXFFileName = path;
+    QTimer::singleShot(0, &window, [&window] {
+      QVERIFY(window.Busy());
+      QVERIFY(window.CancelButton()->isVisible());
+      QTest::keyClick(&window, Qt::Key_Escape);
+    });
+    window.FileOpen(false);
+    QVERIFY(window.loadStopped());
+    QVERIFY(window.booPictureLoaded);
+    const int32_t kept = window.drawing().SeqCount();
+    QVERIFY(kept > 0);
+    QVERIFY(kept < 300000);
+    QVERIFY(!window.CancelButton()->isVisible());
+    QCOMPARE(window.statusBar()->currentMessage(), QString("The drawing is incomplete: loading was stopped."));
+    QVERIFY(InkedPixels(window.Picture1()->image()) > 100);
+    // Opened again without a stop, the whole drawing loads.
+    window.FileOpen(false);
+    QVERIFY(!window.loadStopped());
+    QCOMPARE(window.drawing().SeqCount(), 300000);
   }
 
   void japaneseMenusShowRealGlyphs() {
