@@ -42,6 +42,30 @@ void BM_Zoom(benchmark::State& state) {
       benchmark::Counter(double(drawing.SeqCount()) * double(state.iterations()), benchmark::Counter::kIsRate);
 }
 
+// Redraws of the modern-read 100 MB drawing at 1920 x 1080 after a first draw (which lays
+// the texts out and builds the spatial index): the whole extents, and a view of 1 % of
+// them (a tenth of their width and height, about their centre).
+void BM_View(benchmark::State& state) {
+  Drawing& drawing = Loaded(100, 1);
+  ImageSurface surface(1920, 1080);
+  ZoomState zoom(drawing);
+  zoom.ExtentsZoom = ExtentsOf(drawing);
+  ZoomRect window = zoom.ExtentsZoom;
+  if (state.range(0) == 1) {
+    const double cx = (window.left + window.right) / 2, cy = (window.top + window.bottom) / 2;
+    const double w = (window.right - window.left) / 20, h = (window.top - window.bottom) / 20;
+    window = {cx - w, cy + h, cx + w, cy - h};
+  }
+  surface.Cls();
+  zoom.Zoom(window, surface);
+  for (auto _ : state) {
+    surface.Cls();
+    zoom.Zoom(window, surface);
+  }
+}
+BENCHMARK(BM_View)->Arg(100)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5)->Repetitions(3)
+    ->ReportAggregatesOnly(true);
+
 // Device lines for the floor: one per draw-sequence entry, from the entity's geometry.
 std::vector<QLine> FloorLines(Drawing& drawing, int width, int height) {
   ImageSurface surface(width, height);
@@ -96,6 +120,11 @@ BENCHMARK(BM_FloorDrawLine)->Apply(Sizes);
 
 int main(int argc, char** argv) {
   return dxfimport::bench::RunDrawingBenchmarks(argc, argv, [](dxfimport::bench::CollectingReporter& reporter) {
+    std::printf("\n| view of the 100 MB drawing at 1920 x 1080 | redraw ms |\n|---|---|\n");
+    for (int percent : {100, 1}) {
+      const std::string name = "BM_View/" + std::to_string(percent) + "/min_time:0.500/repeats:3/real_time_median";
+      std::printf("| %d %% of the extents | %.1f |\n", percent, reporter.values[name]["real_time_ms"]);
+    }
     std::printf("\n| drawing | read with | picture | Zoom entities/s | floor entities/s | ratio |\n|---|---|---|---|---|---|\n");
     for (int mb : {1, 10, 100}) {
       for (const char* size : {"1024/768", "4096/3072"}) {

@@ -22,13 +22,17 @@ struct ProfileRules {
   bool LegacyPainter;
   // Numbers in tables dumps are written with the digits a single holds.
   int DumpDigits;
+  // A redraw of part of the drawing draws only the entries a spatial index finds in the
+  // view, and shows what it has drawn every 100 ms; otherwise every entry is visited and
+  // the picture is refreshed every 0.5 % of them.
+  bool IndexedRedraw;
 
   static const ProfileRules& Of(ReadingProfile profile);
 };
 
 inline const ProfileRules& ProfileRules::Of(ReadingProfile profile) {
-  static constexpr ProfileRules kLegacy{ReadingProfile::Legacy, true, true, 9};
-  static constexpr ProfileRules kModern{ReadingProfile::Modern, false, false, 17};
+  static constexpr ProfileRules kLegacy{ReadingProfile::Legacy, true, true, 9, false};
+  static constexpr ProfileRules kModern{ReadingProfile::Modern, false, false, 17, true};
   return profile == ReadingProfile::Legacy ? kLegacy : kModern;
 }
 

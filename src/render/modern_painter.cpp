@@ -40,6 +40,8 @@ class ModernPainter : public EntityPainter {
   QColor ColorOf(int32_t value, int32_t layer) const;
   double WeightPixels(int16_t weight) const;
   void UsePen(QColor color, double width, int32_t style);
+  // The brush for the fills that follow (an invalid colour: no fill).
+  void UseBrush(QColor color);
 
   void DrawLine(const LineEntity& l);
   void DrawSegment(const PolySegment& s, int32_t row);
@@ -73,7 +75,12 @@ class ModernPainter : public EntityPainter {
     bool operator==(const PenKey&) const = default;
   };
   PenKey penKey_{0, -1, -1};
+  std::vector<std::pair<PenKey, QPen>> pens_;  // the pens made so far in this redraw
+  QRgb brushKey_ = 0;                          // the brush's colour; 0 none
+  std::vector<std::pair<QRgb, QBrush>> brushes_;
   QPolygonF run_;
+  mutable int32_t lastBgr_ = -1;  // the colour ColorOf gave last
+  mutable QColor lastColor_;
   QTransform device_;  // drawing to device coordinates
 };
 
@@ -126,7 +133,12 @@ bool ModernPainter::VisibleRow(const Box& u, double margin) const {
 
 QColor ModernPainter::ColorOf(int32_t value, int32_t layer) const {
   if (toPrinter_ && zoom_.MonochromePrint) return Qt::black;
-  return Canvas::ToQColor(EntityRgb(value, layer, drawing_.Layers, zoom_.ColorByLayer, foreground_));
+  const int32_t bgr = EntityRgb(value, layer, drawing_.Layers, zoom_.ColorByLayer, foreground_);
+  if (bgr != lastBgr_) {
+    lastBgr_ = bgr;
+    lastColor_ = QColor::fromRgb(qRgb(bgr & 0xFF, (bgr >> 8) & 0xFF, (bgr >> 16) & 0xFF));
+  }
+  return lastColor_;
 }
 
 // A line weight in pixels at the picture's resolution, or 0 (a one-pixel pen) when line
@@ -142,6 +154,10 @@ void ModernPainter::UsePen(QColor color, double width, int32_t style) {
   const PenKey key{color.rgb(), width, style};
   if (key == penKey_) return;
   penKey_ = key;
+  // Entities of a few layers alternate: the pens are made once and handed out again.
+  for (const auto& [made, pen] : pens_) {
+    if (made == key) return painter_.setPen(pen);
+  }
   QPen pen(color, width, Qt::SolidLine, width > 1.5 ? Qt::RoundCap : Qt::FlatCap, Qt::RoundJoin);
   if (style >= Drawing::kFirstDashPattern) {
     const std::size_t i = std::size_t(style - Drawing::kFirstDashPattern);
@@ -153,7 +169,22 @@ void ModernPainter::UsePen(QColor color, double width, int32_t style) {
   } else if (style > 0) {
     pen.setStyle(Canvas::ToPenStyle(style));
   }
+  if (pens_.size() >= 64) pens_.erase(pens_.begin());
+  pens_.emplace_back(key, pen);
   painter_.setPen(pen);
+}
+
+void ModernPainter::UseBrush(QColor color) {
+  const QRgb key = color.isValid() ? color.rgba() : 0;
+  if (key == brushKey_) return;
+  brushKey_ = key;
+  if (!key) return painter_.setBrush(Qt::NoBrush);
+  for (const auto& [made, brush] : brushes_) {
+    if (made == key) return painter_.setBrush(brush);
+  }
+  if (brushes_.size() >= 64) brushes_.erase(brushes_.begin());
+  brushes_.emplace_back(key, QBrush(color));
+  painter_.setBrush(brushes_.back().second);
 }
 
 void ModernPainter::Draw(const SeqEntry& entry) {
@@ -212,7 +243,8 @@ void ModernPainter::DrawSegment(const PolySegment& s, int32_t row) {
   BulgeArc arc;
   const bool curved = s.Bulge != 0 && ArcOfBulge({s.X1, s.Y1}, {s.X2, s.Y2}, s.Bulge, arc);
   // An arc that strays less than half a pixel from its chord is drawn as the chord.
-  const double sagitta = std::abs(s.Bulge) * std::hypot(s.X2 - s.X1, s.Y2 - s.Y1) / 2 * e_.ViewScale;
+  const double dx = s.X2 - s.X1, dy = s.Y2 - s.Y1;
+  const double sagitta = std::abs(s.Bulge) * std::sqrt(dx * dx + dy * dy) / 2 * e_.ViewScale;
   if (!curved || sagitta < 0.5) return StrokeLine(At(s.X1, s.Y1), At(s.X2, s.Y2));
   double start = Radians(arc.startDegrees), end = Radians(arc.endDegrees);
   while (end <= start) end += 2 * M_PI;
@@ -222,9 +254,8 @@ void ModernPainter::DrawSegment(const PolySegment& s, int32_t row) {
 void ModernPainter::FillPolygon(const QPolygonF& polygon, QColor color) {
   penKey_ = {0, -1, -1};
   painter_.setPen(Qt::NoPen);
-  painter_.setBrush(color);
+  UseBrush(color);
   painter_.drawPolygon(ClipPolygon(polygon, view_.adjusted(-8, -8, 8, 8)), Qt::OddEvenFill);
-  painter_.setBrush(Qt::NoBrush);
 }
 
 // Moves a band's corners at `vertex` (its sides offset by `w` along `n` from the line
@@ -291,7 +322,12 @@ void ModernPainter::DrawWideSegment(const PolySegment& s, int32_t row, QColor co
 }
 
 void ModernPainter::DrawArc(const ArcEntity& a) {
-  if (!VisibleRow(RowBox(a))) return;
+  // The whole circle's box first: the arc's own box is needed only at the view's edge.
+  const Box circle{a.CenterX - a.Radius, a.CenterY - a.Radius, a.CenterX + a.Radius, a.CenterY + a.Radius};
+  if (!VisibleRow(circle)) return;
+  const ZoomRect& z = e_.CurrentZoom;
+  const bool inside = circle.minX >= z.left && circle.maxX <= z.right && circle.minY >= z.bottom && circle.maxY <= z.top;
+  if (!inside && !VisibleRow(RowBox(a))) return;
   UsePen(ColorOf(a.Color, a.Layer), WeightPixels(a.LineWeight), a.LineType);
   double start = Radians(a.StartAngle), end = Radians(a.EndAngle);
   if (a.StartAngle == a.EndAngle) start = 0, end = 2 * M_PI;
@@ -306,22 +342,34 @@ void ModernPainter::DrawEllipse(const EllipseEntity& el) {
 }
 
 void ModernPainter::StrokeCurve(PointD c, PointD u, PointD v, double t0, double t1) {
-  const double radius = std::max(Length(u), Length(v)) * e_.ViewScale;
+  const double radius = std::sqrt(std::max(u.x * u.x + u.y * u.y, v.x * v.x + v.y * v.y)) * e_.ViewScale;
   const double sweep = t1 - t0;
   if (!(radius > 0) || !(sweep > 0) || !std::isfinite(radius)) return;
-  // Chords within a quarter pixel of the curve.
-  const double step = radius > 0.25 ? 2 * std::acos(std::max(-1.0, 1 - 0.25 / radius)) : sweep;
+  // Chords within a quarter pixel of the curve: 2 acos(1 - 0.25 / r), which is
+  // 2 sqrt(0.5 / r) to within a tenth of a per cent from 100 pixels on.
+  const double step = radius > 100 ? 2 * std::sqrt(0.5 / radius)
+                      : radius > 0.25 ? 2 * std::acos(std::max(-1.0, 1 - 0.25 / radius))
+                                      : sweep;
   const int chords = int(std::clamp(std::ceil(sweep / step), 4.0, double(kMaxChords)));
   const double margin = 2 + painter_.pen().widthF();
   const QRectF bounds = view_.adjusted(-margin, -margin, margin, margin);
   run_.clear();
   QPointF previous;
+  // cos and sin of t stepped by rotation: one sincos for the whole curve.
+  const double dc = std::cos(sweep / chords), ds = std::sin(sweep / chords);
+  double ct = std::cos(t0), st = std::sin(t0);
   for (int i = 0; i <= chords; ++i) {
-    const double t = t0 + sweep * i / chords;
-    const QPointF p = At(c + u * std::cos(t) + v * std::sin(t));
+    if (i > 0) {
+      const double next = ct * dc - st * ds;
+      st = st * dc + ct * ds, ct = next;
+    }
+    const QPointF p = At(c + u * ct + v * st);
     if (i > 0) {
       QPointF a = previous, b = p;
-      const bool inside = bounds.contains(a) && bounds.contains(b);
+      auto in = [&bounds](QPointF q) {
+        return q.x() >= bounds.left() && q.x() <= bounds.right() && q.y() >= bounds.top() && q.y() <= bounds.bottom();
+      };
+      const bool inside = in(a) && in(b);
       if (inside || ClipSegment(a, b, bounds)) {
         if (run_.isEmpty() || run_.back() != a) {
           if (run_.size() > 1) painter_.drawPolyline(run_);
@@ -343,11 +391,9 @@ void ModernPainter::DrawSolid(const SolidEntity& s) {
   for (const QPointF& p : corners) box.Add({p.x(), p.y()});
   if (!Visible(box)) return;
   const QColor color = ColorOf(s.Color, s.Layer);
-  penKey_ = {0, -1, -1};
-  painter_.setPen(QPen(color, 0));
-  painter_.setBrush(color);
+  UsePen(color, 0, 0);
+  UseBrush(color);
   painter_.drawPolygon(ClipPolygon(corners, view_.adjusted(-4, -4, 4, 4)), Qt::OddEvenFill);
-  painter_.setBrush(Qt::NoBrush);
 }
 
 void ModernPainter::DrawHatch(const HatchEntity& h) {
@@ -373,9 +419,8 @@ void ModernPainter::DrawHatch(const HatchEntity& h) {
   const QColor color = h.Filling == HatchEntity::Fill::Background ? background_ : ColorOf(h.Color, h.Layer);
   penKey_ = {0, -1, -1};
   painter_.setPen(Qt::NoPen);
-  painter_.setBrush(color);
+  UseBrush(color);
   painter_.drawPath(path);
-  painter_.setBrush(Qt::NoBrush);
 }
 
 // Pattern lines across the boundary (even-odd inside), dashed as the pattern says. A
@@ -442,9 +487,8 @@ void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<QPo
     for (const QPolygonF& loop : loops) path.addPolygon(ClipPolygon(loop, view_.adjusted(-8, -8, 8, 8)));
     penKey_ = {0, -1, -1};
     painter_.setPen(Qt::NoPen);
-    painter_.setBrush(mixed);
+    UseBrush(mixed);
     painter_.drawPath(path);
-    painter_.setBrush(Qt::NoBrush);
   }
 }
 
@@ -509,6 +553,7 @@ void ModernPainter::DrawPoint(const PointEntity& p) {
     case 4: painter_.drawLine(QLineF(c, QPointF(c.x(), c.y() - r))); break;
     default: break;
   }
+  UseBrush(QColor());
   if (style.Mode & 32) painter_.drawEllipse(c, r, r);
   if (style.Mode & 64) painter_.drawRect(QRectF(c.x() - r, c.y() - r, size, size));
 }

@@ -122,6 +122,17 @@ bool ZoomState::DrawPass(const ZoomRect& window, Surface& surface, QPaintDevice*
   QPainter painter(device);
   Canvas canvas(painter);
   std::unique_ptr<EntityPainter> painterOfKinds = MakePainter(canvas, surface, toPrinter);
+  if (drawing_.Rules().IndexedRedraw) DrawIndexed(*painterOfKinds, surface);
+  else DrawEvery(*painterOfKinds, surface);
+  painterOfKinds.reset();
+  if (toPrinter) AddPrintBorder(canvas, lineHeight);
+  painter.end();
+  surface.Refresh();
+  return true;
+}
+
+// Every entry in file order, the picture refreshed every 0.5 % of them.
+void ZoomState::DrawEvery(EntityPainter& painter, Surface& surface) {
   const int32_t count = drawing_.SeqCount();
   const float step = 50000.0f / float(count);
   float threshold = step;
@@ -137,17 +148,61 @@ bool ZoomState::DrawPass(const ZoomRect& window, Surface& surface, QPaintDevice*
         sinceAsked.restart();
         if (!KeepDrawing()) {
           Interrupted = true;
-          break;
+          return;
         }
       }
     }
-    painterOfKinds->Draw(drawing_.DrawSeq[std::size_t(i - 1)]);
+    painter.Draw(drawing_.DrawSeq[std::size_t(i - 1)]);
   }
-  painterOfKinds.reset();
-  if (toPrinter) AddPrintBorder(canvas, lineHeight);
-  painter.end();
-  surface.Refresh();
-  return true;
+}
+
+// The entries in file order, only those the spatial index finds in the view when the
+// view shows less than a quarter of the drawing; what is drawn is shown every 100 ms.
+void ZoomState::DrawIndexed(EntityPainter& painter, Surface& surface) {
+  const DXFEngine& e = Engine;
+  const ZoomRect& z = e.CurrentZoom;
+  // Pens reach beyond the boxes by half their width (line weights up to 2.11 mm).
+  const double pen = Display.LineWeights ? 2.11 / 25.4 * Display.Dpi : 1;
+  const double margin = (2 + pen) / e.ViewScale;
+  const Box view{z.left - margin, z.bottom - margin, z.right + margin, z.top + margin};
+  const ZoomRect& all = ExtentsZoom;
+  const double viewArea = (z.right - z.left) * (z.top - z.bottom);
+  const double allArea = std::abs((all.right - all.left) * (all.top - all.bottom));
+  const bool part = std::isfinite(viewArea) && allArea > 0 && viewArea < allArea / 4;
+  if (part && (!Index || Index->generation() != drawing_.Generation())) Index = std::make_unique<SpatialIndex>(drawing_);
+  if (part) {
+    Index->Query(view, visible_);
+    // The entries and their rows lie far apart in memory: fetched all at once here, their
+    // loads overlap instead of stalling the draw one by one.
+    visibleEntries_.clear();
+    visibleEntries_.reserve(visible_.size());
+    for (int32_t at : visible_) {
+      const SeqEntry& entry = drawing_.DrawSeq[std::size_t(at)];
+      visibleEntries_.push_back(entry);
+      VisitRow(drawing_, entry, [](const auto& row) { __builtin_prefetch(&row); });
+    }
+  }
+  const std::size_t count = part ? visibleEntries_.size() : drawing_.DrawSeq.size();
+  Interrupted = false;
+  QElapsedTimer sinceShown, sinceAsked;
+  sinceShown.start();
+  sinceAsked.start();
+  for (std::size_t i = 0; i < count; ++i) {
+    if ((i & 255) == 255) {
+      if (sinceShown.elapsed() >= 100) {
+        surface.Refresh();
+        sinceShown.restart();
+      }
+      if (KeepDrawing && sinceAsked.elapsed() >= 50) {
+        sinceAsked.restart();
+        if (!KeepDrawing()) {
+          Interrupted = true;
+          return;
+        }
+      }
+    }
+    painter.Draw(part ? visibleEntries_[i] : drawing_.DrawSeq[i]);
+  }
 }
 
 }  // namespace dxfimport

@@ -10,6 +10,7 @@
 #include "render/canvas.h"
 #include "render/engine.h"
 #include "render/surface.h"
+#include "render/spatial_index.h"
 #include "render/text_layout.h"
 
 class QPaintDevice;
@@ -48,6 +49,7 @@ class ZoomState {
   bool MonochromePrint = false;     // the printer draws every entity in colour 0
   DisplayOptions Display;           // modern profile
   TextLayouts Texts;                // the texts laid out, kept between redraws
+  std::unique_ptr<SpatialIndex> Index;  // built at the first redraw of part of the drawing
   std::string FileName;             // named in the print border's caption
   QPagedPaintDevice* Printer = nullptr;  // the printer target (a PDF writer)
   // Asked at the redraw's refresh points, at most every 50 ms: lets the window run its
@@ -89,6 +91,10 @@ class ZoomState {
   template <class Real>
   bool FitWindow(const ZoomRect& window);
   std::unique_ptr<EntityPainter> MakePainter(Canvas& canvas, const Surface& surface, bool toPrinter);
+  void DrawEvery(EntityPainter& painter, Surface& surface);
+  void DrawIndexed(EntityPainter& painter, Surface& surface);
+  std::vector<int32_t> visible_;         // the positions of the entries DrawIndexed draws
+  std::vector<SeqEntry> visibleEntries_;  // and the entries themselves
 
   Drawing& drawing_;
   bool inProgress_ = false;
