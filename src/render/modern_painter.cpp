@@ -345,11 +345,8 @@ void ModernPainter::StrokeCurve(PointD c, PointD u, PointD v, double t0, double 
   const double radius = std::sqrt(std::max(u.x * u.x + u.y * u.y, v.x * v.x + v.y * v.y)) * e_.ViewScale;
   const double sweep = t1 - t0;
   if (!(radius > 0) || !(sweep > 0) || !std::isfinite(radius)) return;
-  // Chords within a quarter pixel of the curve: 2 acos(1 - 0.25 / r), which is
-  // 2 sqrt(0.5 / r) to within a tenth of a per cent from 100 pixels on.
-  const double step = radius > 100 ? 2 * std::sqrt(0.5 / radius)
-                      : radius > 0.25 ? 2 * std::acos(std::max(-1.0, 1 - 0.25 / radius))
-                                      : sweep;
+  // Chords within a quarter pixel of the curve.
+  const double step = radius > 0.25 ? 2 * std::acos(std::max(-1.0, 1 - 0.25 / radius)) : sweep;
   const int chords = int(std::clamp(std::ceil(sweep / step), 4.0, double(kMaxChords)));
   const double margin = 2 + painter_.pen().widthF();
   const QRectF bounds = view_.adjusted(-margin, -margin, margin, margin);
