@@ -5,11 +5,15 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QLineEdit>
+#include <QPainter>
+#include <QPixmap>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include "dxf/colors.h"
 #include "dxf/drawing.h"
 #include "render/redraw.h"
 #include "support/log.h"
@@ -34,6 +38,17 @@ void Step(const char* procedure, F&& f) {
 }
 
 int32_t ToRgb(const QColor& c) { return c.red() | (c.green() << 8) | (c.blue() << 16); }
+
+// A small square in a colour number's colour (blue, green, red from the high byte down),
+// framed so that white shows.
+QIcon Swatch(int32_t bgr) {
+  QPixmap pixmap(14, 14);
+  pixmap.fill(QColor(bgr & 0xFF, (bgr >> 8) & 0xFF, (bgr >> 16) & 0xFF));
+  QPainter painter(&pixmap);
+  painter.setPen(Qt::gray);
+  painter.drawRect(0, 0, 13, 13);
+  return QIcon(pixmap);
+}
 
 }  // namespace
 
@@ -72,6 +87,19 @@ frmLayer::frmLayer(QWidget* owner, Drawing& drawing, ZoomState& zoom, std::funct
   grdLayer_->setColumnWidth(1, 113);
   grdLayer_->horizontalHeader()->setStretchLastSection(true);
   grdLayer_->setMinimumSize(440, 200);
+  // A click on the name column's header sorts by name (again: the other way round).
+  grdLayer_->horizontalHeader()->setSectionsClickable(true);
+  connect(grdLayer_->horizontalHeader(), &QHeaderView::sectionClicked, this, [this](int section) {
+    if (section != 0) return;
+    cboOnOff_->hide();
+    sortOrder_ = sortOrder_ == Qt::AscendingOrder ? Qt::DescendingOrder : Qt::AscendingOrder;
+    grdLayer_->sortItems(0, sortOrder_);
+  });
+  filter_ = new QLineEdit(this);
+  filter_->setObjectName("txtFilter");
+  filter_->setPlaceholderText(Text(1044));
+  filter_->setClearButtonEnabled(true);
+  connect(filter_, &QLineEdit::textChanged, this, &frmLayer::FilterRows);
   cboOnOff_ = new QComboBox(grdLayer_->viewport());
   cboOnOff_->setObjectName("cboOnOff");
   cboOnOff_->addItems({Text(1010), Text(1011)});
@@ -105,8 +133,11 @@ frmLayer::frmLayer(QWidget* owner, Drawing& drawing, ZoomState& zoom, std::funct
   side->addStretch();
   side->addWidget(apply);
   side->addWidget(ok);
+  auto* list = new QVBoxLayout;
+  list->addWidget(filter_);
+  list->addWidget(grdLayer_, 1);
   auto* layout = new QHBoxLayout(this);
-  layout->addWidget(grdLayer_, 1);
+  layout->addLayout(list, 1);
   layout->addLayout(side);
 
   connect(grdLayer_, &QTableWidget::itemSelectionChanged, this, &frmLayer::grdLayer_SelChange);
@@ -125,8 +156,12 @@ void frmLayer::FillGrid() {
       item->setTextAlignment(Qt::AlignLeft | Qt::AlignVCenter);
       return item;
     };
-    grdLayer_->setItem(i, 0, cell(QString::fromStdString(PadToWidth(layer.Name, 20))));
-    grdLayer_->setItem(i, 1, cell(QString::number(layer.Color & 0xFFFFFF)));
+    QTableWidgetItem* name = cell(QString::fromStdString(PadToWidth(layer.Name, 20)));
+    name->setData(Qt::UserRole, i);  // the layer's row, whatever order the grid is sorted in
+    grdLayer_->setItem(i, 0, name);
+    QTableWidgetItem* colour = cell(QString::number(layer.Color & 0xFFFFFF));
+    colour->setIcon(Swatch(EntityRgb(0, i + 1, drawing_.Layers, true, 0)));
+    grdLayer_->setItem(i, 1, colour);
     grdLayer_->setItem(i, 2, cell(layer.IsOn ? Text(1010) : Text(1011)));
   }
   if (grdLayer_->rowCount() > 0) grdLayer_->setCurrentCell(0, 0);
@@ -190,6 +225,7 @@ void frmLayer::cmdColor_Click() {
     if (!chosen) return;  // cancelled: nothing changes
     grdLayer_->setCurrentCell(row, 1);
     grdLayer_->item(row, 1)->setText(QString::number(ToRgb(*chosen)));
+    grdLayer_->item(row, 1)->setIcon(Swatch(ToRgb(*chosen)));
     SetLayerState();
     dirty_ = true;
   });
@@ -203,7 +239,7 @@ void frmLayer::cmdClose_Click(int index) {
     for (int i = 0; i < drawing_.LayerCount(); ++i) {
       const QString color = grdLayer_->item(i, 1)->text();
       if (!HasLeadingNumber(color.toStdString())) throw RunTimeError(kErrTypeMismatch);
-      LayerEntry& layer = drawing_.Layers[std::size_t(i)];
+      LayerEntry& layer = drawing_.Layers[std::size_t(grdLayer_->item(i, 0)->data(Qt::UserRole).toInt())];
       layer.Color = CLng(Val(color.toStdString()));
       layer.IsOn = grdLayer_->item(i, 2)->text().compare(Text(1010), Qt::CaseInsensitive) == 0 ? -1 : 0;
     }
@@ -213,6 +249,14 @@ void frmLayer::cmdClose_Click(int index) {
       dirty_ = false;
     }
   });
+}
+
+// Shows only the layers whose name holds the typed text (case aside).
+void frmLayer::FilterRows(const QString& text) {
+  cboOnOff_->hide();
+  const QString wanted = text.trimmed();
+  for (int i = 0; i < grdLayer_->rowCount(); ++i)
+    grdLayer_->setRowHidden(i, !wanted.isEmpty() && !grdLayer_->item(i, 0)->text().contains(wanted, Qt::CaseInsensitive));
 }
 
 }  // namespace dxfimport

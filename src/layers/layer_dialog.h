@@ -7,6 +7,7 @@
 #include <optional>
 
 class QComboBox;
+class QLineEdit;
 class QPushButton;
 class QRadioButton;
 class QTableWidget;
@@ -17,8 +18,9 @@ class Drawing;
 class ZoomState;
 
 // The layer dialog: one grid row per layer (name with its padding, colour as a decimal RGB
-// number, "On" or "Off" chosen from a drop-down placed over the cell), a colour for the
-// current layer, and the choice between entity and layer colours. Apply and OK write the
+// number with a swatch of it, "On" or "Off" chosen from a drop-down placed over the cell),
+// sorted by name on a click of its header and narrowed to the names holding a typed text,
+// a colour for the current layer, and the choice between entity and layer colours. Apply and OK write the
 // grid back to the layer table and ask for a redraw when something changed.
 class frmLayer : public QDialog {
  public:
@@ -40,8 +42,10 @@ class frmLayer : public QDialog {
   void grdLayer_SelChange();
   void cboOnOff_LostFocus();
   void SetLayerState();
+  void FilterRows(const QString& text);
 
   QTableWidget* grid() const { return grdLayer_; }
+  QLineEdit* filter() const { return filter_; }
   QComboBox* onOff() const { return cboOnOff_; }
   bool dirty() const { return dirty_; }
 
@@ -60,6 +64,8 @@ class frmLayer : public QDialog {
   QComboBox* cboOnOff_ = nullptr;
   QPushButton* cmdColor_ = nullptr;
   QRadioButton* option1_[2] = {nullptr, nullptr};
+  QLineEdit* filter_ = nullptr;
+  Qt::SortOrder sortOrder_ = Qt::DescendingOrder;  // the first click sorts ascending
 };
 
 }  // namespace dxfimport

@@ -97,7 +97,7 @@ ModernPainter::ModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& ca
       device_(e_.ViewScale, 0, 0, -e_.ViewScale, -e_.OriginX * e_.ViewScale,
               e_.DeviceHeight + e_.OriginY * e_.ViewScale) {
   painter_.save();
-  painter_.setRenderHint(QPainter::Antialiasing, false);
+  painter_.setRenderHint(QPainter::Antialiasing, zoom_.Display.Antialias);
   painter_.setBrush(Qt::NoBrush);
   for (const std::vector<double>& pattern : drawing.DashPatterns)
     dashPatterns_.push_back(Canvas::PixelPattern(pattern, e_.ViewScale));

@@ -25,6 +25,7 @@ ZoomRect ExtentsOf(const Drawing& drawing);
 struct DisplayOptions {
   bool LineWeights = false;  // line weights (group 370) drawn as pen widths, as CAD tools offer
   double Dpi = 96;           // the picture's resolution, for line weights in millimetres
+  bool Antialias = false;    // lines and fills drawn with smoothed edges
 };
 
 // Draws one item of the drawing order into a canvas; one per profile.
@@ -84,6 +85,14 @@ class ZoomState {
   ZoomRect WindowOfPixels(int minX, int minY, int maxX, int maxY, int height) const;
 
   void AddToPrevZoomStack(const ZoomRect& r);
+
+  // The drawing point under the device pixel (x, y) of the current view.
+  PointD DrawingPoint(double x, double y) const;
+  // The current window made `factor` times smaller (larger for a factor below 1) about the
+  // device pixel (x, y), whose drawing point stays under it; its aspect is the view's.
+  ZoomRect ZoomedAbout(double x, double y, double factor) const;
+  // The current window moved so that the drawing follows a drag of (dx, dy) pixels.
+  ZoomRect Panned(double dx, double dy) const;
 
  private:
   void AddPrintBorder(Canvas& canvas, int32_t lineHeight);

@@ -62,6 +62,27 @@ ZoomRect ZoomState::WindowOfPixels(int minX, int minY, int maxX, int maxY, int h
                                           : PixelWindow<double>(Engine, minX, minY, maxX, maxY, height);
 }
 
+PointD ZoomState::DrawingPoint(double x, double y) const {
+  const DXFEngine& e = Engine;
+  if (e.ViewScale == 0) return {};
+  return {e.CurrentZoom.left + x / e.ViewScale, e.CurrentZoom.bottom + (e.DeviceHeight - y) / e.ViewScale};
+}
+
+ZoomRect ZoomState::ZoomedAbout(double x, double y, double factor) const {
+  const ZoomRect& z = Engine.CurrentZoom;
+  if (Engine.ViewScale == 0 || !(factor > 0)) return z;
+  const PointD p = DrawingPoint(x, y);
+  return {p.x - (p.x - z.left) / factor, p.y + (z.top - p.y) / factor, p.x + (z.right - p.x) / factor,
+          p.y - (p.y - z.bottom) / factor};
+}
+
+ZoomRect ZoomState::Panned(double dx, double dy) const {
+  const ZoomRect& z = Engine.CurrentZoom;
+  if (Engine.ViewScale == 0) return z;
+  const double ux = dx / Engine.ViewScale, uy = dy / Engine.ViewScale;
+  return {z.left - ux, z.top + uy, z.right - ux, z.bottom + uy};
+}
+
 // The oldest of four windows falls off; the fifth slot is never written.
 void ZoomState::AddToPrevZoomStack(const ZoomRect& r) {
   for (int i = 3; i >= 1; --i) PrevZoom[std::size_t(i)] = PrevZoom[std::size_t(i - 1)];

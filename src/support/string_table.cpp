@@ -104,6 +104,12 @@ constexpr std::array kTable = std::to_array<Entry>({
     {1070, "Entity &Budget...", "図形数の上限(&B)..."},
     {1071, "Rows a drawing may hold; an insert that would pass them is left out (0: as many as a quarter of the memory holds, at most 50 million):",
      "図面が保持できる行数。これを超える挿入は省略されます (0: メモリの 4 分の 1 に収まる数、最大 5000 万):"},
+    {1072, "Picture &Follows the Window", "ウィンドウに合わせて表示(&F)"},
+    {1073, "S&mooth Lines", "線を滑らかに表示(&M)"},
+    {1074, "&Previous View", "前の表示(&P)"},
+    {1075, "Recent &Files", "最近使ったファイル(&R)"},
+    {1076, "X: %1   Y: %2   Zoom: %3 %", "X: %1   Y: %2   ズーム: %3 %"},
+    {1077, "Zoom &In", "中心で拡大(&I)"},
 });
 
 static_assert(std::is_sorted(kTable.begin(), kTable.end(),

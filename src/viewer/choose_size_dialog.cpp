@@ -85,8 +85,7 @@ void frmChooseSize::cmd1_Click(int index) {
       int selected = SelectedOption();
       if (selected >= 0) {
         const Size& size = kSizes[std::size_t(selected)];
-        owner_.Picture1()->ResizePicture(size.width, size.height);
-        owner_.ZoomReset();
+        owner_.ChoosePictureSize(size.width, size.height);
       }
       accept();
       return;

@@ -123,6 +123,7 @@ frmImport::frmImport(bool startedForAutomation, QWidget* parent)
   picture_->onMouseMove = [this](int x, int y) { Picture1_MouseMove(x, y); };
   picture_->onMouseUp = [this](int x, int y) { Picture1_MouseUp(x, y); };
 
+  zoom_.Display.Antialias = QSettings(kOrganization, kProgram).value("Viewer/SmoothLines", false).toBool();
   CreateMenus();
   CreateToolbar();
   layoutMenu_->setEnabled(false);
@@ -134,6 +135,7 @@ frmImport::frmImport(bool startedForAutomation, QWidget* parent)
     QRect area = screen->availableGeometry();
     move(area.x() + (area.width() - width()) / 2, area.y() + (area.height() - height()) / 2);
   }
+  SetupNavigation();
   // The exit items shown depend only on how the program was started.
   exitItems_[0]->setVisible(startedForAutomation_);
   exitItems_[1]->setVisible(startedForAutomation_);
@@ -160,8 +162,11 @@ void frmImport::CreateMenus() {
   };
   QMenu* file = menu(1026, "mnuFile");
   connect(file, &QMenu::aboutToShow, this, &frmImport::mnuFile_Click);
-  item(file, 1027, "MnuFileOpen", [this] { FileOpen(true); });
-  item(file, 1028, "mnuFileSaveAsBitmap", &frmImport::mnuFileSaveAsBitmap_Click);
+  item(file, 1027, "MnuFileOpen", [this] { FileOpen(true); })->setShortcut(QKeySequence::Open);
+  item(file, 1028, "mnuFileSaveAsBitmap", &frmImport::mnuFileSaveAsBitmap_Click)->setShortcut(QKeySequence::Save);
+  recentMenu_ = file->addMenu(QString());
+  recentMenu_->setObjectName("mnuFileRecent");
+  captioned_[1075] = recentMenu_->menuAction();
   file->addSeparator()->setObjectName("mnufilesep1");
   exitItems_[0] = item(file, 1029, "mnuFileExit0", [this] { mnuFileExit_Click(0); });
   exitItems_[1] = item(file, 1054, "mnuFileExit1", [this] { mnuFileExit_Click(1); });
@@ -172,7 +177,8 @@ void frmImport::CreateMenus() {
 
   QMenu* options = menu(1033, "mnuOptionS");
   connect(options, &QMenu::aboutToShow, this, &frmImport::mnuoptions_Click);
-  item(options, 1034, "mnuOptionForecolor", &frmImport::mnuOptionForecolor_Click);
+  item(options, 1034, "mnuOptionForecolor", &frmImport::mnuOptionForecolor_Click)
+      ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_L));
   item(options, 1035, "mnuOptionColor", &frmImport::mnuOptionColor_Click);
   item(options, 1036, "mnuOptionSize", &frmImport::mnuOptionSize_Click);
   item(options, 1048, "mnuOptionProperties", [this] {
@@ -192,6 +198,14 @@ void frmImport::CreateMenus() {
   }
 
   options->addSeparator();
+  QAction* follow = item(options, 1072, "mnuOptionFollow", [] {});
+  follow->setCheckable(true);
+  follow->setChecked(QSettings(kOrganization, kProgram).value("Viewer/FollowWindow", true).toBool());
+  connect(follow, &QAction::toggled, this, &frmImport::SetFollowWindow);
+  QAction* smooth = item(options, 1073, "mnuOptionSmooth", [] {});
+  smooth->setCheckable(true);
+  smooth->setChecked(zoom_.Display.Antialias);
+  connect(smooth, &QAction::toggled, this, &frmImport::mnuOptionSmooth_Click);
   QAction* weights = item(options, 1062, "mnuOptionLineWeights", [] {});
   weights->setCheckable(true);
   weights->setChecked(zoom_.Display.LineWeights);
@@ -207,9 +221,14 @@ void frmImport::CreateMenus() {
 
   QMenu* zoomMenu = menu(1037, "mnuZoom");
   connect(zoomMenu, &QMenu::aboutToShow, this, &frmImport::mnuZoom_Click);
-  item(zoomMenu, 1038, "mnuZoomReset", &frmImport::mnuZoomReset_Click);
+  item(zoomMenu, 1038, "mnuZoomReset", &frmImport::mnuZoomReset_Click)
+      ->setShortcuts({QKeySequence(Qt::Key_Home), QKeySequence(Qt::Key_F)});
   item(zoomMenu, 1039, "mnuZoomPlus", &frmImport::mnuZoomPlus_Click);
-  item(zoomMenu, 1040, "mnuZoomMinus", &frmImport::mnuZoomMinus_Click);
+  item(zoomMenu, 1040, "mnuZoomMinus", &frmImport::mnuZoomMinus_Click)
+      ->setShortcuts({QKeySequence(Qt::Key_Minus), QKeySequence(QKeySequence::ZoomOut)});
+  item(zoomMenu, 1077, "mnuZoomIn", &frmImport::ZoomIn)
+      ->setShortcuts({QKeySequence(Qt::Key_Plus), QKeySequence(Qt::Key_Equal), QKeySequence(QKeySequence::ZoomIn)});
+  item(zoomMenu, 1074, "mnuZoomPrevious", &frmImport::PreviousView)->setShortcut(QKeySequence(Qt::Key_Backspace));
 
   QMenu* help = menu(1041, "mnuHelp");
   item(help, 1042, "mnuHelpHelp", &frmImport::mnuHelpHelp_Click)->setShortcut(QKeySequence::HelpContents);
@@ -281,10 +300,16 @@ void frmImport::UpdateCaption(bool withFile) {
 }
 
 void frmImport::FileOpen(bool showDialog) {
+  if (Busy()) return;
   picture_->Cls();
   setBooGear1Visible(false);
+  history_.clear();
   booPictureLoaded = OpenDXFFile(showDialog);
   SetZoomButtons(booPictureLoaded);
+  if (booPictureLoaded) AddRecentFile(gstrDXFFileName);
+  // The commands' shortcuts follow what the menus would offer now.
+  mnuZoom_Click();
+  mnuFile_Click();
 }
 
 bool frmImport::OpenDXFFile(bool showDialog) {
@@ -332,6 +357,7 @@ bool frmImport::OpenDXFFile(bool showDialog) {
   picture_->Refresh();
   UpdateCaption(true);
   if (drawn) rememberDirectory_ = true;
+  LogView();
   return true;
 }
 
@@ -459,7 +485,8 @@ void frmImport::Picture1_MouseUp(int x, int y) {
 }
 
 void frmImport::mnuZoom_Click() {
-  for (const char* name : {"mnuZoomReset", "mnuZoomPlus", "mnuZoomMinus"}) Action(name)->setEnabled(booPictureLoaded);
+  for (const char* name : {"mnuZoomReset", "mnuZoomPlus", "mnuZoomMinus", "mnuZoomIn"})
+    Action(name)->setEnabled(booPictureLoaded);
 }
 
 void frmImport::mnuoptions_Click() {
@@ -568,6 +595,7 @@ void frmImport::mnuFileExit_Click(int index) {
 }
 
 void frmImport::closeEvent(QCloseEvent* event) {
+  SaveWindowGeometry();
   if (event->spontaneous()) {
     hide();
     if (startedForAutomation_) {
@@ -586,6 +614,7 @@ void frmImport::hideEvent(QHideEvent* event) {
 }
 
 void frmImport::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Space && !event->isAutoRepeat()) spaceDown_ = true;
   if (event->key() != Qt::Key_Escape) return QMainWindow::keyPressEvent(event);
   if (Busy()) return RequestStop();
   QAction* magPlus = toolbarButtons_["MagPlus"];

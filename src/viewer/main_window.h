@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QImage>
 #include <QMainWindow>
+#include <QStringList>
 
 #include <functional>
 #include <optional>
@@ -21,6 +22,7 @@ class QLabel;
 class QMenu;
 class QProgressBar;
 class QPushButton;
+class QTimer;
 class QScrollArea;
 class QToolBar;
 
@@ -107,6 +109,23 @@ class frmImport : public QMainWindow {
   void SetEntityBudget(int64_t budget);
   int64_t entityBudget() const { return entityBudget_; }
 
+  // Navigation (navigation.cpp). The picture follows the window's size unless a size was
+  // chosen in the picture-size dialog; the wheel zooms about the pointer (1.25 a notch),
+  // the middle button (or Space with the left) drags the view, a middle double click
+  // shows the extents; the status bar shows the pointer's drawing coordinates and the
+  // zoom.
+  bool followsWindow() const { return followWindow_; }
+  void SetFollowWindow(bool follow);
+  // The picture-size dialog's choice: a fixed picture of this size.
+  void ChoosePictureSize(int width, int height);
+  void WheelZoom(QPointF at, double notches);
+  void ZoomIn();                  // about the picture's centre, twice
+  void PreviousView();            // back to the view before the last zoom or pan
+  QString coordinatesText() const;
+  void OpenFile(const QString& file);  // as a dropped file or a recent file is opened
+  QStringList recentFiles() const { return recent_; }
+  void mnuOptionSmooth_Click(bool checked);
+
   // Called whenever the window is hidden (the modal viewer of the host ends then).
   std::function<void()> onHidden;
 
@@ -130,6 +149,10 @@ class frmImport : public QMainWindow {
  protected:
   void closeEvent(QCloseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
+  void keyReleaseEvent(QKeyEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
   void hideEvent(QHideEvent* event) override;
 
  private:
@@ -142,6 +165,16 @@ class frmImport : public QMainWindow {
   void SetZoomButtons(bool enabled);
   void FillLayoutMenu(const LoadOutcome& outcome);
   void ShowLoadStatus(const LoadOutcome& outcome);
+  void SetupNavigation();
+  void FitPictureToWindow();
+  bool Gesture(QMouseEvent* event);
+  void ShowView(const ZoomRect& window);  // drawn off the screen, then shown at once
+  void RememberView();
+  void LogView() const;
+  void ShowCoordinates(std::optional<QPoint> at);
+  void AddRecentFile(const std::string& file);
+  void FillRecentMenu();
+  void SaveWindowGeometry();
   bool KeepDrawing();
   QString DefaultOpenFile();
   QString DefaultSaveFile();
@@ -168,6 +201,14 @@ class frmImport : public QMainWindow {
   bool loadStopped_ = false;
   LoadReport report_;
   int64_t entityBudget_ = 0;
+  bool followWindow_ = true;
+  QTimer* fitTimer_ = nullptr;
+  bool panning_ = false, spaceDown_ = false, panRedrawPending_ = false;
+  QPoint panFrom_;                 // where the drag started (picture pixels)
+  std::vector<ZoomRect> history_;  // the views before each zoom or pan, newest last
+  QLabel* coordinates_ = nullptr;
+  QMenu* recentMenu_ = nullptr;
+  QStringList recent_;
   QToolBar* toolbar_ = nullptr;
   QMenu* layoutMenu_ = nullptr;
   std::string layout_;  // the layout the next read shows ("" model space)

@@ -4,6 +4,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <optional>
 
 #include "render/surface.h"
 
@@ -30,6 +31,20 @@ class PictureBox : public QWidget, public Surface {
   void SetRubberBand(const QRect& band);
   // Mouse presses, moves and releases on the picture, in picture pixels.
   std::function<void(int, int)> onMouseDown, onMouseMove, onMouseUp;
+  // Seen first: a press, move, release or double click that this returns true for goes
+  // no further (the viewer's pan and zoom gestures).
+  std::function<bool(QMouseEvent*)> onGesture;
+  // The wheel turned over the picture: where, and by how many notches (positive away from
+  // the user).
+  std::function<void(QPointF, double)> onWheel;
+  // The pointer moved over the picture (buttons or not); left it (nullopt).
+  std::function<void(std::optional<QPoint>)> onHover;
+  // Shows the picture moved by `offset` pixels, the uncovered part in the background
+  // colour (a pan under way); (0, 0) ends it.
+  void SetPanOffset(QPoint offset);
+  QPoint panOffset() const { return panOffset_; }
+  // Replaces the picture with one of the same size (drawn off the screen).
+  void SetImage(const QImage& image);
   // A new, cleared picture of this size; the widget takes the same size.
   void ResizePicture(int width, int height);
   const QImage& image() const { return image_; }
@@ -39,11 +54,15 @@ class PictureBox : public QWidget, public Surface {
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void wheelEvent(QWheelEvent* event) override;
+  void leaveEvent(QEvent* event) override;
 
  private:
   QImage image_;
   QColor background_ = Qt::white;
   QRect rubberBand_;
+  QPoint panOffset_;
 };
 
 }  // namespace dxfimport
