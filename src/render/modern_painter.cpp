@@ -98,6 +98,7 @@ ModernPainter::ModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& ca
               e_.DeviceHeight + e_.OriginY * e_.ViewScale) {
   painter_.save();
   painter_.setRenderHint(QPainter::Antialiasing, zoom_.Display.Antialias);
+  painter_.setRenderHint(QPainter::TextAntialiasing, true);
   painter_.setBrush(Qt::NoBrush);
   for (const std::vector<double>& pattern : drawing.DashPatterns)
     dashPatterns_.push_back(Canvas::PixelPattern(pattern, e_.ViewScale));
@@ -501,15 +502,14 @@ void ModernPainter::DrawText(const TextLayout& layout, int32_t colorValue, int32
   if (!toDevice.mapRect(covered).intersects(view_)) return;
   const QColor own = ColorOf(colorValue, layer);
   penKey_ = {0, -1, -1};
-  painter_.save();
   if (layout.fill) {
-    const QColor fill = layout.fillBackground ? background_ : ColorOf(layout.fillColor, layer);
     painter_.setPen(Qt::NoPen);
-    painter_.setBrush(fill);
+    UseBrush(layout.fillBackground ? background_ : ColorOf(layout.fillColor, layer));
     painter_.drawPolygon(toDevice.map(QPolygonF(*layout.fill)));
   }
+  // Glyphs and their strokes with smoothed edges; the painter's state is put back by
+  // hand below (cheaper than saving and restoring all of it for every text).
   painter_.setRenderHint(QPainter::Antialiasing, true);
-  painter_.setRenderHint(QPainter::TextAntialiasing, true);
   for (const TextLayout::Run& run : layout.runs) {
     const QTransform glyphs(run.scale * run.widthScale, 0, -run.shear * run.scale, -run.scale, run.origin.x(),
                             run.origin.y());
@@ -522,7 +522,7 @@ void ModernPainter::DrawText(const TextLayout& layout, int32_t colorValue, int32
     painter_.setPen(QPen(stroke.color ? ColorOf(stroke.color, layer) : own, std::max(1.0, capPixels * 0.07)));
     painter_.drawLine(toDevice.map(stroke.line));
   }
-  painter_.restore();
+  painter_.setRenderHint(QPainter::Antialiasing, zoom_.Display.Antialias);
 }
 
 // A point in the drawing's point style: a dot, a plus, a cross or a tick, with a circle

@@ -5,7 +5,10 @@
 #include <QElapsedTimer>
 #include <QPainter>
 
+#include <atomic>
 #include <cmath>
+#include <future>
+#include <thread>
 
 #include "support/messages.h"
 #include "support/numbers.h"
@@ -122,7 +125,9 @@ bool ZoomState::DrawPass(const ZoomRect& window, Surface& surface, QPaintDevice*
   QPainter painter(device);
   Canvas canvas(painter);
   std::unique_ptr<EntityPainter> painterOfKinds = MakePainter(canvas, surface, toPrinter);
-  if (drawing_.Rules().IndexedRedraw) DrawIndexed(*painterOfKinds, surface);
+  // Onto the surface's own picture the second half of a long redraw may be drawn beside
+  // the first; a metafile or a printer page is drawn in one go.
+  if (drawing_.Rules().IndexedRedraw) DrawIndexed(*painterOfKinds, surface, metafile || toPrinter ? nullptr : &painter);
   else DrawEvery(*painterOfKinds, surface);
   painterOfKinds.reset();
   if (toPrinter) AddPrintBorder(canvas, lineHeight);
@@ -157,8 +162,11 @@ void ZoomState::DrawEvery(EntityPainter& painter, Surface& surface) {
 }
 
 // The entries in file order, only those the spatial index finds in the view when the
-// view shows less than a quarter of the drawing; what is drawn is shown every 100 ms.
-void ZoomState::DrawIndexed(EntityPainter& painter, Surface& surface) {
+// view shows less than a quarter of the drawing; what is drawn is shown every 100 ms. A
+// long list whose second half draws only opaque, unclipped ink is drawn in two halves
+// at once, the second on a transparent picture of its own laid over the first: the same
+// pixels, in about half the time on two processors.
+void ZoomState::DrawIndexed(EntityPainter& painter, Surface& surface, QPainter* composite) {
   const DXFEngine& e = Engine;
   const ZoomRect& z = e.CurrentZoom;
   // Pens reach beyond the boxes by half their width (line weights up to 2.11 mm).
@@ -182,12 +190,33 @@ void ZoomState::DrawIndexed(EntityPainter& painter, Surface& surface) {
       VisitRow(drawing_, entry, [](const auto& row) { __builtin_prefetch(&row); });
     }
   }
-  const std::size_t count = part ? visibleEntries_.size() : drawing_.DrawSeq.size();
+  const std::vector<SeqEntry>& entries = part ? visibleEntries_ : drawing_.DrawSeq;
+  const std::size_t count = entries.size();
+  constexpr std::size_t kHalvesFrom = 8192;
+  std::size_t split = count;
+  if (composite && count >= kHalvesFrom && std::thread::hardware_concurrency() > 1 &&
+      OpaqueAndUnclipped(entries, count / 2, count))
+    split = count / 2;
+
+  DrewInHalves = split < count;
+  QImage second;
+  std::atomic<bool> stop{false};
+  std::future<void> worker;
+  if (split < count) {
+    second = QImage(e.DeviceWidth, e.DeviceHeight, QImage::Format_ARGB32_Premultiplied);
+    second.fill(Qt::transparent);
+    worker = std::async(std::launch::async, [&] {
+      QPainter onSecond(&second);
+      Canvas canvas(onSecond);
+      std::unique_ptr<EntityPainter> kinds = MakeModernPainter(*this, drawing_, canvas, surface.BackColor(), false);
+      for (std::size_t i = split; i < count && !stop; ++i) kinds->Draw(entries[i]);
+    });
+  }
   Interrupted = false;
   QElapsedTimer sinceShown, sinceAsked;
   sinceShown.start();
   sinceAsked.start();
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t i = 0; i < split; ++i) {
     if ((i & 255) == 255) {
       if (sinceShown.elapsed() >= 100) {
         surface.Refresh();
@@ -197,12 +226,44 @@ void ZoomState::DrawIndexed(EntityPainter& painter, Surface& surface) {
         sinceAsked.restart();
         if (!KeepDrawing()) {
           Interrupted = true;
-          return;
+          break;
         }
       }
     }
-    painter.Draw(part ? visibleEntries_[i] : drawing_.DrawSeq[i]);
+    painter.Draw(entries[i]);
   }
+  if (worker.valid()) {
+    stop = Interrupted;
+    worker.get();
+    if (!Interrupted) composite->drawImage(0, 0, second);
+  }
+}
+
+// Whether entries [from, to) draw only opaque ink and no clip: no text big enough to be
+// drawn (its edges are smoothed), no hatch pattern (a dense one is a half-covering tint),
+// no viewport clip, and no smoothed lines.
+bool ZoomState::OpaqueAndUnclipped(const std::vector<SeqEntry>& entries, std::size_t from, std::size_t to) const {
+  if (Display.Antialias) return false;
+  const double scale = Engine.ViewScale;
+  for (std::size_t i = from; i < to; ++i) {
+    const SeqEntry& entry = entries[i];
+    bool opaque = true;
+    if (entry.Kind == kKindClip) return false;
+    VisitRow(drawing_, entry, [&](const auto& row) {
+      using Row = std::decay_t<decltype(row)>;
+      if constexpr (std::is_same_v<Row, TextEntity>) {
+        opaque = row.HorzJustify != 3 && std::abs(row.Height) * scale < 1.5;
+      } else if constexpr (std::is_same_v<Row, AttribEntity>) {
+        opaque = row.Text.HorzJustify != 3 && std::abs(row.Text.Height) * scale < 1.5;
+      } else if constexpr (std::is_same_v<Row, MTextEntity>) {
+        opaque = std::abs(row.Height) * scale < 1.5;
+      } else if constexpr (std::is_same_v<Row, HatchEntity>) {
+        opaque = row.Filling != HatchEntity::Fill::Pattern;
+      }
+    });
+    if (!opaque) return false;
+  }
+  return true;
 }
 
 }  // namespace dxfimport

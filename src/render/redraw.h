@@ -58,6 +58,7 @@ class ZoomState {
   // true until the next redraw).
   std::function<bool()> KeepDrawing;
   bool Interrupted = false;
+  bool DrewInHalves = false;  // the last redraw drew its two halves at once
 
   const ZoomRect& CurrentZoom() const { return Engine.CurrentZoom; }
   // True while Zoom draws (KeepDrawing runs window messages then).
@@ -101,7 +102,8 @@ class ZoomState {
   bool FitWindow(const ZoomRect& window);
   std::unique_ptr<EntityPainter> MakePainter(Canvas& canvas, const Surface& surface, bool toPrinter);
   void DrawEvery(EntityPainter& painter, Surface& surface);
-  void DrawIndexed(EntityPainter& painter, Surface& surface);
+  void DrawIndexed(EntityPainter& painter, Surface& surface, QPainter* composite);
+  bool OpaqueAndUnclipped(const std::vector<SeqEntry>& entries, std::size_t from, std::size_t to) const;
   std::vector<int32_t> visible_;         // the positions of the entries DrawIndexed draws
   std::vector<SeqEntry> visibleEntries_;  // and the entries themselves
 

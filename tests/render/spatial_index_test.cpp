@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <thread>
 
 #include "render/redraw.h"
 #include "render/spatial_index.h"
@@ -11,14 +12,14 @@ namespace {
 
 // A drawing of a few thousand entities of every kind the index boxes differently, spread
 // over 1000 x 1000 units.
-std::unique_ptr<testing::Loaded> Scattered() {
+std::unique_ptr<testing::Loaded> Scattered(int count = 3000, bool texts = true) {
   std::mt19937 random(7);
   std::uniform_real_distribution<double> at(0, 1000), size(0.5, 40);
   auto n = [](double v) { return std::to_string(v); };
   testing::Pairs e;
-  for (int i = 0; i < 3000; ++i) {
+  for (int i = 0; i < count; ++i) {
     const double x = at(random), y = at(random), s = size(random);
-    switch (i % 6) {
+    switch (texts ? i % 6 : i % 2 ? 0 : 3) {
       case 0: e.insert(e.end(), {{0, "LINE"}, {10, n(x)}, {20, n(y)}, {11, n(x + s)}, {21, n(y - s)}}); break;
       case 1: e.insert(e.end(), {{0, "ARC"}, {10, n(x)}, {20, n(y)}, {40, n(s)}, {50, "10"}, {51, "200"}}); break;
       case 2: e.insert(e.end(), {{0, "TEXT"}, {10, n(x)}, {20, n(y)}, {40, n(s / 4)}, {1, "Duct " + std::to_string(i)}}); break;
@@ -73,6 +74,28 @@ TEST(SpatialIndex, AZoomedInViewDrawsTheSamePictureAsAFullWalk) {
       for (int px = 0; px < 320; ++px) ink += (indexed.image().pixel(px, py) & 0xFFFFFF) != 0xFFFFFF;
   }
   EXPECT_GT(ink, 12 * 1000);  // the views are not empty
+}
+
+// A long redraw is drawn in two halves at once when the second holds only opaque ink: the
+// picture is the one drawing in a single run gives (here a metafile target, which always
+// draws in one run).
+TEST(SpatialIndex, ARedrawInTwoHalvesDrawsTheSamePicture) {
+  for (bool texts : {false, true}) {
+    auto loaded = Scattered(30000, texts);
+    const ZoomRect window = ExtentsOf(loaded->drawing);
+    ImageSurface halves(400, 300);
+    QImage whole(400, 300, QImage::Format_RGB32);
+    whole.fill(Qt::white);
+    ZoomState a(loaded->drawing), b(loaded->drawing);
+    ASSERT_TRUE(a.Zoom(window, halves));
+    ASSERT_TRUE(b.Zoom(window, halves, &whole));
+    EXPECT_EQ(halves.image().convertToFormat(QImage::Format_RGB32), whole) << texts;
+    // Texts big enough to be drawn have smoothed edges: those are drawn in one run.
+    if (std::thread::hardware_concurrency() > 1) {
+      EXPECT_EQ(a.DrewInHalves, !texts);
+    }
+    EXPECT_FALSE(b.DrewInHalves);
+  }
 }
 
 }  // namespace
