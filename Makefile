@@ -5,6 +5,11 @@ BUILD  := build/$(PRESET)
 JOBS   ?= $(shell nproc)
 
 FUZZ_SECONDS ?= 60
+# A seed of 0 lets each run explore afresh; a fixed seed with a fixed number of runs
+# replays the same inputs on every machine (what CI does, so that its verdict belongs to
+# the change and not to the dice).
+FUZZ_SEED ?= 0
+FUZZ_RUNS ?= -1
 FUZZERS := load_fuzzer render_fuzzer
 
 .PHONY: all deps configure build demo test asan-test bench fuzz clean
@@ -36,13 +41,15 @@ bench: build
 	@$(BUILD)/bench/render_bench --benchmark_counters_tabular=true
 	@$(BUILD)/bench/text_bench --benchmark_counters_tabular=true
 
-# Runs each fuzzer for FUZZ_SECONDS from the seed corpus; findings land in build/fuzz/.
+# Runs each fuzzer for FUZZ_SECONDS (or FUZZ_RUNS inputs) from the seed corpus; findings
+# land in build/fuzz/.
 fuzz: deps
 	@cmake --preset fuzz >/dev/null && cmake --build build/fuzz -j $(JOBS)
 	@for f in $(FUZZERS); do \
 	  mkdir -p build/fuzz/corpus/$$f; \
 	  LSAN_OPTIONS=suppressions=$(CURDIR)/fuzz/lsan.supp QT_QPA_PLATFORM=offscreen \
 	  build/fuzz/fuzz/$$f build/fuzz/corpus/$$f fuzz/seeds -max_total_time=$(FUZZ_SECONDS) \
+	    -seed=$(FUZZ_SEED) -runs=$(FUZZ_RUNS) \
 	    -timeout=20 -rss_limit_mb=2048 -max_len=65536 -print_final_stats=1 \
 	    -artifact_prefix=build/fuzz/$$f- > build/fuzz/$$f.log 2>&1; status=$$?; \
 	  tail -n 14 build/fuzz/$$f.log; \

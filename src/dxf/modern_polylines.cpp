@@ -146,10 +146,10 @@ bool ModernReader::DXFMesh() {
     if (code == 92) inVertices = true;
     else if (code == 10 && inVertices) points.push_back({Val(value), 0});
     else if (code == 20 && inVertices && !points.empty()) points.back().y = Val(value);
-    else if (code == 93 && faceValues < 0) inVertices = false, faceValues = std::max<int64_t>(0, int64_t(Val(value)));
+    else if (code == 93 && faceValues < 0) inVertices = false, faceValues = HeldWhole(Val(value), 0, INT32_MAX);
     else if (code == 90 && faceValues > 0) {
       --faceValues;
-      const int64_t number = int64_t(Val(value));
+      const int64_t number = HeldWhole(Val(value), -1, INT32_MAX);
       if (pending == 0) pending = std::max<int64_t>(0, number), faces.emplace_back();
       else --pending, faces.back().push_back(int32_t(std::clamp<int64_t>(number + 1, 0, INT32_MAX)));
     } else if (code == 94) faceValues = 0;
@@ -192,7 +192,7 @@ bool ModernReader::DXFMline() {
   std::vector<Vertex> vertices;
   bool offsetNext = false;
   for (const auto& [code, value] : pairs_) {
-    if (code == 11) vertices.push_back({{Val(value), 0}, {}, {}});
+    if (code == 11) vertices.push_back({{Val(value), 0}, {}, {}}), offsetNext = false;
     else if (vertices.empty()) continue;
     else if (code == 21) vertices.back().at.y = Val(value);
     else if (code == 13) vertices.back().miter.x = Val(value);

@@ -295,7 +295,7 @@ bool ModernReader::DXFLineTypes() {
   bool shapes = false;
   for (const auto& [code, value] : pairs_) {
     if (code == 49) elements.push_back(Val(value));
-    else if (code == 74) shapes |= (int(Val(value)) & 4) != 0;
+    else if (code == 74) shapes |= (HeldWhole(Val(value), 0, 0xFFFF) & 4) != 0;
   }
   // The shapes of a complex line type come from a shape file that is not here; its
   // dashes alone would leave dots where CAD tools draw a figure, so it is drawn solid.

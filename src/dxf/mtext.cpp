@@ -250,16 +250,16 @@ void Parser::Code() {
     case 'W': Flush(), format_.widthFactor = factor(Argument(), format_.widthFactor); break;
     case 'Q': Flush(), format_.oblique = Val(Argument()); break;
     case 'T': Flush(), format_.tracking = factor(Argument(), format_.tracking); break;
-    case 'A': Flush(), format_.align = int8_t(std::clamp(int(Val(Argument())), 0, 2)); break;
+    case 'A': Flush(), format_.align = int8_t(HeldWhole(Val(Argument()), 0, 2)); break;
     case 'C': {
       Flush();
-      const int number = int(Val(Argument()));
-      format_.color = number <= 0 || number >= 256 ? 0 : AciColor(number);
+      const auto number = HeldWhole(Val(Argument()), 0, 256);
+      format_.color = number <= 0 || number >= 256 ? 0 : AciColor(int(number));
       break;
     }
     case 'c': {
       Flush();
-      const auto bgr = int32_t(int64_t(Val(Argument())) & 0xFFFFFF);
+      const auto bgr = int32_t(HeldWhole(Val(Argument()), 0, 0xFFFFFF));
       format_.color = bgr == 0 ? kExplicitBlack : bgr;
       break;
     }

@@ -27,6 +27,14 @@ inline double RoundHalfEven(double value) {
   return value;  // already whole (or NaN or infinite)
 }
 
+// The whole number nearest to a value, held within [lo, hi]; NaN gives lo. For counts and
+// codes read from a file, where any double may arrive and no error is wanted.
+inline int64_t HeldWhole(double value, int64_t lo, int64_t hi) {
+  if (!(value >= double(lo))) return lo;
+  if (!(value <= double(hi))) return hi;
+  return static_cast<int64_t>(RoundHalfEven(value));
+}
+
 [[noreturn]] void ThrowOverflow();
 
 // Conversions with the run time's rules: round half to even, Overflow when out of range.
