@@ -12,7 +12,7 @@ FUZZ_SEED ?= 0
 FUZZ_RUNS ?= -1
 FUZZERS := load_fuzzer render_fuzzer
 
-.PHONY: all deps configure build demo test asan-test bench fuzz clean
+.PHONY: all deps configure build demo test asan-test bench fuzz package clean
 
 all: build
 
@@ -40,6 +40,12 @@ bench: build
 	@$(BUILD)/bench/reader_bench --benchmark_counters_tabular=true
 	@$(BUILD)/bench/render_bench --benchmark_counters_tabular=true
 	@$(BUILD)/bench/text_bench --benchmark_counters_tabular=true
+
+# The Debian packages dxfimport and dxfimport-dev, in build/package/.
+package: build
+	@cd $(BUILD) && cpack -B $(CURDIR)/build/package >/dev/null
+	@rm -rf build/package/_CPack_Packages
+	@ls build/package/*.deb
 
 # Runs each fuzzer for FUZZ_SECONDS (or FUZZ_RUNS inputs) from the seed corpus; findings
 # land in build/fuzz/.

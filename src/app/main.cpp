@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "app/command_line.h"
 #include "app/commands.h"
 #include "app/gui_modes.h"
 #include "app/render_command.h"
@@ -47,80 +48,36 @@ int main(int argc, char** argv) {
   using namespace dxfimport;
   SetApplicationTitle(LoadResText(1000));
 
-  CLI::App app{"dxfimport: reads DXF drawings, draws them and reports on them.\n"
-               "Without a command it opens the viewer (with FILE, if one is given)."};
-  app.require_subcommand(0, 1);
-  std::string viewerFile;
-  bool automation = false;
-  app.add_option("file", viewerFile, "DXF file to open in the viewer");
-  app.add_flag("--automation", automation, "Host mode: the modal viewer, then the bitmap path on standard output");
-
-  std::string file;
-  bool json = false, legacy = false;
-  int64_t maxEntities = 0;
-  const char* budgetHelp = "Rows the drawing may hold; an insert that would pass them is left out (modern profile)";
-  const char* legacyHelp = "Read with the legacy rules (every line compared with the entity names)";
-  CLI::App* stats = app.add_subcommand("stats", "Print the load statistics of a drawing");
-  stats->add_option("file", file, "DXF file")->required();
-  stats->add_flag("--json", json, "Print the figures as one JSON object");
-  stats->add_flag("--legacy", legacy, legacyHelp);
-  stats->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
-
-  CLI::App* dump = app.add_subcommand("dump", "Print the drawing's tables as tab-separated text");
-  dump->add_option("file", file, "DXF file")->required();
-  dump->add_flag("--legacy", legacy, legacyHelp);
-  dump->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
-
-  RenderOptions render;
-  std::string size = "640x480", window;
-  CLI::App* draw = app.add_subcommand("render", "Draw a drawing to a picture file (.bmp, .png, .svg, .pdf)");
-  draw->add_option("file", render.file, "DXF file")->required();
-  draw->add_option("-o,--output", render.output, "Picture file to write")->required();
-  draw->add_option("--size", size, "Picture size WIDTHxHEIGHT in pixels")->capture_default_str();
-  draw->add_option("--background", render.background, "Background colour (name or #rrggbb)")->capture_default_str();
-  draw->add_option("--depth", render.depth, "Colour depth of a bitmap: 256, 16 or mono");
-  draw->add_option("--layer-off", render.layersOff, "Do not draw this layer (repeatable)");
-  draw->add_flag("--entity-colors", render.entityColors, "Draw entities in their own colours, not their layer's");
-  draw->add_flag("--legacy", legacy, legacyHelp);
-  draw->add_option("--window", window, "Window LEFT,TOP,RIGHT,BOTTOM in drawing units (default: the extents)");
-  draw->add_option("--layout", render.layout, "Draw this paper-space layout instead of model space");
-  draw->add_flag("--lineweights", render.lineWeights, "Draw line weights as pen widths");
-  draw->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
-
-  std::string sweepDir, sweepOutput;
-  int sweepSeconds = 60;
-  CLI::App* sweep = app.add_subcommand("sweep", "Load and draw every .dxf file under a folder; print a table");
-  sweep->add_option("dir", sweepDir, "Folder to sweep")->required();
-  sweep->add_option("-o,--output", sweepOutput, "Write the Markdown table to this file");
-  sweep->add_option("--seconds", sweepSeconds, "Time bound per file and profile")->capture_default_str();
-
+  CommandLine cl;
+  CLI::App& app = cl.app;
+  RenderOptions& render = cl.render;
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
     int status = app.exit(e);
     return status == 0 ? 0 : 2;
   }
-  const ReadingProfile profile = legacy ? ReadingProfile::Legacy : ReadingProfile::Modern;
-  const LoadOptions budget{.EntityBudget = maxEntities};
-  if (stats->parsed()) return RunStats(file, json, profile, budget);
-  if (dump->parsed()) return RunDump(file, profile, budget);
+  const ReadingProfile profile = cl.legacy ? ReadingProfile::Legacy : ReadingProfile::Modern;
+  const LoadOptions budget{.EntityBudget = cl.maxEntities};
+  if (cl.stats->parsed()) return RunStats(cl.file, cl.json, profile, budget);
+  if (cl.dump->parsed()) return RunDump(cl.file, profile, budget);
   if (app.get_subcommands().empty()) {
-    if (automation) return RunAutomation(argc, argv, viewerFile);
-    return RunViewer(argc, argv, viewerFile);
+    if (cl.automation) return RunAutomation(argc, argv, cl.viewerFile);
+    return RunViewer(argc, argv, cl.viewerFile);
   }
-  if (sweep->parsed()) {
+  if (cl.sweep->parsed()) {
     PrepareHeadlessQt();
-    return RunSweep(sweepDir, sweepOutput, sweepSeconds);
+    return RunSweep(cl.sweepDir, cl.sweepOutput, cl.sweepSeconds);
   }
-  if (draw->parsed()) {
+  if (cl.draw->parsed()) {
     render.profile = profile;
-    render.maxEntities = maxEntities;
-    if (std::sscanf(size.c_str(), "%dx%d", &render.width, &render.height) != 2) {
+    render.maxEntities = cl.maxEntities;
+    if (std::sscanf(cl.size.c_str(), "%dx%d", &render.width, &render.height) != 2) {
       std::fprintf(stderr, "dxfimport render: --size takes WIDTHxHEIGHT\n");
       return 2;
     }
-    if (!window.empty()) {
-      render.window = ParseWindow(window, profile);
+    if (!cl.window.empty()) {
+      render.window = ParseWindow(cl.window, profile);
       if (!render.window) {
         std::fprintf(stderr, "dxfimport render: --window takes LEFT,TOP,RIGHT,BOTTOM\n");
         return 2;

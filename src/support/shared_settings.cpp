@@ -1,6 +1,8 @@
 #include "support/shared_settings.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QSettings>
 
 #include <cstdlib>
@@ -32,7 +34,14 @@ std::string WithTrailingSeparator(std::string directory) {
 
 std::string InstallationDirectory() {
   if (const char* home = std::getenv("DXFIMPORT_HOME"); home && *home) return WithTrailingSeparator(home);
-  return WithTrailingSeparator(QCoreApplication::applicationDirPath().toStdString());
+  // Installed as a package the program sits in <prefix>/bin and its files in
+  // <prefix>/share/dxfimport; run from a build or an unpacked folder, beside the program.
+  const QDir program(QCoreApplication::applicationDirPath());
+  if (program.dirName() == "bin") {
+    const QString shared = program.absoluteFilePath("../share/dxfimport");
+    if (QFileInfo(shared).isDir()) return WithTrailingSeparator(QDir::cleanPath(shared).toStdString());
+  }
+  return WithTrailingSeparator(program.absolutePath().toStdString());
 }
 
 void RestoreSharedSettings(bool flag) {

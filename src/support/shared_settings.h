@@ -10,7 +10,8 @@ namespace dxfimport {
 const std::string& BitmapDirectory();
 const std::string& HelpDirectory();
 
-// DXFIMPORT_HOME, else the program's own folder; with a trailing separator.
+// DXFIMPORT_HOME, else <prefix>/share/dxfimport for a program installed in <prefix>/bin,
+// else the program's own folder; with a trailing separator.
 std::string InstallationDirectory();
 
 // Restores the shared settings at a standalone start. They come from the native settings

@@ -1,0 +1,49 @@
+#include "app/command_line.h"
+
+namespace dxfimport {
+
+const char* ProgramVersion() { return DXFIMPORT_VERSION; }
+
+CommandLine::CommandLine()
+    : app("dxfimport: reads DXF drawings, draws them and reports on them.\n"
+          "Without a command it opens the viewer (with FILE, if one is given).",
+          "dxfimport") {
+  app.require_subcommand(0, 1);
+  app.set_version_flag("--version", std::string("dxfimport ") + ProgramVersion(), "Print the program's version");
+  app.add_option("file", viewerFile, "DXF file to open in the viewer");
+  app.add_flag("--automation", automation, "Host mode: the modal viewer, then the bitmap path on standard output");
+
+  const char* budgetHelp = "Rows the drawing may hold; an insert that would pass them is left out (modern profile)";
+  const char* legacyHelp = "Read with the legacy rules (every line compared with the entity names)";
+  stats = app.add_subcommand("stats", "Print the load statistics of a drawing");
+  stats->add_option("file", file, "DXF file")->required();
+  stats->add_flag("--json", json, "Print the figures as one JSON object");
+  stats->add_flag("--legacy", legacy, legacyHelp);
+  stats->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
+
+  dump = app.add_subcommand("dump", "Print the drawing's tables as tab-separated text");
+  dump->add_option("file", file, "DXF file")->required();
+  dump->add_flag("--legacy", legacy, legacyHelp);
+  dump->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
+
+  draw = app.add_subcommand("render", "Draw a drawing to a picture file (.bmp, .png, .svg, .pdf)");
+  draw->add_option("file", render.file, "DXF file")->required();
+  draw->add_option("-o,--output", render.output, "Picture file to write")->required();
+  draw->add_option("--size", size, "Picture size WIDTHxHEIGHT in pixels")->capture_default_str();
+  draw->add_option("--background", render.background, "Background colour (name or #rrggbb)")->capture_default_str();
+  draw->add_option("--depth", render.depth, "Colour depth of a bitmap: 256, 16 or mono");
+  draw->add_option("--layer-off", render.layersOff, "Do not draw this layer (repeatable)");
+  draw->add_flag("--entity-colors", render.entityColors, "Draw entities in their own colours, not their layer's");
+  draw->add_flag("--legacy", legacy, legacyHelp);
+  draw->add_option("--window", window, "Window LEFT,TOP,RIGHT,BOTTOM in drawing units (default: the extents)");
+  draw->add_option("--layout", render.layout, "Draw this paper-space layout instead of model space");
+  draw->add_flag("--lineweights", render.lineWeights, "Draw line weights as pen widths");
+  draw->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
+
+  sweep = app.add_subcommand("sweep", "Load and draw every .dxf file under a folder; print a table");
+  sweep->add_option("dir", sweepDir, "Folder to sweep")->required();
+  sweep->add_option("-o,--output", sweepOutput, "Write the Markdown table to this file");
+  sweep->add_option("--seconds", sweepSeconds, "Time bound per file and profile")->capture_default_str();
+}
+
+}  // namespace dxfimport

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+#include "app/render_command.h"
+
+namespace dxfimport {
+
+// Every command, option and help text of the program, in one place: main() parses with
+// it, and the build writes the manual page and the shell completion from it.
+struct CommandLine {
+  CommandLine();
+  CommandLine(const CommandLine&) = delete;
+  CommandLine& operator=(const CommandLine&) = delete;
+
+  CLI::App app;
+  std::string viewerFile;
+  bool automation = false;
+
+  std::string file;
+  bool json = false, legacy = false;
+  int64_t maxEntities = 0;
+
+  RenderOptions render;
+  std::string size = "640x480", window;
+
+  std::string sweepDir, sweepOutput;
+  int sweepSeconds = 60;
+
+  CLI::App* stats = nullptr;
+  CLI::App* dump = nullptr;
+  CLI::App* draw = nullptr;
+  CLI::App* sweep = nullptr;
+};
+
+// The program's version (the project's version in the build).
+const char* ProgramVersion();
+
+}  // namespace dxfimport
