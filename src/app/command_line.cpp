@@ -12,6 +12,7 @@ CommandLine::CommandLine()
   app.set_version_flag("--version", std::string("dxfimport ") + ProgramVersion(), "Print the program's version");
   app.add_option("file", viewerFile, "DXF file to open in the viewer");
   app.add_flag("--automation", automation, "Host mode: the modal viewer, then the bitmap path on standard output");
+  app.add_flag("--placement", placement, "With --automation: a second line with the bitmap's world-file numbers");
 
   const char* budgetHelp = "Rows the drawing may hold; an insert that would pass them is left out (modern profile)";
   const char* legacyHelp = "Read with the legacy rules (every line compared with the entity names)";
@@ -20,6 +21,8 @@ CommandLine::CommandLine()
   stats->add_flag("--json", json, "Print the figures as one JSON object");
   stats->add_flag("--legacy", legacy, legacyHelp);
   stats->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
+  stats->add_option("--window", window, "With --json: the window of the picture whose placement is given");
+  stats->add_option("--size", size, "With --json: the size of that picture, WIDTHxHEIGHT")->capture_default_str();
 
   dump = app.add_subcommand("dump", "Print the drawing's tables as tab-separated text");
   dump->add_option("file", file, "DXF file")->required();
@@ -39,6 +42,12 @@ CommandLine::CommandLine()
   draw->add_option("--layout", render.layout, "Draw this paper-space layout instead of model space");
   draw->add_flag("--lineweights", render.lineWeights, "Draw line weights as pen widths");
   draw->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
+  draw->add_flag("--world-file", render.worldFile, "Write a world file beside the picture (.bpw, .pgw, ...)");
+  draw->add_option("--dpi", render.dpi, "Resolution kept in the picture, and with --scale its pixel size")
+      ->check(CLI::Range(1.0, 100000.0));
+  draw->add_option("--scale", render.scale, "Draw at this scale, 1:N (the size follows from the window and --dpi)");
+  draw->add_option("--units", render.units, "The drawing unit when the drawing does not say: mm, cm, m, in or ft")
+      ->check(CLI::IsMember({"mm", "cm", "m", "in", "ft"}));
 
   sweep = app.add_subcommand("sweep", "Load and draw every .dxf file under a folder; print a table");
   sweep->add_option("dir", sweepDir, "Folder to sweep")->required();

@@ -17,7 +17,7 @@ struct CommandLine {
 
   CLI::App app;
   std::string viewerFile;
-  bool automation = false;
+  bool automation = false, placement = false;
 
   std::string file;
   bool json = false, legacy = false;

@@ -8,6 +8,9 @@
 #include "dxf/dump.h"
 #include "dxf/reader.h"
 #include "dxf/stats.h"
+#include "render/redraw.h"
+#include "render/world_file.h"
+#include "support/runtime_error.h"
 #include "support/texts.h"
 
 namespace dxfimport {
@@ -38,14 +41,34 @@ bool LoadForCommand(const std::string& file, Drawing& drawing, LoadOutcome& outc
   return loaded;
 }
 
-int RunStats(const std::string& file, bool json, ReadingProfile profile, const LoadOptions& options) {
+namespace {
+
+// ,"placement":{...} for the view, or nothing when the window has no width.
+std::string PlacementMember(Drawing& drawing, const PictureView& view) {
+  ZoomState zoom(drawing);
+  try {
+    if (!zoom.PlaceView(view.window.value_or(ExtentsOf(drawing)), view.width, view.height)) return {};
+  } catch (const RunTimeError&) {
+    return {};
+  }
+  return ",\"placement\":{\"width\":" + std::to_string(view.width) + ",\"height\":" + std::to_string(view.height) +
+         ",\"worldFile\":" + PlacementOf(zoom.Engine).Json() + "}";
+}
+
+}  // namespace
+
+int RunStats(const std::string& file, bool json, ReadingProfile profile, const LoadOptions& options,
+             const PictureView& view) {
   Drawing drawing;
   LoadOutcome outcome;
   if (!LoadForCommand(file, drawing, outcome, profile, options)) return 1;
   // The legacy profile's summary is the original one; the modern profile adds its report.
   const LoadReport* report = profile == ReadingProfile::Modern ? &outcome.Report : nullptr;
   if (json) {
-    std::cout << StatsJson(drawing, file, report) << '\n';
+    std::string object = StatsJson(drawing, file, report);
+    if (drawing.SeqCount() > 0 && !object.empty() && object.back() == '}')
+      object.insert(object.size() - 1, PlacementMember(drawing, view));
+    std::cout << object << '\n';
   } else {
     for (const std::string& line : StatsLines(drawing, file)) std::cout << line << '\n';
     if (report) {

@@ -47,11 +47,13 @@ std::string DXF::strBmpFileName() {
   // A load the user stopped is not a drawing to hand back.
   if (g_window && !g_window->booImportCancel && g_window->booPictureLoaded && !g_window->loadStopped()) {
     bmpFileName_ = NewTempFileName();
+    placement_ = g_window->CurrentPlacement().WorldFileText();
     if (!SavePictureAtomically(g_window->CurrentPicture(), QString::fromStdString(bmpFileName_), "BMP"))
       bmpFileName_.clear();
   } else {
     bmpFileName_.clear();
   }
+  if (bmpFileName_.empty()) placement_.clear();
   return bmpFileName_;
 }
 

@@ -30,6 +30,10 @@ class DXF {
   // Writes the current picture to a new temporary bitmap (~CV*.tmp) and returns its path;
   // "" when the user chose "Cancel Import" or nothing is loaded. Each call makes a new file.
   std::string strBmpFileName();
+  // Where the last bitmap lies on the drawing: the six lines of its world file (pixel
+  // size in x, two rotation terms, negative pixel size in y, drawing coordinates of the
+  // centre of the top-left pixel); "" when there is no bitmap.
+  std::string strPlacement() const { return placement_; }
   // Reads the file with the legacy reading rules (off: the modern profile).
   void booLegacyReadingRules(bool legacy) { legacy_ = legacy; }
 
@@ -42,6 +46,7 @@ class DXF {
  private:
   std::string dxfFileName_;
   std::string bmpFileName_;
+  std::string placement_;
   bool legacy_ = false;
 };
 

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 
+#include <algorithm>
 #include <cstdio>
 
 #include "app/dxf_class.h"
@@ -27,7 +28,7 @@ int RunViewer(int argc, char** argv, const std::string& file) {
   return app.exec();
 }
 
-int RunAutomation(int argc, char** argv, const std::string& file) {
+int RunAutomation(int argc, char** argv, const std::string& file, bool placement) {
   QApplication app(argc, argv);
   MessageBoxSink boxes;
   ScopedMessageSink sink(&boxes);
@@ -36,6 +37,12 @@ int RunAutomation(int argc, char** argv, const std::string& file) {
   dxf.ShowDialog();
   std::string bitmap = dxf.strBmpFileName();
   std::printf("%s\n", bitmap.c_str());
+  if (placement) {
+    std::string numbers = dxf.strPlacement();
+    std::replace(numbers.begin(), numbers.end(), '\n', ' ');
+    while (!numbers.empty() && numbers.back() == ' ') numbers.pop_back();
+    std::printf("%s\n", numbers.c_str());
+  }
   std::fflush(stdout);
   dxf.Class_Terminate();
   return 0;

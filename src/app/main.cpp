@@ -59,30 +59,33 @@ int main(int argc, char** argv) {
   }
   const ReadingProfile profile = cl.legacy ? ReadingProfile::Legacy : ReadingProfile::Modern;
   const LoadOptions budget{.EntityBudget = cl.maxEntities};
-  if (cl.stats->parsed()) return RunStats(cl.file, cl.json, profile, budget);
-  if (cl.dump->parsed()) return RunDump(cl.file, profile, budget);
   if (app.get_subcommands().empty()) {
-    if (cl.automation) return RunAutomation(argc, argv, cl.viewerFile);
+    if (cl.automation) return RunAutomation(argc, argv, cl.viewerFile, cl.placement);
     return RunViewer(argc, argv, cl.viewerFile);
   }
+  if (cl.dump->parsed()) return RunDump(cl.file, profile, budget);
   if (cl.sweep->parsed()) {
     PrepareHeadlessQt();
     return RunSweep(cl.sweepDir, cl.sweepOutput, cl.sweepSeconds);
   }
+  const char* command = cl.stats->parsed() ? "stats" : "render";
+  PictureView view;
+  if (std::sscanf(cl.size.c_str(), "%dx%d", &view.width, &view.height) != 2) {
+    std::fprintf(stderr, "dxfimport %s: --size takes WIDTHxHEIGHT\n", command);
+    return 2;
+  }
+  if (!cl.window.empty()) {
+    view.window = ParseWindow(cl.window, profile);
+    if (!view.window) {
+      std::fprintf(stderr, "dxfimport %s: --window takes LEFT,TOP,RIGHT,BOTTOM\n", command);
+      return 2;
+    }
+  }
+  if (cl.stats->parsed()) return RunStats(cl.file, cl.json, profile, budget, view);
   if (cl.draw->parsed()) {
     render.profile = profile;
     render.maxEntities = cl.maxEntities;
-    if (std::sscanf(cl.size.c_str(), "%dx%d", &render.width, &render.height) != 2) {
-      std::fprintf(stderr, "dxfimport render: --size takes WIDTHxHEIGHT\n");
-      return 2;
-    }
-    if (!cl.window.empty()) {
-      render.window = ParseWindow(cl.window, profile);
-      if (!render.window) {
-        std::fprintf(stderr, "dxfimport render: --window takes LEFT,TOP,RIGHT,BOTTOM\n");
-        return 2;
-      }
-    }
+    render.width = view.width, render.height = view.height, render.window = view.window;
     PrepareHeadlessQt();
     QGuiApplication gui(argc, argv);
     return RunRender(render);

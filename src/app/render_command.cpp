@@ -6,12 +6,14 @@
 #include <QSaveFile>
 #include <QSvgGenerator>
 
+#include <cmath>
 #include <cstdio>
 
 #include "app/load_for_command.h"
 #include "render/color_depth.h"
 #include "render/picture_file.h"
 #include "render/redraw.h"
+#include "render/world_file.h"
 #include "support/text_decode.h"
 
 namespace dxfimport {
@@ -55,7 +57,43 @@ bool RenderImage(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o
                  ColorDepth depth, const char* format) {
   ImageSurface surface(o.width, o.height, background);
   if (!zoom.Zoom(window, surface)) return false;
-  return SavePictureAtomically(ReduceColors(surface.image(), depth), QString::fromStdString(o.output), format);
+  QImage picture = ReduceColors(surface.image(), depth);
+  SetDotsPerInch(picture, o.dpi);
+  SetPlacementText(picture, PlacementOf(zoom.Engine));
+  return SavePictureAtomically(picture, QString::fromStdString(o.output), format);
+}
+
+// "1:500" (or "500"): the scale's denominator; 0 when the text is not a scale.
+double ScaleDenominator(const std::string& text) {
+  double paper = 1, drawing = 0;
+  char tail = 0;
+  if (std::sscanf(text.c_str(), "%lf:%lf%c", &paper, &drawing, &tail) != 2 &&
+      std::sscanf(text.c_str(), "%lf%c", &drawing, &tail) != 1)
+    return 0;
+  return paper > 0 && drawing > 0 && std::isfinite(drawing / paper) ? drawing / paper : 0;
+}
+
+// With --scale the picture's size follows from the window: the window grows at its right
+// and top to whole pixels, so that the scale holds exactly. An empty message when done.
+std::string SizeForScale(const Drawing& drawing, RenderOptions& o, ZoomRect& window) {
+  const double denominator = ScaleDenominator(o.scale);
+  if (denominator == 0) return "--scale takes 1:N";
+  int units = drawing.InsUnits;
+  if (MillimetresPerUnit(units) == 0) units = UnitsCode(o.units);
+  if (MillimetresPerUnit(units) == 0) return "the drawing does not say its units: add --units mm|cm|m|in|ft";
+  if (o.dpi == 0) o.dpi = 96;
+  const double pixelsPerUnit = o.dpi / 25.4 * MillimetresPerUnit(units) / denominator;
+  const double width = std::abs(window.right - window.left) * pixelsPerUnit;
+  const double height = std::abs(window.top - window.bottom) * pixelsPerUnit;
+  if (!(width <= 32767 && height <= 32767))
+    return "at " + o.scale + " and " + std::to_string(int(o.dpi)) + " dpi the picture would be " +
+           std::to_string(std::llround(std::min(width, 1e15))) + " x " + std::to_string(std::llround(std::min(height, 1e15))) +
+           " pixels; the most is 32767 x 32767";
+  o.width = std::max(1, int(std::ceil(width - 1e-6)));
+  o.height = std::max(1, int(std::ceil(height - 1e-6)));
+  const double left = std::min(window.left, window.right), bottom = std::min(window.bottom, window.top);
+  window = {left, bottom + o.height / pixelsPerUnit, left + o.width / pixelsPerUnit, bottom};
+  return {};
 }
 
 bool RenderSvg(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o, QColor background) {
@@ -85,6 +123,29 @@ bool RenderPdf(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o, 
   return file.commit();
 }
 
+// Draws and writes the picture (and its world file); the exit status.
+int WritePicture(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o, OutputKind kind, ColorDepth depth,
+                 QColor background, const LoadOutcome& outcome) {
+  bool written = false;
+  switch (kind) {
+    case OutputKind::Bmp: written = RenderImage(zoom, window, o, background, depth, "BMP"); break;
+    case OutputKind::Png: written = RenderImage(zoom, window, o, background, depth, "PNG"); break;
+    case OutputKind::Svg: written = RenderSvg(zoom, window, o, background); break;
+    case OutputKind::Pdf: written = RenderPdf(zoom, window, o, background); break;
+    case OutputKind::Unknown: break;
+  }
+  if (!written) {
+    std::fprintf(stderr, "dxfimport render: no picture was written to %s\n", o.output.c_str());
+    return 1;
+  }
+  if (o.worldFile && !WriteWorldFile(PlacementOf(zoom.Engine), QString::fromStdString(o.output))) {
+    std::fprintf(stderr, "dxfimport render: the world file %s could not be written\n",
+                 WorldFilePath(QString::fromStdString(o.output)).toLocal8Bit().constData());
+    return 1;
+  }
+  return outcome.Complete ? 0 : 1;
+}
+
 }  // namespace
 
 int RunRender(const RenderOptions& o) {
@@ -107,20 +168,12 @@ int RunRender(const RenderOptions& o) {
   zoom.ColorByLayer = !o.entityColors;
   zoom.ExtentsZoom = ExtentsOf(drawing);
   ZoomRect window = o.window.value_or(zoom.ExtentsZoom);
-
-  bool written = false;
-  switch (kind) {
-    case OutputKind::Bmp: written = RenderImage(zoom, window, o, background, *depth, "BMP"); break;
-    case OutputKind::Png: written = RenderImage(zoom, window, o, background, *depth, "PNG"); break;
-    case OutputKind::Svg: written = RenderSvg(zoom, window, o, background); break;
-    case OutputKind::Pdf: written = RenderPdf(zoom, window, o, background); break;
-    case OutputKind::Unknown: break;
+  RenderOptions sized = o;
+  if (!o.scale.empty()) {
+    if (std::string problem = SizeForScale(drawing, sized, window); !problem.empty()) return Usage(problem);
   }
-  if (!written) {
-    std::fprintf(stderr, "dxfimport render: no picture was written to %s\n", o.output.c_str());
-    return 1;
-  }
-  return outcome.Complete ? 0 : 1;
+  if (sized.dpi > 0) zoom.Display.Dpi = sized.dpi;
+  return WritePicture(zoom, window, sized, kind, *depth, background, outcome);
 }
 
 }  // namespace dxfimport

@@ -159,6 +159,7 @@ class Drawing : public EntityTables {
   // viewports of a paper-space layout that show model space.
   std::vector<Box> ClipBoxes;
   int16_t DefaultLineWeight = 25;  // $LWDEFAULT
+  int16_t InsUnits = 0;            // $INSUNITS: the drawing unit (0: not said)
 
   double ExtMinX = 1e30f, ExtMinY = 1e30f, ExtMaxX = -1e30f, ExtMaxY = -1e30f;
 

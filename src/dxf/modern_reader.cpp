@@ -266,6 +266,8 @@ void ModernReader::ReadHeaderVariable(std::string_view name) {
     drawing_.PointDisplay.Mode = Whole(70, 0, 0, 255);
   } else if (name == "$PDSIZE") {
     drawing_.PointDisplay.Size = Num(40);
+  } else if (name == "$INSUNITS") {
+    drawing_.InsUnits = int16_t(Whole(70, 0, 0, 24));
   } else if (name == "$LWDEFAULT") {
     drawing_.DefaultLineWeight = int16_t(Whole(370, 25, 0, 211));
   }

@@ -95,32 +95,31 @@ bool ZoomState::FitWindow(const ZoomRect& window) {
   return true;
 }
 
+bool ZoomState::PlaceView(const ZoomRect& window, int32_t width, int32_t height) {
+  Engine.DeviceWidth = width;
+  Engine.DeviceHeight = height;
+  return drawing_.Rules().SinglePrecision ? FitWindow<float>(window) : FitWindow<double>(window);
+}
+
 std::unique_ptr<EntityPainter> ZoomState::MakePainter(Canvas& canvas, const Surface& surface, bool toPrinter) {
   if (drawing_.Rules().LegacyPainter) return MakeLegacyPainter(*this, drawing_, canvas, toPrinter);
   return MakeModernPainter(*this, drawing_, canvas, surface.BackColor(), toPrinter);
 }
 
 bool ZoomState::DrawPass(const ZoomRect& window, Surface& surface, QPaintDevice* metafile, bool toPrinter) {
-  DXFEngine& e = Engine;
   QPaintDevice* device = surface.PaintDevice();
-  int32_t lineHeight = 0;
+  int32_t lineHeight = 0, width = surface.ScaleWidth(), height = surface.ScaleHeight();
   if (metafile) {
     device = metafile;
-    e.DeviceWidth = surface.ScaleWidth();
-    e.DeviceHeight = surface.ScaleHeight();
   } else if (toPrinter) {
     if (!Printer) throw RunTimeError(kErrInvalidCall);
     device = Printer;
     QFontMetrics metrics(QFont("Arial", 10), Printer);
     lineHeight = metrics.height() + metrics.descent();
-    e.DeviceWidth = CInt(Printer->width() - 10);
-    e.DeviceHeight = CInt(Printer->height() - 2 * lineHeight);
-  } else {
-    e.DeviceWidth = surface.ScaleWidth();
-    e.DeviceHeight = surface.ScaleHeight();
+    width = CInt(Printer->width() - 10);
+    height = CInt(Printer->height() - 2 * lineHeight);
   }
-  const bool fitted = drawing_.Rules().SinglePrecision ? FitWindow<float>(window) : FitWindow<double>(window);
-  if (!fitted) return false;
+  if (!PlaceView(window, width, height)) return false;
 
   QPainter painter(device);
   Canvas canvas(painter);

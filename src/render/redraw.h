@@ -87,6 +87,10 @@ class ZoomState {
 
   void AddToPrevZoomStack(const ZoomRect& r);
 
+  // Sets the viewport for `window` on a picture of width x height pixels as Zoom would,
+  // without drawing. False (message 1052) when the window has no width.
+  bool PlaceView(const ZoomRect& window, int32_t width, int32_t height);
+
   // The drawing point under the device pixel (x, y) of the current view.
   PointD DrawingPoint(double x, double y) const;
   // The current window made `factor` times smaller (larger for a factor below 1) about the

@@ -110,6 +110,7 @@ constexpr std::array kTable = std::to_array<Entry>({
     {1075, "Recent &Files", "最近使ったファイル(&R)"},
     {1076, "X: %1   Y: %2   Zoom: %3 %", "X: %1   Y: %2   ズーム: %3 %"},
     {1077, "Zoom &In", "中心で拡大(&I)"},
+    {1078, "Write a &world file beside the bitmap (where it lies on the drawing)", "ビットマップの横にワールド ファイルを書く(図面上の位置)(&W)"},
 });
 
 static_assert(std::is_sorted(kTable.begin(), kTable.end(),

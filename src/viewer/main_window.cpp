@@ -1,6 +1,8 @@
 #include "viewer/main_window.h"
 
 #include <QAction>
+#include <QCheckBox>
+#include <QGridLayout>
 #include <QActionGroup>
 #include <QApplication>
 #include <QClipboard>
@@ -27,6 +29,7 @@
 
 #include "dxf/stats.h"
 #include "render/picture_file.h"
+#include "render/world_file.h"
 #include "support/log.h"
 #include "support/messages.h"
 #include "support/runtime_error.h"
@@ -55,6 +58,7 @@ constexpr const char* kProgram = "dxfimport";
 constexpr const char* kLegacySetting = "Viewer/LegacyReadingRules";
 constexpr const char* kLineWeightsSetting = "Viewer/LineWeights";
 constexpr const char* kBudgetSetting = "Viewer/EntityBudget";
+constexpr const char* kWorldFileSetting = "Viewer/WorldFile";
 
 // The hourglass for the length of an operation, restored on every way out.
 class HourGlass {
@@ -418,7 +422,14 @@ QString frmImport::DefaultSaveFile() {
   QFileDialog dialog(this, Text(1053), QString::fromStdString(BitmapDirectory()), QtFilter(Text(1025)));
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setDefaultSuffix("BMP");
+  // The dialog's own layout takes one more row: the world-file choice, kept between runs.
+  dialog.setOption(QFileDialog::DontUseNativeDialog);
+  auto* worldFile = new QCheckBox(Text(1078), &dialog);
+  worldFile->setObjectName("worldFile");
+  worldFile->setChecked(QSettings(kOrganization, kProgram).value(kWorldFileSetting, false).toBool());
+  if (auto* grid = qobject_cast<QGridLayout*>(dialog.layout())) grid->addWidget(worldFile, grid->rowCount(), 0, 1, -1);
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
+  QSettings(kOrganization, kProgram).setValue(kWorldFileSetting, worldFile->isChecked());
   return dialog.selectedFiles().front();
 }
 
@@ -573,7 +584,9 @@ void frmImport::mnuFileSaveAsBitmap_Click() {
   HourGlass hourglass;
   QString file = ChooseSaveFile();
   if (file.isEmpty()) return;
-  if (!SavePictureAtomically(CurrentPicture(), file, "BMP")) {
+  if (!SavePictureAtomically(CurrentPicture(), file, "BMP") ||
+      (QSettings(kOrganization, kProgram).value(kWorldFileSetting, false).toBool() &&
+       !WriteWorldFile(CurrentPlacement(), file))) {
     ShowMessage(MessageIcon::Critical,
                 SubstituteArgs(LoadResText(1049), {std::to_string(kErrPathFileAccess), RunTimeText(kErrPathFileAccess)}) +
                     "\n\n" + file.toStdString());

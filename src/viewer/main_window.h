@@ -5,6 +5,8 @@
 #include <QMainWindow>
 #include <QStringList>
 
+#include "render/world_file.h"
+
 #include <functional>
 #include <optional>
 #include <map>
@@ -94,6 +96,8 @@ class frmImport : public QMainWindow {
   // The picture that Save, Copy and the host get: the colour-reduced copy while it is
   // shown, else the picture.
   QImage CurrentPicture() const;
+  // Where the current picture lies on the drawing.
+  PicturePlacement CurrentPlacement() const { return PlacementOf(zoom_.Engine); }
 
   PictureBox* Picture1() const { return picture_; }
   Drawing& drawing() { return drawing_; }

@@ -7,7 +7,11 @@
 
 #include <QImage>
 
+#include <cmath>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
 
 #include "testing/dxf_fixture.h"
 
@@ -121,6 +125,79 @@ TEST(CommandLine, RenderWritesTheSamePictureInEveryBitmapFormat) {
   ASSERT_EQ(pdf.status, 0);
   EXPECT_GT(std::filesystem::file_size(dir + "/s.svg"), 1000u);
   EXPECT_GT(std::filesystem::file_size(dir + "/s.pdf"), 1000u);
+  std::filesystem::remove_all(dir);
+}
+
+// The six numbers of a world file.
+std::vector<double> WorldFile(const std::string& path) {
+  std::vector<double> numbers;
+  std::ifstream in(path);
+  for (double v; in >> v;) numbers.push_back(v);
+  return numbers;
+}
+
+// Checks that each drawing point lights a pixel within half a pixel of where the world
+// file puts it.
+void ExpectPointsWhereTheWorldFileSays(const QImage& picture, const std::vector<double>& w,
+                                       const std::vector<std::pair<double, double>>& points) {
+  ASSERT_EQ(w.size(), 6u);
+  for (auto [x, y] : points) {
+    const double column = (x - w[4]) / w[0], row = (y - w[5]) / w[3];
+    double nearest = 1e9, dx = 0, dy = 0;
+    for (int r = 0; r < picture.height(); ++r)
+      for (int c = 0; c < picture.width(); ++c)
+        if (qGray(picture.pixel(c, r)) < 128 && std::hypot(c - column, r - row) < nearest)
+          nearest = std::hypot(c - column, r - row), dx = c - column, dy = r - row;
+    EXPECT_LE(std::abs(dx), 0.5) << x << "," << y;
+    EXPECT_LE(std::abs(dy), 0.5) << x << "," << y;
+  }
+}
+
+TEST(CommandLine, APictureAtAScaleCarriesItsPlacementAndResolution) {
+  // Metres; three points, the middle one where neither extent nor window puts it.
+  testing::TempFile drawing(testing::DxfText({{0, "SECTION"}, {2, "HEADER"}, {9, "$INSUNITS"}, {70, "6"}, {0, "ENDSEC"}}) +
+                            testing::EntitiesFile({{0, "POINT"}, {8, "0"}, {10, "0"}, {20, "0"},
+                                                   {0, "POINT"}, {8, "0"}, {10, "10"}, {20, "8"},
+                                                   {0, "POINT"}, {8, "0"}, {10, "3.7"}, {20, "2.2"}}));
+  const std::string dir = std::filesystem::temp_directory_path() / "dxfimport-placement-test";
+  std::filesystem::create_directories(dir);
+  ProgramRun all = Dxfimport("render " + drawing.path() + " -o " + dir + "/p.bmp --window -1,9,11,-1 --scale 1:100 --dpi 100 --world-file");
+  ASSERT_EQ(all.status, 0) << all.err;
+  QImage bmp(QString::fromStdString(dir + "/p.bmp"));
+  // 100 dpi at 1:100: 1 m of drawing is 10 mm of paper, 39.37 pixels.
+  EXPECT_EQ(bmp.size(), QSize(473, 394));
+  EXPECT_EQ(bmp.dotsPerMeterX(), 3937);
+  const std::vector<double> w = WorldFile(dir + "/p.bpw");
+  ASSERT_EQ(w.size(), 6u);
+  EXPECT_NEAR(w[0], 0.0254, 1e-12);
+  EXPECT_EQ(w[1], 0);
+  EXPECT_EQ(w[2], 0);
+  EXPECT_NEAR(w[3], -0.0254, 1e-12);
+  ExpectPointsWhereTheWorldFileSays(bmp, w, {{0, 0}, {10, 8}, {3.7, 2.2}});
+
+  // A zoomed window, as PNG: the same numbers in the picture's text and beside it.
+  ProgramRun part = Dxfimport("render " + drawing.path() + " -o " + dir + "/z.png --window 3,3,5,1 --scale 1:50 --dpi 300 --world-file");
+  ASSERT_EQ(part.status, 0) << part.err;
+  QImage png(QString::fromStdString(dir + "/z.png"));
+  EXPECT_EQ(png.dotsPerMeterX(), 11811);
+  const std::vector<double> z = WorldFile(dir + "/z.pgw");
+  ExpectPointsWhereTheWorldFileSays(png, z, {{3.7, 2.2}});
+  std::ifstream pgw(dir + "/z.pgw");
+  std::string text((std::istreambuf_iterator<char>(pgw)), std::istreambuf_iterator<char>());
+  EXPECT_EQ(png.text("WorldFile").toStdString(), text);
+
+  // stats --json gives the placement of the same window and size.
+  ProgramRun stats = Dxfimport("stats --json " + drawing.path() + " --window 3,3,5,1 --size " +
+                               std::to_string(png.width()) + "x" + std::to_string(png.height()));
+  EXPECT_NE(stats.out.find("\"pixelHeight\":-"), std::string::npos) << stats.out;
+
+  // Without units in the drawing --units is needed; with it the scale holds.
+  testing::TempFile unitless(testing::EntitiesFile({{0, "LINE"}, {8, "0"}, {10, "0"}, {20, "0"}, {11, "254"}, {21, "0"}}));
+  ProgramRun asked = Dxfimport("render " + unitless.path() + " -o " + dir + "/u.bmp --scale 1:10 --dpi 100");
+  EXPECT_EQ(asked.status, 2);
+  EXPECT_NE(asked.err.find("--units"), std::string::npos);
+  ASSERT_EQ(Dxfimport("render " + unitless.path() + " -o " + dir + "/u.bmp --window 0,1,254,0 --scale 1:10 --dpi 100 --units mm").status, 0);
+  EXPECT_EQ(QImage(QString::fromStdString(dir + "/u.bmp")).width(), 100);
   std::filesystem::remove_all(dir);
 }
 

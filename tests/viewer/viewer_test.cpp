@@ -221,12 +221,19 @@ class ViewerTest : public QObject {
     QVERIFY(!first.empty());
     QVERIFY(first != second);
     QCOMPARE(QImage(QString::fromStdString(first)).size(), QSize(640, 480));
+    // The placement of the bitmap: six lines, a square pixel, rows running down.
+    const QStringList placement = QString::fromStdString(dxf.strPlacement()).split('\n', Qt::SkipEmptyParts);
+    QCOMPARE(placement.size(), 6);
+    QVERIFY(placement[0].toDouble() > 0);
+    QCOMPARE(placement[3].toDouble(), -placement[0].toDouble());
+    QCOMPARE(dxf.strPlacement(), dxf.window()->CurrentPlacement().WorldFileText());
     std::filesystem::remove(first);
     std::filesystem::remove(second);
 
     Soon([&dxf] { dxf.window()->mnuFileExit_Click(1); });
     dxf.ShowDialog();
     QCOMPARE(dxf.strBmpFileName(), std::string());
+    QCOMPARE(dxf.strPlacement(), std::string());
     dxf.Class_Terminate();
   }
 

@@ -1,0 +1,101 @@
+#include "render/world_file.h"
+
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+
+namespace dxfimport {
+namespace {
+
+// Shortest text that reads back as the same double.
+std::string Exact(double v) {
+  char text[32];
+  for (int digits = 15; digits <= 17; ++digits) {
+    std::snprintf(text, sizeof text, "%.*g", digits, v);
+    if (std::strtod(text, nullptr) == v) break;
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string PicturePlacement::WorldFileText() const {
+  std::string text;
+  for (double v : {PixelWidth, RotationY, RotationX, PixelHeight, CentreX, CentreY}) text += Exact(v) + "\n";
+  return text;
+}
+
+std::string PicturePlacement::Json() const {
+  return "{\"pixelWidth\":" + Exact(PixelWidth) + ",\"rotationY\":" + Exact(RotationY) + ",\"rotationX\":" +
+         Exact(RotationX) + ",\"pixelHeight\":" + Exact(PixelHeight) + ",\"x\":" + Exact(CentreX) +
+         ",\"y\":" + Exact(CentreY) + "}";
+}
+
+// A drawing point maps to device (x - OriginX) * ViewScale and DeviceHeight - (y -
+// OriginY) * ViewScale, and lights the pixel that value rounds to: pixel c is centred on
+// device value c.
+PicturePlacement PlacementOf(const DXFEngine& e) {
+  PicturePlacement p;
+  if (!(e.ViewScale > 0)) return p;
+  p.PixelWidth = 1 / e.ViewScale;
+  p.PixelHeight = -1 / e.ViewScale;
+  p.CentreX = e.OriginX;
+  p.CentreY = e.OriginY + double(e.DeviceHeight) / e.ViewScale;
+  return p;
+}
+
+QString WorldFilePath(const QString& picture) {
+  const QFileInfo info(picture);
+  const QString suffix = info.suffix();
+  QString world = "wld";
+  if (suffix.size() == 3) world = QString(suffix[0]) + suffix[2] + (suffix[2].isUpper() ? "W" : "w");
+  else if (suffix.compare("tiff", Qt::CaseInsensitive) == 0) world = suffix[0] == 't' ? "tfw" : "TFW";
+  const QString base = suffix.isEmpty() ? picture : picture.left(picture.size() - suffix.size() - 1);
+  return base + "." + world;
+}
+
+bool WriteWorldFile(const PicturePlacement& placement, const QString& picture) {
+  QSaveFile file(WorldFilePath(picture));
+  if (!file.open(QIODevice::WriteOnly)) return false;
+  const std::string text = placement.WorldFileText();
+  if (file.write(text.data(), qint64(text.size())) != qint64(text.size())) {
+    file.cancelWriting();
+    return false;
+  }
+  return file.commit();
+}
+
+double MillimetresPerUnit(int insUnits) {
+  static constexpr double kMillimetres[] = {
+      0,        25.4,        304.8,       1609344,     1,           10,          1000,          1e6,
+      25.4e-6,  0.0254,      914.4,       1e-7,        1e-6,        1e-3,        100,           1e4,
+      1e5,      1e12,        1.495978707e14, 9.4607304725808e18, 3.0856775814913673e19, 304.8006096012192,
+      25.40005080010160,     914.4018288036576,       1609347.218694437};
+  return insUnits >= 0 && insUnits < int(std::size(kMillimetres)) ? kMillimetres[insUnits] : 0;
+}
+
+int UnitsCode(const std::string& name) {
+  if (name == "in") return 1;
+  if (name == "ft") return 2;
+  if (name == "mm") return 4;
+  if (name == "cm") return 5;
+  if (name == "m") return 6;
+  return 0;
+}
+
+void SetPlacementText(QImage& image, const PicturePlacement& placement) {
+  image.setText(kPlacementKey, QString::fromStdString(placement.WorldFileText()));
+}
+
+void SetDotsPerInch(QImage& image, double dpi) {
+  if (!(dpi > 0)) return;
+  const int perMetre = int(std::lround(dpi / 0.0254));
+  image.setDotsPerMeterX(perMetre);
+  image.setDotsPerMeterY(perMetre);
+}
+
+}  // namespace dxfimport
