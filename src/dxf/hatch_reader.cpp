@@ -33,6 +33,7 @@ class PairCursor {
     return v;
   }
   std::size_t at() const { return at_; }
+  std::size_t remaining() const { return pairs_.size() - std::min(at_, pairs_.size()); }
 
  private:
   const std::vector<std::pair<int, std::string_view>>& pairs_;
@@ -49,7 +50,12 @@ int Bounded(double value, int lo, int hi) {
   return int(value);
 }
 
-int Count(PairCursor& c, int code) { return Bounded(c.Get(code), 0, kMaxCount); }
+// A count of items that follow: each takes at least one pair, so no count is more than
+// the pairs left.
+int Count(PairCursor& c, int code) {
+  const double value = c.Get(code);
+  return Bounded(value, 0, int(std::min<std::size_t>(kMaxCount, c.remaining())));
+}
 
 PointD Point(PairCursor& c, int xCode) { return {c.Get(xCode), c.Get(xCode + 10)}; }
 
