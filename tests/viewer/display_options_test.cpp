@@ -11,6 +11,7 @@
 #include "layers/layer_dialog.h"
 #include "support/log.h"
 #include "support/messages.h"
+#include "testing/viewer_session.h"
 #include "support/texts.h"
 #include "viewer/main_window.h"
 #include "viewer/picture_box.h"
@@ -42,9 +43,8 @@ class DisplayOptionsTest : public QObject {
   Q_OBJECT
 
  private:
-  RecordingMessageSink messages_;
-  MessageSink* previous_ = nullptr;
-  QTemporaryDir config_;
+  testing::ViewerSession session_;
+  RecordingMessageSink& messages_ = session_.messages;
 
   std::unique_ptr<frmImport> OpenSample() {
     auto window = MakeViewer(false);
@@ -54,12 +54,8 @@ class DisplayOptionsTest : public QObject {
   }
 
  private slots:
-  void initTestCase() {
-    qputenv("XDG_CONFIG_HOME", config_.path().toUtf8());
-    SetApplicationTitle("Corvath DXF Import");
-    previous_ = SetMessageSink(&messages_);
-  }
-  void cleanupTestCase() { SetMessageSink(previous_); }
+  void initTestCase() { session_.Begin(); }
+  void cleanupTestCase() { session_.End(); }
   void init() { messages_.clear(); }
 
   void aClickZoomsInTwiceAndADragOfFifteenPixelsZoomsToTheRectangle() {

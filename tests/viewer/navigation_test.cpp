@@ -18,6 +18,7 @@
 #include "app/viewer_factory.h"
 #include "layers/layer_dialog.h"
 #include "support/messages.h"
+#include "testing/viewer_session.h"
 #include "support/texts.h"
 #include "viewer/main_window.h"
 #include "viewer/picture_box.h"
@@ -49,9 +50,8 @@ class NavigationTest : public QObject {
   Q_OBJECT
 
  private:
-  RecordingMessageSink messages_;
-  MessageSink* previous_ = nullptr;
-  QTemporaryDir config_;
+  testing::ViewerSession session_;
+  RecordingMessageSink& messages_ = session_.messages;
 
   // The sample open in a shown window of 1200 x 850 whose picture follows it.
   std::unique_ptr<frmImport> ShownSample() {
@@ -66,12 +66,8 @@ class NavigationTest : public QObject {
   }
 
  private slots:
-  void initTestCase() {
-    qputenv("XDG_CONFIG_HOME", config_.path().toUtf8());
-    SetApplicationTitle("Corvath DXF Import");
-    previous_ = SetMessageSink(&messages_);
-  }
-  void cleanupTestCase() { SetMessageSink(previous_); }
+  void initTestCase() { session_.Begin(); }
+  void cleanupTestCase() { session_.End(); }
 
   void thePictureFollowsTheWindowUntilASizeIsChosen() {
     auto w = ShownSample();
