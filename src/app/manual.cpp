@@ -60,19 +60,11 @@ std::string Words(const std::vector<std::string>& words) {
   return out;
 }
 
-std::vector<std::string> OptionNames(const CLI::App& app) {
+// "-o --output ..." of the named options (only those that take a value, when asked).
+std::vector<std::string> OptionNames(const CLI::App& app, bool valuesOnly = false) {
   std::vector<std::string> names;
   for (const CLI::Option* o : Named(app)) {
-    for (const std::string& s : o->get_snames()) names.push_back("-" + s);
-    for (const std::string& l : o->get_lnames()) names.push_back("--" + l);
-  }
-  return names;
-}
-
-std::vector<std::string> ValueOptions(const CLI::App& app) {
-  std::vector<std::string> names;
-  for (const CLI::Option* o : Named(app)) {
-    if (!TakesValue(o)) continue;
+    if (valuesOnly && !TakesValue(o)) continue;
     for (const std::string& s : o->get_snames()) names.push_back("-" + s);
     for (const std::string& l : o->get_lnames()) names.push_back("--" + l);
   }
@@ -121,7 +113,7 @@ std::string BashCompletion(const CLI::App& app) {
       << "  case $command in\n";
   auto branch = [&out](const std::string& name, const CLI::App& a) {
     out << "    " << (name.empty() ? "\"\"" : name) << ") options=\"" << Words(OptionNames(a)) << "\" values=\""
-        << Words(ValueOptions(a)) << "\" ;;\n";
+        << Words(OptionNames(a, true)) << "\" ;;\n";
   };
   branch("", app);
   for (const CLI::App* command : app.get_subcommands({})) branch(command->get_name(), *command);

@@ -3,22 +3,17 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <charconv>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <iterator>
 
 namespace dxfimport {
 namespace {
 
-// Shortest text that reads back as the same double.
+// The shortest text that reads back as the same double.
 std::string Exact(double v) {
   char text[32];
-  for (int digits = 15; digits <= 17; ++digits) {
-    std::snprintf(text, sizeof text, "%.*g", digits, v);
-    if (std::strtod(text, nullptr) == v) break;
-  }
-  return text;
+  return std::string(text, std::to_chars(text, text + sizeof text, v).ptr);
 }
 
 }  // namespace
