@@ -30,11 +30,18 @@ CommandLine::CommandLine()
   dump->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
 
   draw = app.add_subcommand("render", "Draw a drawing to a picture file (.bmp, .png, .svg, .pdf)");
-  draw->add_option("file", render.file, "DXF file")->required();
-  draw->add_option("-o,--output", render.output, "Picture file to write")->required();
+  draw->add_option("file", renderFiles, "DXF file (several: a batch into the folder -o names)")->required();
+  draw->add_option("-o,--output", render.output, "Picture file to write (a batch: the folder)")->required();
+  draw->add_option("--format", format, "A batch's pictures: bmp, png, svg or pdf")
+      ->capture_default_str()
+      ->check(CLI::IsMember({"bmp", "png", "svg", "pdf"}));
+  draw->add_option("--jobs", jobs, "A batch's drawings at once (default: one per processor)")
+      ->check(CLI::PositiveNumber);
   draw->add_option("--size", size, "Picture size WIDTHxHEIGHT in pixels")->capture_default_str();
   draw->add_option("--background", render.background, "Background colour (name or #rrggbb)")->capture_default_str();
-  draw->add_option("--depth", render.depth, "Colour depth of a bitmap: 256, 16 or mono");
+  draw->add_option("--depth", render.depth,
+                   "Colour depth of a bitmap: 256, 16 or mono (dithered); palette, bw or grey (line art)")
+      ->check(CLI::IsMember({"256", "16", "mono", "palette", "bw", "grey", "gray"}));
   draw->add_option("--layer-off", render.layersOff, "Do not draw this layer (repeatable)");
   draw->add_flag("--entity-colors", render.entityColors, "Draw entities in their own colours, not their layer's");
   draw->add_flag("--legacy", legacy, legacyHelp);
@@ -48,6 +55,8 @@ CommandLine::CommandLine()
   draw->add_option("--scale", render.scale, "Draw at this scale, 1:N (the size follows from the window and --dpi)");
   draw->add_option("--units", render.units, "The drawing unit when the drawing does not say: mm, cm, m, in or ft")
       ->check(CLI::IsMember({"mm", "cm", "m", "in", "ft"}));
+  draw->add_option("--strip-rows", render.stripRows, "Draw and write a bitmap this many rows at a time")
+      ->check(CLI::PositiveNumber);
 
   sweep = app.add_subcommand("sweep", "Load and draw every .dxf file under a folder; print a table");
   sweep->add_option("dir", sweepDir, "Folder to sweep")->required();

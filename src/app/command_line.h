@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include <string>
+#include <vector>
 
 #include "app/render_command.h"
 
@@ -24,7 +25,9 @@ struct CommandLine {
   int64_t maxEntities = 0;
 
   RenderOptions render;
-  std::string size = "640x480", window;
+  std::vector<std::string> renderFiles;  // several: a batch into the folder -o names
+  std::string size = "640x480", window, format = "bmp";
+  int jobs = 0;  // the batch's children at once (0: one per processor)
 
   std::string sweepDir, sweepOutput;
   int sweepSeconds = 60;

@@ -3,10 +3,13 @@
 #include <QGuiApplication>
 
 #include <cstdlib>
+#include <filesystem>
+#include <thread>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "app/command_line.h"
+#include "app/batch_command.h"
 #include "app/commands.h"
 #include "app/gui_modes.h"
 #include "app/render_command.h"
@@ -87,6 +90,13 @@ int main(int argc, char** argv) {
     render.maxEntities = cl.maxEntities;
     render.width = view.width, render.height = view.height, render.window = view.window;
     PrepareHeadlessQt();
+    std::error_code ec;
+    const std::vector<std::string> files = ExpandInputs(cl.renderFiles);
+    if (files != cl.renderFiles || files.size() > 1 || std::filesystem::is_directory(render.output, ec)) {
+      const int jobs = cl.jobs > 0 ? cl.jobs : int(std::max(1u, std::thread::hardware_concurrency()));
+      return RunRenderBatch(render, files, cl.format, jobs);
+    }
+    render.file = cl.renderFiles.front();
     QGuiApplication gui(argc, argv);
     return RunRender(render);
   }

@@ -12,9 +12,12 @@
 #include "app/load_for_command.h"
 #include "render/color_depth.h"
 #include "render/picture_file.h"
+#include "render/picture_stream.h"
 #include "render/redraw.h"
 #include "render/world_file.h"
 #include "support/text_decode.h"
+#include "support/messages.h"
+#include "support/texts.h"
 
 namespace dxfimport {
 namespace {
@@ -30,12 +33,17 @@ OutputKind KindOf(const std::string& path) {
   return OutputKind::Unknown;
 }
 
-std::optional<ColorDepth> DepthOf(const std::string& depth) {
-  if (depth.empty()) return ColorDepth::Full;
-  if (depth == "256") return ColorDepth::Colors256;
-  if (depth == "16") return ColorDepth::Colors16;
-  if (depth == "mono") return ColorDepth::Mono;
-  return std::nullopt;
+// A picture of up to this many pixels is drawn whole; a larger one a strip of about
+// kStripPixels at a time (64 MB in memory), as is one whose side is beyond what the
+// rasterizer takes in one go.
+constexpr int64_t kWholePicturePixels = int64_t(1) << 26;
+constexpr int64_t kStripPixels = int64_t(1) << 24;
+constexpr int kWholePictureSide = 32767;
+constexpr int kLargestSide = 1 << 20;
+
+bool NeedsStrips(const RenderOptions& o) {
+  return o.stripRows > 0 || int64_t(o.width) * o.height > kWholePicturePixels || o.width > kWholePictureSide ||
+         o.height > kWholePictureSide;
 }
 
 int Usage(const std::string& text) {
@@ -57,10 +65,29 @@ bool RenderImage(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o
                  ColorDepth depth, const char* format) {
   ImageSurface surface(o.width, o.height, background);
   if (!zoom.Zoom(window, surface)) return false;
-  QImage picture = ReduceColors(surface.image(), depth);
+  QImage picture = ReduceColors(surface.image(), depth, InksOf(zoom, background, depth));
   SetDotsPerInch(picture, o.dpi);
   SetPlacementText(picture, PlacementOf(zoom.Engine));
   return SavePictureAtomically(picture, QString::fromStdString(o.output), format);
+}
+
+// A picture drawn and written a strip at a time (BMP and PNG only).
+bool RenderStrips(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o, QColor background,
+                  ColorDepth depth, const char* format) {
+  if (zoom.drawing().SeqCount() == 0) {
+    ShowMessage(MessageIcon::Information, LoadResText(1051));
+    return false;
+  }
+  if (!zoom.PlaceView(window, o.width, o.height)) return false;
+  const LineArtInks inks = InksOf(zoom, background, depth);
+  const QImage sample = ReduceColors(QImage(1, 1, QImage::Format_RGB32), depth, inks);
+  PictureStream::Header header{QSize(o.width, o.height), sample.format(), sample.colorTable(), 3780,
+                               QString::fromStdString(PlacementOf(zoom.Engine).WorldFileText())};
+  if (o.dpi > 0) header.dotsPerMetre = int(std::lround(o.dpi / 0.0254));
+  std::unique_ptr<PictureStream> stream = PictureStream::Open(QString::fromStdString(o.output), format, header);
+  if (!stream) return false;
+  const int32_t rows = o.stripRows > 0 ? o.stripRows : int32_t(std::max<int64_t>(1, kStripPixels / o.width));
+  return WriteInStrips(zoom, background, rows, depth, inks, *stream);
 }
 
 // "1:500" (or "500"): the scale's denominator; 0 when the text is not a scale.
@@ -71,6 +98,18 @@ double ScaleDenominator(const std::string& text) {
       std::sscanf(text.c_str(), "%lf%c", &drawing, &tail) != 1)
     return 0;
   return paper > 0 && drawing > 0 && std::isfinite(drawing / paper) ? drawing / paper : 0;
+}
+
+// Why a picture of this size cannot be made in this form; empty when it can.
+std::string SizeProblem(const RenderOptions& o, OutputKind kind, ColorDepth depth) {
+  const bool bitmap = kind == OutputKind::Bmp || kind == OutputKind::Png;
+  const int largest = bitmap ? kLargestSide : kWholePictureSide;
+  if (o.width < 1 || o.height < 1 || o.width > largest || o.height > largest)
+    return "--size takes WIDTHxHEIGHT, each 1 to " + std::to_string(largest);
+  if (bitmap && NeedsStrips(o) && !ReducesPixelByPixel(depth))
+    return "--depth 256, 16 and mono dither the picture whole, which goes up to " +
+           std::to_string(kWholePicturePixels) + " pixels; palette, bw and grey take any size";
+  return {};
 }
 
 // With --scale the picture's size follows from the window: the window grows at its right
@@ -85,10 +124,10 @@ std::string SizeForScale(const Drawing& drawing, RenderOptions& o, ZoomRect& win
   const double pixelsPerUnit = o.dpi / 25.4 * MillimetresPerUnit(units) / denominator;
   const double width = std::abs(window.right - window.left) * pixelsPerUnit;
   const double height = std::abs(window.top - window.bottom) * pixelsPerUnit;
-  if (!(width <= 32767 && height <= 32767))
+  if (!(width <= kLargestSide && height <= kLargestSide))
     return "at " + o.scale + " and " + std::to_string(int(o.dpi)) + " dpi the picture would be " +
            std::to_string(std::llround(std::min(width, 1e15))) + " x " + std::to_string(std::llround(std::min(height, 1e15))) +
-           " pixels; the most is 32767 x 32767";
+           " pixels; the most is " + std::to_string(kLargestSide) + " on a side";
   o.width = std::max(1, int(std::ceil(width - 1e-6)));
   o.height = std::max(1, int(std::ceil(height - 1e-6)));
   const double left = std::min(window.left, window.right), bottom = std::min(window.bottom, window.top);
@@ -128,8 +167,13 @@ int WritePicture(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o
                  QColor background, const LoadOutcome& outcome) {
   bool written = false;
   switch (kind) {
-    case OutputKind::Bmp: written = RenderImage(zoom, window, o, background, depth, "BMP"); break;
-    case OutputKind::Png: written = RenderImage(zoom, window, o, background, depth, "PNG"); break;
+    case OutputKind::Bmp:
+    case OutputKind::Png: {
+      const char* format = kind == OutputKind::Bmp ? "BMP" : "PNG";
+      written = NeedsStrips(o) ? RenderStrips(zoom, window, o, background, depth, format)
+                               : RenderImage(zoom, window, o, background, depth, format);
+      break;
+    }
     case OutputKind::Svg: written = RenderSvg(zoom, window, o, background); break;
     case OutputKind::Pdf: written = RenderPdf(zoom, window, o, background); break;
     case OutputKind::Unknown: break;
@@ -151,12 +195,11 @@ int WritePicture(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o
 int RunRender(const RenderOptions& o) {
   OutputKind kind = KindOf(o.output);
   if (kind == OutputKind::Unknown) return Usage("the output must end in .bmp, .png, .svg or .pdf");
-  std::optional<ColorDepth> depth = DepthOf(o.depth);
-  if (!depth) return Usage("--depth takes 256, 16 or mono");
+  std::optional<ColorDepth> depth = ColorDepthNamed(o.depth);
+  if (!depth) return Usage("--depth takes 256, 16, mono, palette, bw or grey");
   QColor background(QString::fromStdString(o.background));
   if (!background.isValid()) return Usage("unknown colour " + o.background);
-  if (o.width < 1 || o.height < 1 || o.width > 32767 || o.height > 32767)
-    return Usage("--size takes WIDTHxHEIGHT, each 1 to 32767");
+  if (std::string problem = SizeProblem(o, kind, *depth); !problem.empty()) return Usage(problem);
 
   Drawing drawing;
   LoadOutcome outcome;
@@ -172,6 +215,7 @@ int RunRender(const RenderOptions& o) {
   if (!o.scale.empty()) {
     if (std::string problem = SizeForScale(drawing, sized, window); !problem.empty()) return Usage(problem);
   }
+  if (std::string problem = SizeProblem(sized, kind, *depth); !problem.empty()) return Usage(problem);
   if (sized.dpi > 0) zoom.Display.Dpi = sized.dpi;
   return WritePicture(zoom, window, sized, kind, *depth, background, outcome);
 }

@@ -15,7 +15,7 @@ struct RenderOptions {
   int width = 640;
   int height = 480;
   std::string background = "white";
-  std::string depth;  // "", "256", "16" or "mono"
+  std::string depth;  // "", "256", "16", "mono", "palette", "bw" or "grey"
   std::vector<std::string> layersOff;
   bool entityColors = false;
   std::optional<ZoomRect> window;  // drawing units; default: the extents
@@ -27,6 +27,7 @@ struct RenderOptions {
   double dpi = 0;                  // the picture's resolution (0: not said; 96 for --scale)
   std::string scale;               // "1:500": the size follows from the window, scale and dpi
   std::string units;               // the drawing unit when the drawing does not say (mm, cm, m, in, ft)
+  int32_t stripRows = 0;           // draw a bitmap this many rows at a time (0: whole when it fits)
 };
 
 // Draws a drawing to a picture file. 0 when the picture was written from a complete read

@@ -4,16 +4,16 @@
 
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <sstream>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
+#include "app/batch_command.h"
+#include "app/child_process.h"
 #include "dxf/reader.h"
 #include "render/redraw.h"
 #include "support/log.h"
@@ -37,7 +37,7 @@ double Millis(Clock::time_point since) {
 }
 
 // In the child: load and draw, then write "status\tload\tentities\tdraw\tmessage".
-[[noreturn]] void SweepChild(const fs::path& file, ReadingProfile profile, int fd) {
+int SweepChild(const fs::path& file, ReadingProfile profile, int fd) {
   struct Quiet : LogSink {
     void Write(int, std::string_view) override {}
   } quiet;
@@ -67,31 +67,20 @@ double Millis(Clock::time_point since) {
        << message;
   std::string text = line.str();
   ssize_t written = write(fd, text.data(), text.size());
-  _exit(written == ssize_t(text.size()) ? 0 : 1);
+  return written == ssize_t(text.size()) ? 0 : 1;
 }
 
 Result SweepFile(const fs::path& file, ReadingProfile profile, int seconds) {
-  int pipefd[2];
-  if (pipe(pipefd) != 0) return {"crash", 0, 0, 0, "no pipe"};
-  pid_t pid = fork();
-  if (pid == 0) {
-    close(pipefd[0]);
-    alarm(unsigned(seconds));
-    SweepChild(file, profile, pipefd[1]);
-  }
-  close(pipefd[1]);
-  std::string text;
-  char buffer[4096];
-  for (ssize_t n; (n = read(pipefd[0], buffer, sizeof buffer)) > 0;) text.append(buffer, std::size_t(n));
-  close(pipefd[0]);
-  int status = 0;
-  waitpid(pid, &status, 0);
+  ChildProcess child([&](int fd, int) { return SweepChild(file, profile, fd); }, unsigned(seconds));
+  if (!child.Started()) return {"crash", 0, 0, 0, "no child process"};
+  child.Finish();
   Result r;
-  if (WIFSIGNALED(status)) {
-    r.status = WTERMSIG(status) == SIGALRM ? "timeout" : "crash";
-    r.message = "signal " + std::to_string(WTERMSIG(status));
+  if (child.Signal() != 0) {
+    r.status = child.TimedOut() ? "timeout" : "crash";
+    r.message = "signal " + std::to_string(child.Signal());
     return r;
   }
+  const std::string& text = child.Output();
   std::istringstream in(text);
   std::getline(in, r.status, '\t');
   in >> r.loadMs;
@@ -101,7 +90,7 @@ Result SweepFile(const fs::path& file, ReadingProfile profile, int seconds) {
   in >> r.drawMs;
   in.ignore(1);
   std::getline(in, r.message);
-  if (r.status.empty()) r.status = "crash", r.message = "exit " + std::to_string(WEXITSTATUS(status));
+  if (r.status.empty()) r.status = "crash", r.message = "exit " + std::to_string(child.ExitCode());
   return r;
 }
 
@@ -118,18 +107,11 @@ std::string Cell(const Result& r) {
 
 int RunSweep(const std::string& dir, const std::string& output, int secondsPerFile) {
   std::vector<fs::path> files;
-  std::error_code ec;
-  for (auto it = fs::recursive_directory_iterator(dir, ec); !ec && it != fs::recursive_directory_iterator();
-       it.increment(ec)) {
-    std::string ext = it->path().extension().string();
-    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return char(std::tolower(c)); });
-    if (it->is_regular_file() && ext == ".dxf") files.push_back(it->path());
-  }
-  if (ec || files.empty()) {
+  for (const std::string& file : DxfFilesUnder(dir)) files.push_back(file);
+  if (files.empty()) {
     std::fprintf(stderr, "dxfimport sweep: no .dxf files under %s\n", dir.c_str());
     return 1;
   }
-  std::sort(files.begin(), files.end());
   std::ostringstream table;
   table << "| file | bytes | legacy: load ms | entities | error routine | draw ms | modern: load ms | entities | "
            "error routine | draw ms |\n|---|---|---|---|---|---|---|---|---|---|\n";

@@ -82,6 +82,8 @@ class ModernPainter : public EntityPainter {
   mutable int32_t lastBgr_ = -1;  // the colour ColorOf gave last
   mutable QColor lastColor_;
   QTransform device_;  // drawing to device coordinates
+  QTransform base_;    // device to the paint device (a strip of the picture is moved up)
+  QRectF bounds_;      // the clip the painter came with (a strip's rows), null for none
 };
 
 ModernPainter::ModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& canvas, QColor background,
@@ -97,6 +99,8 @@ ModernPainter::ModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& ca
       device_(e_.ViewScale, 0, 0, -e_.ViewScale, -e_.OriginX * e_.ViewScale,
               e_.DeviceHeight + e_.OriginY * e_.ViewScale) {
   painter_.save();
+  base_ = painter_.transform();
+  if (painter_.hasClipping()) bounds_ = painter_.clipBoundingRect();
   painter_.setRenderHint(QPainter::Antialiasing, zoom_.Display.Antialias);
   painter_.setRenderHint(QPainter::TextAntialiasing, true);
   painter_.setBrush(Qt::NoBrush);
@@ -190,9 +194,12 @@ void ModernPainter::UseBrush(QColor color) {
 
 void ModernPainter::Draw(const SeqEntry& entry) {
   if (entry.Kind == kKindClip) {
-    if (entry.Index <= 0 || std::size_t(entry.Index) > drawing_.ClipBoxes.size()) return painter_.setClipping(false);
+    const bool ends = entry.Index <= 0 || std::size_t(entry.Index) > drawing_.ClipBoxes.size();
+    if (ends && bounds_.isNull()) return painter_.setClipping(false);
+    if (ends) return painter_.setClipRect(bounds_);
     const Box& b = drawing_.ClipBoxes[std::size_t(entry.Index - 1)];
-    painter_.setClipRect(QRectF(At(b.minX, b.maxY), At(b.maxX, b.minY)).intersected(view_.adjusted(-1, -1, 1, 1)));
+    QRectF clip = QRectF(At(b.minX, b.maxY), At(b.maxX, b.minY)).intersected(view_.adjusted(-1, -1, 1, 1));
+    painter_.setClipRect(bounds_.isNull() ? clip : clip.intersected(bounds_));
     return;
   }
   VisitRow(drawing_, entry, [this, &entry](const auto& row) {
@@ -513,11 +520,11 @@ void ModernPainter::DrawText(const TextLayout& layout, int32_t colorValue, int32
   for (const TextLayout::Run& run : layout.runs) {
     const QTransform glyphs(run.scale * run.widthScale, 0, -run.shear * run.scale, -run.scale, run.origin.x(),
                             run.origin.y());
-    painter_.setTransform(glyphs * toDevice);
+    painter_.setTransform(glyphs * toDevice * base_);
     painter_.setPen(run.color ? ColorOf(run.color, layer) : own);
     painter_.drawGlyphRun(QPointF(0, 0), run.glyphs);
   }
-  painter_.setTransform(QTransform());
+  painter_.setTransform(base_);
   for (const TextLayout::Stroke& stroke : layout.strokes) {
     painter_.setPen(QPen(stroke.color ? ColorOf(stroke.color, layer) : own, std::max(1.0, capPixels * 0.07)));
     painter_.drawLine(toDevice.map(stroke.line));

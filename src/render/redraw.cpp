@@ -168,27 +168,11 @@ void ZoomState::DrawEvery(EntityPainter& painter, Surface& surface) {
 void ZoomState::DrawIndexed(EntityPainter& painter, Surface& surface, QPainter* composite) {
   const DXFEngine& e = Engine;
   const ZoomRect& z = e.CurrentZoom;
-  // Pens reach beyond the boxes by half their width (line weights up to 2.11 mm).
-  const double pen = Display.LineWeights ? 2.11 / 25.4 * Display.Dpi : 1;
-  const double margin = (2 + pen) / e.ViewScale;
-  const Box view{z.left - margin, z.bottom - margin, z.right + margin, z.top + margin};
   const ZoomRect& all = ExtentsZoom;
   const double viewArea = (z.right - z.left) * (z.top - z.bottom);
   const double allArea = std::abs((all.right - all.left) * (all.top - all.bottom));
   const bool part = std::isfinite(viewArea) && allArea > 0 && viewArea < allArea / 4;
-  if (part && (!Index || Index->generation() != drawing_.Generation())) Index = std::make_unique<SpatialIndex>(drawing_);
-  if (part) {
-    Index->Query(view, visible_);
-    // The entries and their rows lie far apart in memory: fetched all at once here, their
-    // loads overlap instead of stalling the draw one by one.
-    visibleEntries_.clear();
-    visibleEntries_.reserve(visible_.size());
-    for (int32_t at : visible_) {
-      const SeqEntry& entry = drawing_.DrawSeq[std::size_t(at)];
-      visibleEntries_.push_back(entry);
-      VisitRow(drawing_, entry, [](const auto& row) { __builtin_prefetch(&row); });
-    }
-  }
+  if (part) FetchVisible(RowsBox(0, e.DeviceHeight));
   const std::vector<SeqEntry>& entries = part ? visibleEntries_ : drawing_.DrawSeq;
   const std::size_t count = entries.size();
   constexpr std::size_t kHalvesFrom = 8192;
@@ -235,6 +219,67 @@ void ZoomState::DrawIndexed(EntityPainter& painter, Surface& surface, QPainter* 
     stop = Interrupted;
     worker.get();
     if (!Interrupted) composite->drawImage(0, 0, second);
+  }
+}
+
+Box ZoomState::RowsBox(int32_t top, int32_t bottom) const {
+  const DXFEngine& e = Engine;
+  // Pens reach beyond the boxes by half their width (line weights up to 2.11 mm).
+  const double pen = Display.LineWeights ? 2.11 / 25.4 * Display.Dpi : 1;
+  const double margin = (2 + pen) / e.ViewScale;
+  const PointD high = DrawingPoint(0, top), low = DrawingPoint(e.DeviceWidth, bottom);
+  return {high.x - margin, low.y - margin, low.x + margin, high.y + margin};
+}
+
+void ZoomState::FetchVisible(const Box& box) {
+  if (!Index || Index->generation() != drawing_.Generation()) Index = std::make_unique<SpatialIndex>(drawing_);
+  Index->Query(box, visible_);
+  // The entries and their rows lie far apart in memory: fetched all at once here, their
+  // loads overlap instead of stalling the draw one by one.
+  visibleEntries_.clear();
+  visibleEntries_.reserve(visible_.size());
+  for (int32_t at : visible_) {
+    const SeqEntry& entry = drawing_.DrawSeq[std::size_t(at)];
+    visibleEntries_.push_back(entry);
+    VisitRow(drawing_, entry, [](const auto& row) { __builtin_prefetch(&row); });
+  }
+}
+
+// The rasterizer draws within 32767 pixels of a device's origin.
+constexpr int32_t kRasterSide = 32767;
+
+// The strip is drawn through a paint device that is the whole picture (up to the
+// rasterizer's reach) laid over the strip's memory, the strip's rows as its own, with a
+// clip to those rows: lines are then cut at the picture's edges, as in a picture drawn
+// whole, and so take the same pixels. Only the clipped rows are ever touched. A picture
+// wider or higher than the rasterizer's reach is drawn through devices that start at the
+// strip's top and at every 32767th column.
+bool ZoomState::DrawStrip(QImage& strip, int32_t top, QColor background) {
+  const int32_t width = Engine.DeviceWidth, height = Engine.DeviceHeight;
+  try {
+    strip.fill(background);
+    const bool indexed = drawing_.Rules().IndexedRedraw;
+    if (indexed) FetchVisible(RowsBox(top, top + strip.height()));
+    const int32_t deviceTop = height <= kRasterSide ? 0 : top;
+    const int32_t deviceHeight = std::min(height - deviceTop, kRasterSide);
+    for (int32_t left = 0; left < width; left += kRasterSide) {
+      const int32_t columns = std::min(width - left, kRasterSide);
+      const uintptr_t first = reinterpret_cast<uintptr_t>(strip.bits()) + uintptr_t(left) * 4 -
+                              uintptr_t(top - deviceTop) * uintptr_t(strip.bytesPerLine());
+      QImage device(reinterpret_cast<uchar*>(first), columns, deviceHeight, strip.bytesPerLine(), strip.format());
+      QPainter painter(&device);
+      painter.translate(-left, -deviceTop);
+      painter.setClipRect(QRect(left, top, columns, strip.height()));
+      Canvas canvas(painter);
+      std::unique_ptr<EntityPainter> kinds = drawing_.Rules().LegacyPainter
+                                                 ? MakeLegacyPainter(*this, drawing_, canvas, false)
+                                                 : MakeModernPainter(*this, drawing_, canvas, background, false);
+      for (const SeqEntry& entry : indexed ? visibleEntries_ : drawing_.DrawSeq) kinds->Draw(entry);
+    }
+    return true;
+  } catch (const RunTimeError& e) {
+    ReportError("Zoom", "DXFINVB", e.text(), e.number());
+    return false;
   }
 }
 

@@ -90,6 +90,10 @@ class ZoomState {
   // Sets the viewport for `window` on a picture of width x height pixels as Zoom would,
   // without drawing. False (message 1052) when the window has no width.
   bool PlaceView(const ZoomRect& window, int32_t width, int32_t height);
+  // Draws the device rows from `top` on (as many as `strip` has) of the view PlaceView set
+  // into `strip`, cleared first to `background`: the same pixels that a whole picture of
+  // the view has in those rows. False after a reported run-time error.
+  bool DrawStrip(QImage& strip, int32_t top, QColor background);
 
   // The drawing point under the device pixel (x, y) of the current view.
   PointD DrawingPoint(double x, double y) const;
@@ -107,6 +111,10 @@ class ZoomState {
   std::unique_ptr<EntityPainter> MakePainter(Canvas& canvas, const Surface& surface, bool toPrinter);
   void DrawEvery(EntityPainter& painter, Surface& surface);
   void DrawIndexed(EntityPainter& painter, Surface& surface, QPainter* composite);
+  // The drawing-unit box of the device rows [top, bottom), grown by what pens reach.
+  Box RowsBox(int32_t top, int32_t bottom) const;
+  // Fetches the entries the index finds in `box` into visibleEntries_.
+  void FetchVisible(const Box& box);
   bool OpaqueAndUnclipped(const std::vector<SeqEntry>& entries, std::size_t from, std::size_t to) const;
   std::vector<int32_t> visible_;         // the positions of the entries DrawIndexed draws
   std::vector<SeqEntry> visibleEntries_;  // and the entries themselves

@@ -111,6 +111,9 @@ constexpr std::array kTable = std::to_array<Entry>({
     {1076, "X: %1   Y: %2   Zoom: %3 %", "X: %1   Y: %2   ズーム: %3 %"},
     {1077, "Zoom &In", "中心で拡大(&I)"},
     {1078, "Write a &world file beside the bitmap (where it lies on the drawing)", "ビットマップの横にワールド ファイルを書く(図面上の位置)(&W)"},
+    {1079, "256, the Drawing's Own &Colours", "256 色、図面の色そのまま(&C)"},
+    {1080, "&Black and White Lines", "白黒の線(&B)"},
+    {1081, "&Greyscale", "グレースケール(&G)"},
 });
 
 static_assert(std::is_sorted(kTable.begin(), kTable.end(),

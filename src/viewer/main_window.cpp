@@ -59,6 +59,7 @@ constexpr const char* kLegacySetting = "Viewer/LegacyReadingRules";
 constexpr const char* kLineWeightsSetting = "Viewer/LineWeights";
 constexpr const char* kBudgetSetting = "Viewer/EntityBudget";
 constexpr const char* kWorldFileSetting = "Viewer/WorldFile";
+constexpr int kReductions = 7;  // the Colour Depth menu's choices
 
 // The hourglass for the length of an operation, restored on every way out.
 class HourGlass {
@@ -193,8 +194,10 @@ void frmImport::CreateMenus() {
   depth->setObjectName("mnuOptionReduce");
   captioned_[1055] = depth->menuAction();
   auto* depthGroup = new QActionGroup(this);
-  for (int i = 0; i < 4; ++i) {
-    QAction* choice = item(depth, 1056 + i, "", [this, i] { mnuOptionReduceChoice_Click(i); });
+  // The dithered reductions, the default, then the reductions for line art.
+  for (int i = 0; i < kReductions; ++i) {
+    if (i == 4) depth->addSeparator();
+    QAction* choice = item(depth, i < 4 ? 1056 + i : 1075 + i, "", [this, i] { mnuOptionReduceChoice_Click(i); });
     choice->setObjectName(QString("mnuOptionReduceChoice%1").arg(i));
     choice->setCheckable(true);
     choice->setChecked(i == 3);
@@ -504,16 +507,19 @@ void frmImport::mnuoptions_Click() {
   for (const char* name : {"mnuOptionForecolor", "mnuOptionProperties", "mnuOptionReduce"})
     Action(name)->setEnabled(booPictureLoaded);
   if (!gear1Visible_) {
-    for (int i = 0; i < 4; ++i) Action(QString("mnuOptionReduceChoice%1").arg(i))->setChecked(i == 3);
+    for (int i = 0; i < kReductions; ++i) Action(QString("mnuOptionReduceChoice%1").arg(i))->setChecked(i == 3);
   }
 }
 
 void frmImport::mnuOptionReduceChoice_Click(int index) {
   HourGlass hourglass;
-  for (int i = 0; i < 4; ++i) Action(QString("mnuOptionReduceChoice%1").arg(i))->setChecked(i == index);
-  static constexpr ColorDepth kDepths[] = {ColorDepth::Colors256, ColorDepth::Colors16, ColorDepth::Mono};
-  if (index >= 0 && index < 3) {
-    gearImage_ = ReduceColors(picture_->image(), kDepths[index]);
+  for (int i = 0; i < kReductions; ++i) Action(QString("mnuOptionReduceChoice%1").arg(i))->setChecked(i == index);
+  static constexpr ColorDepth kDepths[] = {ColorDepth::Colors256, ColorDepth::Colors16, ColorDepth::Mono,
+                                           ColorDepth::Full,      ColorDepth::Palette,  ColorDepth::Threshold,
+                                           ColorDepth::Grey};
+  if (index >= 0 && index < kReductions && index != 3) {
+    const ColorDepth chosen = kDepths[index];
+    gearImage_ = ReduceColors(picture_->image(), chosen, InksOf(zoom_, picture_->BackColor(), chosen));
     setBooGear1Visible(true);
   } else {
     setBooGear1Visible(false);

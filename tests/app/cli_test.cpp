@@ -274,3 +274,47 @@ TEST(CommandLine, RenderDrawsAPaperSpaceLayoutWhenModelSpaceIsEmptyOrOneIsAsked)
 
 }  // namespace
 }  // namespace dxfimport
+
+namespace dxfimport {
+namespace {
+
+TEST(CommandLine, ABatchDrawsAFolderAndSumsUpEveryFile) {
+  namespace fs = std::filesystem;
+  const fs::path in = fs::temp_directory_path() / "dxfimport-batch-in", out = fs::temp_directory_path() / "dxfimport-batch-out";
+  fs::remove_all(in), fs::remove_all(out);
+  fs::create_directories(in / "sub");
+  fs::copy_file(testing::SamplePath(), in / "plan.dxf");
+  fs::copy_file(testing::SamplePath(), in / "sub" / "plan.DXF");
+  std::ofstream(in / "broken.dxf") << "this is not a drawing\n";
+  std::ofstream(in / "notes.txt") << "not a .dxf file: not drawn\n";
+
+  ProgramRun run = Dxfimport("render " + in.string() + " -o " + out.string() + " --format png --jobs 2");
+  EXPECT_EQ(run.status, 1) << run.err;
+  EXPECT_NE(run.out.find("| " + (in / "broken.dxf").string() + " | failed |"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("not recognized as a valid DXF file"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("| " + (in / "plan.dxf").string() + " | ok |"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("3 files in"), std::string::npos) << run.out;
+  EXPECT_NE(run.err.find("[3/3]"), std::string::npos) << run.err;
+  // Two files of one name: the second picture is numbered.
+  EXPECT_TRUE(fs::exists(out / "plan.png"));
+  EXPECT_TRUE(fs::exists(out / "plan-2.png"));
+  EXPECT_FALSE(fs::exists(out / "broken.png"));
+  EXPECT_EQ(QImage(QString::fromStdString((out / "plan.png").string())),
+            QImage(QString::fromStdString((out / "plan-2.png").string())));
+
+  // A picture in strips, reduced for line art, is the picture drawn whole; the dithered
+  // depths need the whole picture and say so beyond what one image holds.
+  const std::string sample = testing::SamplePath();
+  ASSERT_EQ(Dxfimport("render " + sample + " -o " + (out / "whole.png").string() + " --size 700x500 --depth grey").status, 0);
+  ASSERT_EQ(Dxfimport("render " + sample + " -o " + (out / "strips.png").string() +
+                      " --size 700x500 --depth grey --strip-rows 33").status, 0);
+  EXPECT_EQ(QImage(QString::fromStdString((out / "whole.png").string())).convertToFormat(QImage::Format_RGB32),
+            QImage(QString::fromStdString((out / "strips.png").string())).convertToFormat(QImage::Format_RGB32));
+  ProgramRun dithered = Dxfimport("render " + sample + " -o " + (out / "x.bmp").string() + " --size 40000x30000 --depth 256");
+  EXPECT_EQ(dithered.status, 2);
+  EXPECT_NE(dithered.err.find("palette, bw and grey take any size"), std::string::npos) << dithered.err;
+  fs::remove_all(in), fs::remove_all(out);
+}
+
+}  // namespace
+}  // namespace dxfimport
