@@ -121,7 +121,7 @@ std::string SizeForScale(const Drawing& drawing, RenderOptions& o, ZoomRect& win
   if (MillimetresPerUnit(units) == 0) units = UnitsCode(o.units);
   if (MillimetresPerUnit(units) == 0) return "the drawing does not say its units: add --units mm|cm|m|in|ft";
   if (o.dpi == 0) o.dpi = 96;
-  const double pixelsPerUnit = o.dpi / 25.4 * MillimetresPerUnit(units) / denominator;
+  const double pixelsPerUnit = PixelsPerUnit(denominator, o.dpi, units);
   const double width = std::abs(window.right - window.left) * pixelsPerUnit;
   const double height = std::abs(window.top - window.bottom) * pixelsPerUnit;
   if (!(width <= kLargestSide && height <= kLargestSide))

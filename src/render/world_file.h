@@ -46,6 +46,10 @@ void SetPlacementText(QImage& image, const PicturePlacement& placement);
 // the code of a unit named on the command line (mm, cm, m, in, ft; 0 for another name).
 double MillimetresPerUnit(int insUnits);
 int UnitsCode(const std::string& name);
+// Pixels per drawing unit at 1:`denominator` and `dpi` (0 when the unit is unknown).
+inline double PixelsPerUnit(double denominator, double dpi, int insUnits) {
+  return denominator > 0 ? dpi / 25.4 * MillimetresPerUnit(insUnits) / denominator : 0;
+}
 
 // Sets the picture's resolution (kept in BMP and PNG headers).
 void SetDotsPerInch(QImage& image, double dpi);

@@ -114,6 +114,13 @@ constexpr std::array kTable = std::to_array<Entry>({
     {1079, "256, the Drawing's Own &Colours", "256 色、図面の色そのまま(&C)"},
     {1080, "&Black and White Lines", "白黒の線(&B)"},
     {1081, "&Greyscale", "グレースケール(&G)"},
+    {1082, "&Scale and resolution", "縮尺と解像度(&S)"},
+    {1083, "Scale 1:", "縮尺 1:"},
+    {1084, "Resolution (dpi):", "解像度 (dpi):"},
+    {1085, "Drawing unit:", "図面の単位:"},
+    {1086, "The extents at this scale: %1 x %2 pixels", "この縮尺での図面範囲: %1 x %2 ピクセル"},
+    {1087, "At this scale the picture would be %1 x %2 pixels; the viewer draws up to %3 on a side (dxfimport render draws any size).",
+     "この縮尺では %1 x %2 ピクセルになります。ビューアーは一辺 %3 まで表示できます (dxfimport render はどの大きさでも描けます)。"},
 });
 
 static_assert(std::is_sorted(kTable.begin(), kTable.end(),

@@ -1,12 +1,19 @@
 #include "viewer/choose_size_dialog.h"
 
 #include <QButtonGroup>
+#include <QComboBox>
+#include <QFormLayout>
+#include <QLabel>
+#include <QSpinBox>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QVBoxLayout>
 
+#include <cmath>
+
+#include "render/world_file.h"
 #include "support/messages.h"
 #include "support/texts.h"
 #include "viewer/dialog_font.h"
@@ -38,6 +45,41 @@ frmChooseSize::frmChooseSize(frmImport& owner) : QDialog(&owner), owner_(owner) 
     }
     sizes->addWidget(box);
   }
+  auto* scaleBox = new QGroupBox(this);
+  auto* scaleRows = new QFormLayout(scaleBox);
+  auto* byScale = new QRadioButton(Text(1082), scaleBox);
+  byScale->setObjectName("optSize8");
+  group->addButton(byScale, kScaleOption);
+  optSize_[kScaleOption] = byScale;
+  scale_ = new QSpinBox(scaleBox);
+  scale_->setObjectName("txtScale");
+  scale_->setRange(1, 1000000);
+  scale_->setValue(100);
+  dpi_ = new QSpinBox(scaleBox);
+  dpi_->setObjectName("txtDpi");
+  dpi_->setRange(10, 2400);
+  dpi_->setValue(96);
+  units_ = new QComboBox(scaleBox);
+  units_->setObjectName("cboUnits");
+  for (const char* unit : {"mm", "cm", "m", "in", "ft"}) units_->addItem(unit, UnitsCode(unit));
+  const int said = owner_.drawing().InsUnits;
+  units_->setEnabled(MillimetresPerUnit(said) == 0);
+  scaledSize_ = new QLabel(scaleBox);
+  scaledSize_->setObjectName("lblScaledSize");
+  scaleRows->addRow(byScale);
+  scaleRows->addRow(Text(1083), scale_);
+  scaleRows->addRow(Text(1084), dpi_);
+  scaleRows->addRow(Text(1085), units_);
+  scaleRows->addRow(scaledSize_);
+  for (QSpinBox* box : {scale_, dpi_}) {
+    connect(box, &QSpinBox::valueChanged, this, [this] {
+      optSize_[kScaleOption]->setChecked(true);
+      ShowScaledSize();
+    });
+  }
+  connect(units_, &QComboBox::currentIndexChanged, this, [this] { ShowScaledSize(); });
+  ShowScaledSize();
+
   auto* buttons = new QHBoxLayout;
   buttons->addStretch();
   const int captions[3] = {500, 501, 503};
@@ -50,6 +92,7 @@ frmChooseSize::frmChooseSize(frmImport& owner) : QDialog(&owner), owner_(owner) 
   }
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(sizes);
+  layout->addWidget(scaleBox);
   layout->addLayout(buttons);
   ApplyDialogFont(this, true);
   const QImage& picture = owner_.Picture1()->image();
@@ -69,6 +112,22 @@ int frmChooseSize::PreselectedOption(int width, int height) {
   }
 }
 
+QSize frmChooseSize::ScaledSize() const {
+  const Drawing& d = owner_.drawing();
+  const int said = d.InsUnits;
+  const int units = MillimetresPerUnit(said) != 0 ? said : units_->currentData().toInt();
+  const double perUnit = PixelsPerUnit(scale_->value(), dpi_->value(), units);
+  const double width = std::abs(d.ExtMaxX - d.ExtMinX) * perUnit, height = std::abs(d.ExtMaxY - d.ExtMinY) * perUnit;
+  if (!(width >= 0.5 && height >= 0.5) || !(width < 1e9 && height < 1e9)) return {};
+  return {int(std::ceil(width - 1e-6)), int(std::ceil(height - 1e-6))};
+}
+
+void frmChooseSize::ShowScaledSize() {
+  const QSize size = ScaledSize();
+  scaledSize_->setText(SubstituteArgs(LoadResText(1086), {std::to_string(size.width()), std::to_string(size.height())})
+                           .c_str());
+}
+
 int frmChooseSize::SelectedOption() const {
   for (std::size_t i = 0; i < optSize_.size(); ++i)
     if (optSize_[i]->isChecked()) return int(i);
@@ -83,7 +142,16 @@ void frmChooseSize::cmd1_Click(int index) {
   switch (index) {
     case 0: {
       int selected = SelectedOption();
-      if (selected >= 0) {
+      if (selected == kScaleOption) {
+        const QSize size = ScaledSize();
+        if (size.isEmpty() || size.width() > kLargestSide || size.height() > kLargestSide) {
+          ShowMessage(MessageIcon::Information,
+                      SubstituteArgs(LoadResText(1087), {std::to_string(size.width()), std::to_string(size.height()),
+                                                         std::to_string(kLargestSide)}));
+          return;
+        }
+        owner_.ChoosePictureSize(size.width(), size.height(), dpi_->value());
+      } else if (selected >= 0) {
         const Size& size = kSizes[std::size_t(selected)];
         owner_.ChoosePictureSize(size.width, size.height);
       }

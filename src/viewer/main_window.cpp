@@ -294,7 +294,11 @@ void frmImport::setBooGear1Visible(bool visible) {
   }
 }
 
-QImage frmImport::CurrentPicture() const { return gear1Visible_ ? gearImage_ : picture_->image(); }
+QImage frmImport::CurrentPicture() const {
+  QImage picture = gear1Visible_ ? gearImage_ : picture_->image();
+  SetDotsPerInch(picture, pictureDpi_);
+  return picture;
+}
 
 void frmImport::SetZoomButtons(bool enabled) {
   for (const char* key : {"MagNormal", "MagPlus", "MagMinus"}) toolbarButtons_[key]->setEnabled(enabled);

@@ -121,7 +121,8 @@ class frmImport : public QMainWindow {
   bool followsWindow() const { return followWindow_; }
   void SetFollowWindow(bool follow);
   // The picture-size dialog's choice: a fixed picture of this size.
-  void ChoosePictureSize(int width, int height);
+  // A fixed picture size (and the resolution its bitmaps are saved with; 0 leaves it unsaid).
+  void ChoosePictureSize(int width, int height, double dpi = 0);
   void WheelZoom(QPointF at, double notches);
   void ZoomIn();                  // about the picture's centre, twice
   void PreviousView();            // back to the view before the last zoom or pan
@@ -194,6 +195,7 @@ class frmImport : public QMainWindow {
   int rubberX0_ = 0, rubberY0_ = 0, rubberX1_ = 0, rubberY1_ = 0;
   int redrawCount_ = 0;
   QImage gearImage_;
+  double pictureDpi_ = 0;  // the resolution saved bitmaps carry (0: none said)
 
   PictureBox* picture_ = nullptr;
   QLabel* gear1_ = nullptr;

@@ -90,10 +90,11 @@ void frmImport::SetFollowWindow(bool follow) {
   followWindow_ = follow;
   Settings().setValue(kFollowSetting, follow);
   if (QAction* item = Action("mnuOptionFollow")) item->setChecked(follow);
-  if (follow) FitPictureToWindow();
+  if (follow) pictureDpi_ = 0, FitPictureToWindow();
 }
 
-void frmImport::ChoosePictureSize(int width, int height) {
+void frmImport::ChoosePictureSize(int width, int height, double dpi) {
+  pictureDpi_ = dpi;
   SetFollowWindow(false);
   picture_->ResizePicture(width, height);
   ZoomReset();

@@ -1,5 +1,8 @@
 #include <QAction>
 #include <QClipboard>
+#include <QComboBox>
+#include <QLabel>
+#include <QSpinBox>
 #include <QGuiApplication>
 #include <QProgressBar>
 #include <QPushButton>
@@ -17,9 +20,11 @@
 #include <fstream>
 
 #include "app/dxf_class.h"
+#include "render/world_file.h"
 #include "support/messages.h"
 #include "support/shared_settings.h"
 #include "support/texts.h"
+#include "render/world_file.h"
 #include "viewer/choose_size_dialog.h"
 #include "viewer/main_window.h"
 #include "viewer/picture_box.h"
@@ -178,6 +183,31 @@ class ViewerTest : public QObject {
     QCOMPARE(again.SelectedOption(), -1);  // 864 x 1152 pre-selects nothing, as it always did
     again.cmd1_Click(2);
     QCOMPARE(messages_.messages().back().text, std::string("help"));
+
+    // A scale and a resolution: the extents at 1:N and so many dots per inch, the unit
+    // chosen when the drawing does not say; the saved bitmap carries the resolution.
+    const Drawing& d = window.drawing();
+    frmChooseSize scaled(window);
+    scaled.findChild<QSpinBox*>("txtScale")->setValue(50);
+    scaled.findChild<QSpinBox*>("txtDpi")->setValue(150);
+    auto* units = scaled.findChild<QComboBox*>("cboUnits");
+    QCOMPARE(units->isEnabled(), d.InsUnits == 0);
+    units->setCurrentText("m");
+    QCOMPARE(scaled.SelectedOption(), frmChooseSize::kScaleOption);
+    const double perUnit = 150 / 25.4 * (d.InsUnits == 0 ? 1000 : MillimetresPerUnit(d.InsUnits)) / 50;
+    const QSize expected(int(std::ceil((d.ExtMaxX - d.ExtMinX) * perUnit - 1e-6)),
+                         int(std::ceil((d.ExtMaxY - d.ExtMinY) * perUnit - 1e-6)));
+    QCOMPARE(scaled.ScaledSize(), expected);
+    QVERIFY(scaled.findChild<QLabel*>("lblScaledSize")->text().contains(QString::number(expected.width())));
+    scaled.cmd1_Click(0);
+    QCOMPARE(window.Picture1()->image().size(), expected);
+    QCOMPARE(window.CurrentPicture().dotsPerMeterX(), qRound(150 / 0.0254));
+    // Too large for the viewer: said, and nothing changes.
+    scaled.findChild<QSpinBox*>("txtScale")->setValue(1);
+    scaled.findChild<QSpinBox*>("txtDpi")->setValue(2400);
+    scaled.cmd1_Click(0);
+    QVERIFY(messages_.messages().back().text.find("dxfimport render") != std::string::npos);
+    QCOMPARE(window.Picture1()->image().size(), expected);
   }
 
   void theFileMenuDependsOnHowTheProgramWasStarted() {
