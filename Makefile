@@ -40,6 +40,7 @@ bench: build
 	@$(BUILD)/bench/reader_bench --benchmark_counters_tabular=true
 	@$(BUILD)/bench/render_bench --benchmark_counters_tabular=true
 	@$(BUILD)/bench/text_bench --benchmark_counters_tabular=true
+	@$(BUILD)/bench/output_bench --benchmark_counters_tabular=true
 
 # The Debian packages dxfimport and dxfimport-dev, in build/package/.
 package: build
