@@ -176,6 +176,11 @@ int RunRenderBatch(const RenderOptions& options, const std::vector<std::string>&
   while (done < files.size()) {
     while (int(workers.size()) < jobs && next < files.size()) {
       workers.push_back({ChildProcess([&](int out, int in) { return Worker(options, files, pictures, out, in); }, 0, true)});
+      if (!workers.back().child.Started()) {
+        workers.pop_back();
+        record(next++, "failed", 0, "no worker process could be started");
+        continue;
+      }
       feed(workers.back());
     }
     std::vector<pollfd> fds;

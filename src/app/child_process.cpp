@@ -17,7 +17,10 @@ ChildProcess::ChildProcess(const std::function<int(int out, int in)>& work, unsi
   }
   pid_ = fork();
   if (pid_ == 0) {
-    close(out[0]), close(in[1]);
+    // Only its own pipes: a child holding a sibling's input would keep that sibling
+    // waiting for an end that never comes.
+    for (int fd = 3; fd < 4096; ++fd)
+      if (fd != out[1] && fd != in[0]) close(fd);
     if (captureErrors) dup2(out[1], STDERR_FILENO);
     if (seconds > 0) alarm(seconds);
     _exit(work(out[1], in[0]));

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <string>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <QImage>
 
@@ -13,6 +15,7 @@
 #include <iterator>
 #include <vector>
 
+#include "app/child_process.h"
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {
@@ -314,6 +317,44 @@ TEST(CommandLine, ABatchDrawsAFolderAndSumsUpEveryFile) {
   EXPECT_EQ(dithered.status, 2);
   EXPECT_NE(dithered.err.find("palette, bw and grey take any size"), std::string::npos) << dithered.err;
   fs::remove_all(in), fs::remove_all(out);
+}
+
+}  // namespace
+}  // namespace dxfimport
+
+namespace dxfimport {
+namespace {
+
+TEST(ChildProcess, ACrashOrAnExitIsSeenAndSiblingsDoNotHoldEachOthersInput) {
+  ChildProcess crash(
+      [](int out, int) {
+        if (write(out, "before\n", 7) != 7) return 1;
+        std::raise(SIGSEGV);
+        return 0;
+      },
+      0);
+  ChildProcess exits([](int, int) { return std::fprintf(stderr, "said on stderr\n") > 0 ? 3 : 4; }, 0, true);
+  crash.Finish(), exits.Finish();
+  EXPECT_EQ(crash.Signal(), SIGSEGV);
+  EXPECT_EQ(crash.Output(), "before\n");
+  EXPECT_EQ(exits.ExitCode(), 3);
+  EXPECT_EQ(exits.Output(), "said on stderr\n");
+
+  // Two children that echo their input until it ends: the first ends when its input is
+  // closed, though the second (forked after it) is still running.
+  auto echo = [](int out, int in) {
+    char c;
+    while (read(in, &c, 1) == 1)
+      if (write(out, &c, 1) != 1) return 1;
+    return 0;
+  };
+  ChildProcess first(echo, 10), second(echo, 10);
+  ASSERT_TRUE(first.Send("a", 1) && second.Send("b", 1));
+  first.Finish();
+  EXPECT_EQ(first.ExitCode(), 0);
+  EXPECT_EQ(first.Output(), "a");
+  second.Finish();
+  EXPECT_EQ(second.Output(), "b");
 }
 
 }  // namespace
