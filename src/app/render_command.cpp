@@ -80,10 +80,8 @@ bool RenderStrips(ZoomState& zoom, const ZoomRect& window, const RenderOptions& 
   }
   if (!zoom.PlaceView(window, o.width, o.height)) return false;
   const LineArtInks inks = InksOf(zoom, background, depth);
-  const QImage sample = ReduceColors(QImage(1, 1, QImage::Format_RGB32), depth, inks);
-  PictureStream::Header header{QSize(o.width, o.height), sample.format(), sample.colorTable(), 3780,
-                               QString::fromStdString(PlacementOf(zoom.Engine).WorldFileText())};
-  if (o.dpi > 0) header.dotsPerMetre = int(std::lround(o.dpi / 0.0254));
+  const PictureStream::Header header = PictureStream::HeaderFor(
+      QSize(o.width, o.height), depth, inks, o.dpi, QString::fromStdString(PlacementOf(zoom.Engine).WorldFileText()));
   std::unique_ptr<PictureStream> stream = PictureStream::Open(QString::fromStdString(o.output), format, header);
   if (!stream) return false;
   const int32_t rows = o.stripRows > 0 ? o.stripRows : int32_t(std::max<int64_t>(1, kStripPixels / o.width));

@@ -158,6 +158,15 @@ class PngStream : public PictureStream {
 
 }  // namespace
 
+PictureStream::Header PictureStream::HeaderFor(QSize size, ColorDepth depth, const LineArtInks& inks, double dpi,
+                                               const QString& placement) {
+  // The format and colour table a reduction gives, read off a one-pixel picture.
+  const QImage sample = ReduceColors(QImage(1, 1, QImage::Format_RGB32), depth, inks);
+  Header header{size, sample.format(), sample.colorTable(), 3780, placement};
+  if (dpi > 0) header.dotsPerMetre = DotsPerMetre(dpi);
+  return header;
+}
+
 std::unique_ptr<PictureStream> PictureStream::Open(const QString& path, const char* format, const Header& header) {
   if (qstrcmp(format, "BMP") == 0) {
     auto stream = std::make_unique<BmpStream>(path, header);

@@ -28,6 +28,9 @@ class PictureStream {
     QString placement;                         // the world file's text, kept in a PNG
   };
 
+  // The header of a picture whose strips are reduced to `depth` (`dpi` 0: not said).
+  static Header HeaderFor(QSize size, ColorDepth depth, const LineArtInks& inks, double dpi, const QString& placement);
+
   // A stream for "BMP" or "PNG"; nullptr when the file cannot be made or the picture is
   // too large for the format (a BMP holds at most 4 GB).
   static std::unique_ptr<PictureStream> Open(const QString& path, const char* format, const Header& header);

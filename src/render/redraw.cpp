@@ -101,9 +101,16 @@ bool ZoomState::PlaceView(const ZoomRect& window, int32_t width, int32_t height)
   return drawing_.Rules().SinglePrecision ? FitWindow<float>(window) : FitWindow<double>(window);
 }
 
-std::unique_ptr<EntityPainter> ZoomState::MakePainter(Canvas& canvas, const Surface& surface, bool toPrinter) {
+std::unique_ptr<EntityPainter> ZoomState::MakePainter(Canvas& canvas, QColor background, bool toPrinter) {
   if (drawing_.Rules().LegacyPainter) return MakeLegacyPainter(*this, drawing_, canvas, toPrinter);
-  return MakeModernPainter(*this, drawing_, canvas, surface.BackColor(), toPrinter);
+  return MakeModernPainter(*this, drawing_, canvas, background, toPrinter);
+}
+
+bool ZoomState::StopAsked(QElapsedTimer& sinceAsked) {
+  if (!KeepDrawing || sinceAsked.elapsed() < 50) return false;
+  sinceAsked.restart();
+  Interrupted = !KeepDrawing();
+  return Interrupted;
 }
 
 bool ZoomState::DrawPass(const ZoomRect& window, Surface& surface, QPaintDevice* metafile, bool toPrinter) {
@@ -123,7 +130,7 @@ bool ZoomState::DrawPass(const ZoomRect& window, Surface& surface, QPaintDevice*
 
   QPainter painter(device);
   Canvas canvas(painter);
-  std::unique_ptr<EntityPainter> painterOfKinds = MakePainter(canvas, surface, toPrinter);
+  std::unique_ptr<EntityPainter> painterOfKinds = MakePainter(canvas, surface.BackColor(), toPrinter);
   // Onto the surface's own picture the second half of a long redraw may be drawn beside
   // the first; a metafile or a printer page is drawn in one go.
   if (drawing_.Rules().IndexedRedraw) DrawIndexed(*painterOfKinds, surface, metafile || toPrinter ? nullptr : &painter);
@@ -148,13 +155,7 @@ void ZoomState::DrawEvery(EntityPainter& painter, Surface& surface) {
     if (percent >= threshold) {
       threshold += step;
       surface.Refresh();
-      if (KeepDrawing && sinceAsked.elapsed() >= 50) {
-        sinceAsked.restart();
-        if (!KeepDrawing()) {
-          Interrupted = true;
-          return;
-        }
-      }
+      if (StopAsked(sinceAsked)) return;
     }
     painter.Draw(drawing_.DrawSeq[std::size_t(i - 1)]);
   }
@@ -205,13 +206,7 @@ void ZoomState::DrawIndexed(EntityPainter& painter, Surface& surface, QPainter* 
         surface.Refresh();
         sinceShown.restart();
       }
-      if (KeepDrawing && sinceAsked.elapsed() >= 50) {
-        sinceAsked.restart();
-        if (!KeepDrawing()) {
-          Interrupted = true;
-          break;
-        }
-      }
+      if (StopAsked(sinceAsked)) break;
     }
     painter.Draw(entries[i]);
   }
@@ -271,9 +266,7 @@ bool ZoomState::DrawStrip(QImage& strip, int32_t top, QColor background) {
       painter.translate(-left, -deviceTop);
       painter.setClipRect(QRect(left, top, columns, strip.height()));
       Canvas canvas(painter);
-      std::unique_ptr<EntityPainter> kinds = drawing_.Rules().LegacyPainter
-                                                 ? MakeLegacyPainter(*this, drawing_, canvas, false)
-                                                 : MakeModernPainter(*this, drawing_, canvas, background, false);
+      std::unique_ptr<EntityPainter> kinds = MakePainter(canvas, background, false);
       for (const SeqEntry& entry : indexed ? visibleEntries_ : drawing_.DrawSeq) kinds->Draw(entry);
     }
     return true;

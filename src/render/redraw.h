@@ -13,6 +13,7 @@
 #include "render/spatial_index.h"
 #include "render/text_layout.h"
 
+class QElapsedTimer;
 class QPaintDevice;
 class QPagedPaintDevice;
 
@@ -108,7 +109,9 @@ class ZoomState {
   bool DrawPass(const ZoomRect& window, Surface& surface, QPaintDevice* metafile, bool toPrinter);
   template <class Real>
   bool FitWindow(const ZoomRect& window);
-  std::unique_ptr<EntityPainter> MakePainter(Canvas& canvas, const Surface& surface, bool toPrinter);
+  std::unique_ptr<EntityPainter> MakePainter(Canvas& canvas, QColor background, bool toPrinter);
+  // Whether KeepDrawing, asked at most every 50 ms, says to stop (Interrupted is then set).
+  bool StopAsked(QElapsedTimer& sinceAsked);
   void DrawEvery(EntityPainter& painter, Surface& surface);
   void DrawIndexed(EntityPainter& painter, Surface& surface, QPainter* composite);
   // The drawing-unit box of the device rows [top, bottom), grown by what pens reach.

@@ -86,9 +86,11 @@ void SetPlacementText(QImage& image, const PicturePlacement& placement) {
   image.setText(kPlacementKey, QString::fromStdString(placement.WorldFileText()));
 }
 
+int DotsPerMetre(double dpi) { return int(std::lround(dpi / 0.0254)); }
+
 void SetDotsPerInch(QImage& image, double dpi) {
   if (!(dpi > 0)) return;
-  const int perMetre = int(std::lround(dpi / 0.0254));
+  const int perMetre = DotsPerMetre(dpi);
   image.setDotsPerMeterX(perMetre);
   image.setDotsPerMeterY(perMetre);
 }

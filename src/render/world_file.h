@@ -51,6 +51,8 @@ inline double PixelsPerUnit(double denominator, double dpi, int insUnits) {
   return denominator > 0 ? dpi / 25.4 * MillimetresPerUnit(insUnits) / denominator : 0;
 }
 
+// Dots per metre for `dpi` (as BMP and PNG headers keep a resolution).
+int DotsPerMetre(double dpi);
 // Sets the picture's resolution (kept in BMP and PNG headers).
 void SetDotsPerInch(QImage& image, double dpi);
 

@@ -44,9 +44,8 @@ QImage StripPicture(ZoomState& zoom, QSize size, QColor background, int rows, co
   const std::string path = std::filesystem::temp_directory_path() / ("dxfimport-strips." + std::string(format));
   EXPECT_TRUE(zoom.PlaceView(zoom.ExtentsZoom, size.width(), size.height()));
   const LineArtInks inks = InksOf(zoom, background, depth);
-  const QImage sample = ReduceColors(QImage(1, 1, QImage::Format_RGB32), depth, inks);
   auto stream = PictureStream::Open(QString::fromStdString(path), format,
-                                    {size, sample.format(), sample.colorTable(), 3780, "placement"});
+                                    PictureStream::HeaderFor(size, depth, inks, 0, "placement"));
   EXPECT_TRUE(stream);
   if (!stream) return {};
   EXPECT_TRUE(WriteInStrips(zoom, background, rows, depth, inks, *stream));
