@@ -517,6 +517,7 @@ void ModernPainter::DrawText(const TextLayout& layout, int32_t colorValue, int32
   // Glyphs and their strokes with smoothed edges; the painter's state is put back by
   // hand below (cheaper than saving and restoring all of it for every text).
   painter_.setRenderHint(QPainter::Antialiasing, true);
+  std::unique_lock fonts(zoom_.Texts.Fonts());
   for (const TextLayout::Run& run : layout.runs) {
     const QTransform glyphs(run.scale * run.widthScale, 0, -run.shear * run.scale, -run.scale, run.origin.x(),
                             run.origin.y());
@@ -524,6 +525,7 @@ void ModernPainter::DrawText(const TextLayout& layout, int32_t colorValue, int32
     painter_.setPen(run.color ? ColorOf(run.color, layer) : own);
     painter_.drawGlyphRun(QPointF(0, 0), run.glyphs);
   }
+  fonts.unlock();
   painter_.setTransform(base_);
   for (const TextLayout::Stroke& stroke : layout.strokes) {
     painter_.setPen(QPen(stroke.color ? ColorOf(stroke.color, layer) : own, std::max(1.0, capPixels * 0.07)));

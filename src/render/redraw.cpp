@@ -4,11 +4,17 @@
 #include <QPagedPaintDevice>
 #include <QElapsedTimer>
 #include <QPainter>
+#include <QThreadPool>
 
 #include <atomic>
 #include <cmath>
+#include <functional>
 #include <future>
+#include <memory>
+#include <mutex>
 #include <thread>
+
+#include <unistd.h>
 
 #include "support/messages.h"
 #include "support/numbers.h"
@@ -33,6 +39,64 @@ Real Divide(Real a, Real b) {
   if (b == 0) throw RunTimeError(kErrDivisionByZero);
   return a / b;
 }
+
+// The redraw's second thread. It lives as long as the process: both threads draw the
+// texts' fonts, and Qt tears down a thread's font data when the thread ends. A child
+// process forked from this one has none of its parent's threads and makes its own.
+QThreadPool& SecondThreadPool() {
+  static std::mutex making;
+  static QThreadPool* pool = nullptr;
+  static pid_t owner = 0;
+  std::lock_guard held(making);
+  if (!pool || owner != getpid()) {
+    pool = new QThreadPool;  // kept to the end: a pool's destructor would wait for a thread that may be gone
+    pool->setMaxThreadCount(1);
+    pool->setExpiryTimeout(-1);
+    owner = getpid();
+  }
+  return *pool;
+}
+
+// Whether texts are at most an eighth of the entries. The threads drawing a picture's
+// bands draw texts one at a time (they share the fonts): a list of mostly texts is drawn
+// faster by one thread alone.
+bool FewTexts(const std::vector<SeqEntry>& entries) {
+  std::size_t texts = 0;
+  for (const SeqEntry& entry : entries)
+    texts += entry.Kind == kKindText || entry.Kind == kKindAttrib || entry.Kind == kKindMText;
+  return texts <= entries.size() / 8;
+}
+
+// A job on the redraw's second thread, told to stop and waited for on every way out.
+class SecondThread {
+ public:
+  explicit SecondThread(std::function<void(const std::atomic<bool>& stop)> job) {
+    auto promise = std::make_shared<std::promise<void>>();
+    done_ = promise->get_future();
+    SecondThreadPool().start([this, promise, job = std::move(job)] {
+      try {
+        job(stop_);
+        promise->set_value();
+      } catch (...) {
+        promise->set_exception(std::current_exception());
+      }
+    });
+  }
+  ~SecondThread() {
+    Stop();
+    if (done_.valid()) done_.wait();
+  }
+  void Stop() { stop_ = true; }
+  bool Finished(int milliseconds) const {
+    return done_.wait_for(std::chrono::milliseconds(milliseconds)) == std::future_status::ready;
+  }
+  // Waits for the job; an exception it threw is thrown here.
+  void Join() { done_.get(); }
+
+ private:
+  std::atomic<bool> stop_{false};
+  std::future<void> done_;
+};
 
 }  // namespace
 
@@ -130,12 +194,14 @@ bool ZoomState::DrawPass(const ZoomRect& window, Surface& surface, QPaintDevice*
 
   QPainter painter(device);
   Canvas canvas(painter);
-  std::unique_ptr<EntityPainter> painterOfKinds = MakePainter(canvas, surface.BackColor(), toPrinter);
-  // Onto the surface's own picture the second half of a long redraw may be drawn beside
-  // the first; a metafile or a printer page is drawn in one go.
-  if (drawing_.Rules().IndexedRedraw) DrawIndexed(*painterOfKinds, surface, metafile || toPrinter ? nullptr : &painter);
-  else DrawEvery(*painterOfKinds, surface);
-  painterOfKinds.reset();
+  // The surface's own picture may be drawn in two bands at once; a metafile or a printer
+  // page is drawn in one go.
+  if (drawing_.Rules().IndexedRedraw) {
+    DrawIndexed(canvas, surface, metafile || toPrinter ? nullptr : dynamic_cast<QImage*>(device), toPrinter);
+  } else {
+    std::unique_ptr<EntityPainter> kinds = MakePainter(canvas, surface.BackColor(), toPrinter);
+    DrawEvery(*kinds, surface);
+  }
   if (toPrinter) AddPrintBorder(canvas, lineHeight);
   painter.end();
   surface.Refresh();
@@ -162,58 +228,73 @@ void ZoomState::DrawEvery(EntityPainter& painter, Surface& surface) {
 }
 
 // The entries in file order, only those the spatial index finds in the view when the
-// view shows less than a quarter of the drawing; what is drawn is shown every 100 ms. A
-// long list whose second half draws only opaque, unclipped ink is drawn in two halves
-// at once, the second on a transparent picture of its own laid over the first: the same
-// pixels, in about half the time on two processors.
-void ZoomState::DrawIndexed(EntityPainter& painter, Surface& surface, QPainter* composite) {
+// view shows less than a quarter of the drawing. A long list, not mostly texts, on the
+// surface's picture is drawn in two bands of rows at once: the upper by this thread
+// straight onto the picture, the lower by a second one into a picture of its own rows,
+// copied in at the end. Each band is drawn as a strip is (the same pixels as one pass),
+// from the entries found in its rows.
+void ZoomState::DrawIndexed(Canvas& canvas, Surface& surface, QImage* picture, bool toPrinter) {
   const DXFEngine& e = Engine;
   const ZoomRect& z = e.CurrentZoom;
   const ZoomRect& all = ExtentsZoom;
   const double viewArea = (z.right - z.left) * (z.top - z.bottom);
   const double allArea = std::abs((all.right - all.left) * (all.top - all.bottom));
   const bool part = std::isfinite(viewArea) && allArea > 0 && viewArea < allArea / 4;
-  if (part) FetchVisible(RowsBox(0, e.DeviceHeight));
+  if (part) FetchVisible(RowsBox(0, e.DeviceHeight), visibleEntries_);
   const std::vector<SeqEntry>& entries = part ? visibleEntries_ : drawing_.DrawSeq;
-  const std::size_t count = entries.size();
-  constexpr std::size_t kHalvesFrom = 8192;
-  std::size_t split = count;
-  if (composite && count >= kHalvesFrom && std::thread::hardware_concurrency() > 1 &&
-      OpaqueAndUnclipped(entries, count / 2, count))
-    split = count / 2;
-
-  DrewInHalves = split < count;
-  QImage second;
-  std::atomic<bool> stop{false};
-  std::future<void> worker;
-  if (split < count) {
-    second = QImage(e.DeviceWidth, e.DeviceHeight, QImage::Format_ARGB32_Premultiplied);
-    second.fill(Qt::transparent);
-    worker = std::async(std::launch::async, [&] {
-      QPainter onSecond(&second);
-      Canvas canvas(onSecond);
-      std::unique_ptr<EntityPainter> kinds = MakeModernPainter(*this, drawing_, canvas, surface.BackColor(), false);
-      for (std::size_t i = split; i < count && !stop; ++i) kinds->Draw(entries[i]);
-    });
-  }
+  constexpr std::size_t kBandsFrom = 8192;
+  DrewInBands = picture && picture->depth() == 32 && entries.size() >= kBandsFrom && e.DeviceHeight >= 2 &&
+                std::thread::hardware_concurrency() > 1 && FewTexts(entries);
   Interrupted = false;
+  if (!DrewInBands) {
+    std::unique_ptr<EntityPainter> kinds = MakePainter(canvas, surface.BackColor(), toPrinter);
+    DrawListed(*kinds, surface, entries);
+    return;
+  }
+  DrawInBands(canvas, surface, *picture);
+}
+
+void ZoomState::DrawInBands(Canvas& canvas, Surface& surface, QImage& picture) {
+  const DXFEngine& e = Engine;
+  const int32_t middle = e.DeviceHeight / 2;
+  FetchBands(middle);
+  QImage lower(e.DeviceWidth, e.DeviceHeight - middle, picture.format());
+  SecondThread drawsLower([&](const std::atomic<bool>& stop) {
+    DrawRows(lower, middle, surface.BackColor(), lowerEntries_, stop);
+  });
+  QPainter& painter = canvas.painter();
+  painter.save();
+  painter.setClipRect(QRect(0, 0, e.DeviceWidth, middle));
+  DrawListed(*MakePainter(canvas, surface.BackColor(), false), surface, visibleEntries_);
+  painter.restore();
+  // The lower band may take longer: the window keeps running its messages meanwhile.
+  if (Interrupted) drawsLower.Stop();
+  QElapsedTimer sinceAsked;
+  sinceAsked.start();
+  while (!drawsLower.Finished(20))
+    if (StopAsked(sinceAsked)) drawsLower.Stop();
+  drawsLower.Join();
+  painter.save();
+  painter.resetTransform();
+  painter.setCompositionMode(QPainter::CompositionMode_Source);
+  painter.drawImage(0, middle, lower);
+  painter.restore();
+}
+
+// The entries in order, what is drawn shown every 100 ms.
+void ZoomState::DrawListed(EntityPainter& painter, Surface& surface, const std::vector<SeqEntry>& entries) {
   QElapsedTimer sinceShown, sinceAsked;
   sinceShown.start();
   sinceAsked.start();
-  for (std::size_t i = 0; i < split; ++i) {
+  for (std::size_t i = 0; i < entries.size(); ++i) {
     if ((i & 255) == 255) {
       if (sinceShown.elapsed() >= 100) {
         surface.Refresh();
         sinceShown.restart();
       }
-      if (StopAsked(sinceAsked)) break;
+      if (StopAsked(sinceAsked)) return;
     }
     painter.Draw(entries[i]);
-  }
-  if (worker.valid()) {
-    stop = Interrupted;
-    worker.get();
-    if (!Interrupted) composite->drawImage(0, 0, second);
   }
 }
 
@@ -226,17 +307,36 @@ Box ZoomState::RowsBox(int32_t top, int32_t bottom) const {
   return {high.x - margin, low.y - margin, low.x + margin, high.y + margin};
 }
 
-void ZoomState::FetchVisible(const Box& box) {
+void ZoomState::FetchVisible(const Box& box, std::vector<SeqEntry>& entries) {
   if (!Index || Index->generation() != drawing_.Generation()) Index = std::make_unique<SpatialIndex>(drawing_);
   Index->Query(box, visible_);
   // The entries and their rows lie far apart in memory: fetched all at once here, their
   // loads overlap instead of stalling the draw one by one.
-  visibleEntries_.clear();
-  visibleEntries_.reserve(visible_.size());
+  entries.clear();
+  entries.reserve(visible_.size());
   for (int32_t at : visible_) {
     const SeqEntry& entry = drawing_.DrawSeq[std::size_t(at)];
-    visibleEntries_.push_back(entry);
+    entries.push_back(entry);
     VisitRow(drawing_, entry, [](const auto& row) { __builtin_prefetch(&row); });
+  }
+}
+
+// The entries of the bands above and below device row `middle`: from the index when there
+// is one, else (a view of the whole drawing before any view of a part of it) from every
+// entry's box, which costs a fraction of building the index.
+void ZoomState::FetchBands(int32_t middle) {
+  const Box upper = RowsBox(0, middle), lower = RowsBox(middle, Engine.DeviceHeight);
+  if (Index && Index->generation() == drawing_.Generation()) {
+    FetchVisible(upper, visibleEntries_);
+    FetchVisible(lower, lowerEntries_);
+    return;
+  }
+  visibleEntries_.clear();
+  lowerEntries_.clear();
+  for (const SeqEntry& entry : drawing_.DrawSeq) {
+    const Box box = SpatialIndex::EntryBox(drawing_, entry);
+    if (box.Empty() || box.Meets(upper)) visibleEntries_.push_back(entry);
+    if (box.Empty() || box.Meets(lower)) lowerEntries_.push_back(entry);
   }
 }
 
@@ -250,25 +350,10 @@ constexpr int32_t kRasterSide = 32767;
 // wider or higher than the rasterizer's reach is drawn through devices that start at the
 // strip's top and at every 32767th column.
 bool ZoomState::DrawStrip(QImage& strip, int32_t top, QColor background) {
-  const int32_t width = Engine.DeviceWidth, height = Engine.DeviceHeight;
   try {
-    strip.fill(background);
     const bool indexed = drawing_.Rules().IndexedRedraw;
-    if (indexed) FetchVisible(RowsBox(top, top + strip.height()));
-    const int32_t deviceTop = height <= kRasterSide ? 0 : top;
-    const int32_t deviceHeight = std::min(height - deviceTop, kRasterSide);
-    for (int32_t left = 0; left < width; left += kRasterSide) {
-      const int32_t columns = std::min(width - left, kRasterSide);
-      const uintptr_t first = reinterpret_cast<uintptr_t>(strip.bits()) + uintptr_t(left) * 4 -
-                              uintptr_t(top - deviceTop) * uintptr_t(strip.bytesPerLine());
-      QImage device(reinterpret_cast<uchar*>(first), columns, deviceHeight, strip.bytesPerLine(), strip.format());
-      QPainter painter(&device);
-      painter.translate(-left, -deviceTop);
-      painter.setClipRect(QRect(left, top, columns, strip.height()));
-      Canvas canvas(painter);
-      std::unique_ptr<EntityPainter> kinds = MakePainter(canvas, background, false);
-      for (const SeqEntry& entry : indexed ? visibleEntries_ : drawing_.DrawSeq) kinds->Draw(entry);
-    }
+    if (indexed) FetchVisible(RowsBox(top, top + strip.height()), visibleEntries_);
+    DrawRows(strip, top, background, indexed ? visibleEntries_ : drawing_.DrawSeq, std::atomic<bool>{false});
     return true;
   } catch (const RunTimeError& e) {
     ReportError("Zoom", "DXFINVB", e.text(), e.number());
@@ -276,31 +361,24 @@ bool ZoomState::DrawStrip(QImage& strip, int32_t top, QColor background) {
   }
 }
 
-// Whether entries [from, to) draw only opaque ink and no clip: no text big enough to be
-// drawn (its edges are smoothed), no hatch pattern (a dense one is a half-covering tint),
-// no viewport clip, and no smoothed lines.
-bool ZoomState::OpaqueAndUnclipped(const std::vector<SeqEntry>& entries, std::size_t from, std::size_t to) const {
-  if (Display.Antialias) return false;
-  const double scale = Engine.ViewScale;
-  for (std::size_t i = from; i < to; ++i) {
-    const SeqEntry& entry = entries[i];
-    bool opaque = true;
-    if (entry.Kind == kKindClip) return false;
-    VisitRow(drawing_, entry, [&](const auto& row) {
-      using Row = std::decay_t<decltype(row)>;
-      if constexpr (std::is_same_v<Row, TextEntity>) {
-        opaque = row.HorzJustify != 3 && std::abs(row.Height) * scale < 1.5;
-      } else if constexpr (std::is_same_v<Row, AttribEntity>) {
-        opaque = row.Text.HorzJustify != 3 && std::abs(row.Text.Height) * scale < 1.5;
-      } else if constexpr (std::is_same_v<Row, MTextEntity>) {
-        opaque = std::abs(row.Height) * scale < 1.5;
-      } else if constexpr (std::is_same_v<Row, HatchEntity>) {
-        opaque = row.Filling != HatchEntity::Fill::Pattern;
-      }
-    });
-    if (!opaque) return false;
+void ZoomState::DrawRows(QImage& strip, int32_t top, QColor background, const std::vector<SeqEntry>& entries,
+                         const std::atomic<bool>& stop) {
+  const int32_t width = Engine.DeviceWidth, height = Engine.DeviceHeight;
+  strip.fill(background);
+  const int32_t deviceTop = height <= kRasterSide ? 0 : top;
+  const int32_t deviceHeight = std::min(height - deviceTop, kRasterSide);
+  for (int32_t left = 0; left < width; left += kRasterSide) {
+    const int32_t columns = std::min(width - left, kRasterSide);
+    const uintptr_t first = reinterpret_cast<uintptr_t>(strip.bits()) + uintptr_t(left) * 4 -
+                            uintptr_t(top - deviceTop) * uintptr_t(strip.bytesPerLine());
+    QImage device(reinterpret_cast<uchar*>(first), columns, deviceHeight, strip.bytesPerLine(), strip.format());
+    QPainter painter(&device);
+    painter.translate(-left, -deviceTop);
+    painter.setClipRect(QRect(left, top, columns, strip.height()));
+    Canvas canvas(painter);
+    std::unique_ptr<EntityPainter> kinds = MakePainter(canvas, background, false);
+    for (std::size_t i = 0; i < entries.size() && !stop; ++i) kinds->Draw(entries[i]);
   }
-  return true;
 }
 
 }  // namespace dxfimport

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <functional>
 #include <cstdint>
 #include <memory>
@@ -59,7 +60,7 @@ class ZoomState {
   // true until the next redraw).
   std::function<bool()> KeepDrawing;
   bool Interrupted = false;
-  bool DrewInHalves = false;  // the last redraw drew its two halves at once
+  bool DrewInBands = false;  // the last redraw drew its picture in two bands of rows at once
 
   const ZoomRect& CurrentZoom() const { return Engine.CurrentZoom; }
   // True while Zoom draws (KeepDrawing runs window messages then).
@@ -113,14 +114,24 @@ class ZoomState {
   // Whether KeepDrawing, asked at most every 50 ms, says to stop (Interrupted is then set).
   bool StopAsked(QElapsedTimer& sinceAsked);
   void DrawEvery(EntityPainter& painter, Surface& surface);
-  void DrawIndexed(EntityPainter& painter, Surface& surface, QPainter* composite);
+  // `picture` is the surface's picture when the redraw draws onto it, else null.
+  void DrawIndexed(Canvas& canvas, Surface& surface, QImage* picture, bool toPrinter);
+  void DrawInBands(Canvas& canvas, Surface& surface, QImage& picture);
+  void DrawListed(EntityPainter& painter, Surface& surface, const std::vector<SeqEntry>& entries);
+  // Draws `entries` into `strip`, the device rows from `top` on, as DrawStrip does; ends
+  // early when `stop` is set. Safe beside a redraw on another thread.
+  void DrawRows(QImage& strip, int32_t top, QColor background, const std::vector<SeqEntry>& entries,
+                const std::atomic<bool>& stop);
   // The drawing-unit box of the device rows [top, bottom), grown by what pens reach.
   Box RowsBox(int32_t top, int32_t bottom) const;
-  // Fetches the entries the index finds in `box` into visibleEntries_.
-  void FetchVisible(const Box& box);
-  bool OpaqueAndUnclipped(const std::vector<SeqEntry>& entries, std::size_t from, std::size_t to) const;
-  std::vector<int32_t> visible_;         // the positions of the entries DrawIndexed draws
-  std::vector<SeqEntry> visibleEntries_;  // and the entries themselves
+  // Fetches the entries of the bands above and below device row `middle` into
+  // visibleEntries_ and lowerEntries_.
+  void FetchBands(int32_t middle);
+  // Fetches the entries the index finds in `box` into `entries`.
+  void FetchVisible(const Box& box, std::vector<SeqEntry>& entries);
+  std::vector<int32_t> visible_;          // the positions of the entries the index found last
+  std::vector<SeqEntry> visibleEntries_;  // the entries to draw (the upper band's)
+  std::vector<SeqEntry> lowerEntries_;    // the lower band's
 
   Drawing& drawing_;
   bool inProgress_ = false;

@@ -315,6 +315,7 @@ QTransform TextLayouts::FrameTransform(const TextLayout& l) {
 }
 
 const TextLayout& TextLayouts::Of(const TextEntity& text, int32_t kind, int32_t row, const Drawing& drawing) {
+  std::lock_guard held(fonts_);
   Forget(drawing);
   std::unique_ptr<TextLayout>& slot = Slot(kind, row);
   if (!slot) slot = std::make_unique<TextLayout>(LayOutText(text, drawing));
@@ -322,6 +323,7 @@ const TextLayout& TextLayouts::Of(const TextEntity& text, int32_t kind, int32_t 
 }
 
 const TextLayout& TextLayouts::Of(const MTextEntity& text, int32_t row, const Drawing& drawing) {
+  std::lock_guard held(fonts_);
   Forget(drawing);
   std::unique_ptr<TextLayout>& slot = Slot(kKindMText, row);
   if (!slot) slot = std::make_unique<TextLayout>(LayOutMText(text, drawing));

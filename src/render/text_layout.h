@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -57,6 +58,9 @@ class TextLayouts {
 
   // The transform from a layout's frame to drawing coordinates.
   static QTransform FrameTransform(const TextLayout& layout);
+  // Held while texts are laid out (Of holds it) and while their glyphs are drawn: the
+  // threads drawing a picture's bands share the layouts and their fonts.
+  std::mutex& Fonts() { return fonts_; }
 
   struct Face {
     QFont font;
@@ -75,6 +79,7 @@ class TextLayouts {
   std::unique_ptr<TextLayout>& Slot(int32_t kind, int32_t row);
   std::vector<std::unique_ptr<TextLayout>> layouts_[3];
   std::map<std::string, Face> faces_;
+  std::mutex fonts_;
 };
 
 }  // namespace dxfimport

@@ -3,6 +3,9 @@
 #include <random>
 #include <thread>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include "render/redraw.h"
 #include "render/spatial_index.h"
 #include "testing/dxf_fixture.h"
@@ -11,21 +14,22 @@ namespace dxfimport {
 namespace {
 
 // A drawing of a few thousand entities of every kind the index boxes differently, spread
-// over 1000 x 1000 units.
-std::unique_ptr<testing::Loaded> Scattered(int count = 3000, bool texts = true) {
+// over 1000 x 1000 units; every `textsEvery`th a TEXT or an MTEXT (none for 0).
+std::unique_ptr<testing::Loaded> Scattered(int count = 3000, int textsEvery = 3) {
   std::mt19937 random(7);
   std::uniform_real_distribution<double> at(0, 1000), size(0.5, 40);
   auto n = [](double v) { return std::to_string(v); };
   testing::Pairs e;
   for (int i = 0; i < count; ++i) {
     const double x = at(random), y = at(random), s = size(random);
-    switch (texts ? i % 6 : i % 2 ? 0 : 3) {
+    const bool text = textsEvery > 0 && i % textsEvery == 0;
+    switch (text ? 4 + (i / textsEvery) % 2 : i % 4) {
       case 0: e.insert(e.end(), {{0, "LINE"}, {10, n(x)}, {20, n(y)}, {11, n(x + s)}, {21, n(y - s)}}); break;
       case 1: e.insert(e.end(), {{0, "ARC"}, {10, n(x)}, {20, n(y)}, {40, n(s)}, {50, "10"}, {51, "200"}}); break;
-      case 2: e.insert(e.end(), {{0, "TEXT"}, {10, n(x)}, {20, n(y)}, {40, n(s / 4)}, {1, "Duct " + std::to_string(i)}}); break;
-      case 3: e.insert(e.end(), {{0, "LWPOLYLINE"}, {43, "2"}, {10, n(x)}, {20, n(y)}, {42, "0.5"}, {10, n(x + s)}, {20, n(y)}}); break;
-      case 4: e.insert(e.end(), {{0, "MTEXT"}, {10, n(x)}, {20, n(y)}, {40, "3"}, {41, "30"}, {1, "Manhole cover 600 x 600"}}); break;
-      default: e.insert(e.end(), {{0, "POINT"}, {10, n(x)}, {20, n(y)}}); break;
+      case 2: e.insert(e.end(), {{0, "LWPOLYLINE"}, {43, "2"}, {10, n(x)}, {20, n(y)}, {42, "0.5"}, {10, n(x + s)}, {20, n(y)}}); break;
+      case 3: e.insert(e.end(), {{0, "POINT"}, {10, n(x)}, {20, n(y)}}); break;
+      case 4: e.insert(e.end(), {{0, "TEXT"}, {10, n(x)}, {20, n(y)}, {40, n(s / 4)}, {1, "Duct " + std::to_string(i)}}); break;
+      default: e.insert(e.end(), {{0, "MTEXT"}, {10, n(x)}, {20, n(y)}, {40, "3"}, {41, "30"}, {1, "Manhole cover 600 x 600"}}); break;
     }
   }
   e.insert(e.end(), {{0, "XLINE"}, {10, "0"}, {20, "0"}, {11, "1"}, {21, "1"}});
@@ -76,26 +80,46 @@ TEST(SpatialIndex, AZoomedInViewDrawsTheSamePictureAsAFullWalk) {
   EXPECT_GT(ink, 12 * 1000);  // the views are not empty
 }
 
-// A long redraw is drawn in two halves at once when the second holds only opaque ink: the
+// A long redraw is drawn in two bands of rows at once unless it is mostly texts: the
 // picture is the one drawing in a single run gives (here a metafile target, which always
-// draws in one run).
-TEST(SpatialIndex, ARedrawInTwoHalvesDrawsTheSamePicture) {
-  for (bool texts : {false, true}) {
-    auto loaded = Scattered(30000, texts);
-    const ZoomRect window = ExtentsOf(loaded->drawing);
-    ImageSurface halves(400, 300);
-    QImage whole(400, 300, QImage::Format_RGB32);
-    whole.fill(Qt::white);
-    ZoomState a(loaded->drawing), b(loaded->drawing);
-    ASSERT_TRUE(a.Zoom(window, halves));
-    ASSERT_TRUE(b.Zoom(window, halves, &whole));
-    EXPECT_EQ(halves.image().convertToFormat(QImage::Format_RGB32), whole) << texts;
-    // Texts big enough to be drawn have smoothed edges: those are drawn in one run.
-    if (std::thread::hardware_concurrency() > 1) {
-      EXPECT_EQ(a.DrewInHalves, !texts);
+// draws in one run), texts included.
+TEST(SpatialIndex, ARedrawInTwoBandsDrawsTheSamePicture) {
+  const bool twoProcessors = std::thread::hardware_concurrency() > 1;
+  for (int textsEvery : {0, 10, 2}) {
+    auto loaded = Scattered(50000, textsEvery);
+    const ZoomRect all = ExtentsOf(loaded->drawing);
+    // The whole drawing, and a fifth of it (the indexed entries of its two bands).
+    for (const ZoomRect& window : {all, ZoomRect{280, 720, 727, 273}}) {
+      ImageSurface bands(400, 301);
+      QImage whole(400, 301, QImage::Format_RGB32);
+      whole.fill(Qt::white);
+      ZoomState a(loaded->drawing), b(loaded->drawing);
+      a.ExtentsZoom = b.ExtentsZoom = all;
+      ASSERT_TRUE(a.Zoom(window, bands));
+      ASSERT_TRUE(b.Zoom(window, bands, &whole));
+      EXPECT_EQ(bands.image().convertToFormat(QImage::Format_RGB32), whole) << textsEvery << " " << window.left;
+      EXPECT_EQ(a.DrewInBands, twoProcessors && textsEvery != 2);
+      EXPECT_FALSE(b.DrewInBands);
     }
-    EXPECT_FALSE(b.DrewInHalves);
   }
+}
+
+// A process forked after a redraw in bands (as the batch's workers are) has none of its
+// parent's threads: its own redraws in bands still finish.
+TEST(SpatialIndex, AForkedProcessDrawsInBands) {
+  auto loaded = Scattered(20000, 10);
+  ImageSurface picture(400, 300);
+  ZoomState zoom(loaded->drawing);
+  ASSERT_TRUE(zoom.Zoom(ExtentsOf(loaded->drawing), picture));
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(60);
+    ZoomState again(loaded->drawing);
+    _exit(again.Zoom(ExtentsOf(loaded->drawing), picture) && again.DrewInBands == zoom.DrewInBands ? 0 : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
 }
 
 }  // namespace
