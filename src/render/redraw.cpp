@@ -308,7 +308,7 @@ Box ZoomState::RowsBox(int32_t top, int32_t bottom) const {
 }
 
 void ZoomState::FetchVisible(const Box& box, std::vector<SeqEntry>& entries) {
-  if (!Index || Index->generation() != drawing_.Generation()) Index = std::make_unique<SpatialIndex>(drawing_);
+  if (!IndexCurrent()) Index = std::make_unique<SpatialIndex>(drawing_);
   Index->Query(box, visible_);
   // The entries and their rows lie far apart in memory: fetched all at once here, their
   // loads overlap instead of stalling the draw one by one.
@@ -326,7 +326,7 @@ void ZoomState::FetchVisible(const Box& box, std::vector<SeqEntry>& entries) {
 // entry's box, which costs a fraction of building the index.
 void ZoomState::FetchBands(int32_t middle) {
   const Box upper = RowsBox(0, middle), lower = RowsBox(middle, Engine.DeviceHeight);
-  if (Index && Index->generation() == drawing_.Generation()) {
+  if (IndexCurrent()) {
     FetchVisible(upper, visibleEntries_);
     FetchVisible(lower, lowerEntries_);
     return;

@@ -124,6 +124,8 @@ class ZoomState {
                 const std::atomic<bool>& stop);
   // The drawing-unit box of the device rows [top, bottom), grown by what pens reach.
   Box RowsBox(int32_t top, int32_t bottom) const;
+  // Whether the index is built, and from the drawing as it is now.
+  bool IndexCurrent() const { return Index && Index->generation() == drawing_.Generation(); }
   // Fetches the entries of the bands above and below device row `middle` into
   // visibleEntries_ and lowerEntries_.
   void FetchBands(int32_t middle);
