@@ -10,7 +10,7 @@ FUZZ_SECONDS ?= 60
 # the change and not to the dice).
 FUZZ_SEED ?= 0
 FUZZ_RUNS ?= -1
-FUZZERS := load_fuzzer render_fuzzer
+FUZZERS := load_fuzzer render_fuzzer modern_draw_fuzzer hatch_fuzzer binary_fuzzer mtext_fuzzer text_codes_fuzzer
 
 .PHONY: all deps configure build demo test asan-test bench fuzz package clean
 
@@ -41,6 +41,7 @@ bench: build
 	@$(BUILD)/bench/render_bench --benchmark_counters_tabular=true
 	@$(BUILD)/bench/text_bench --benchmark_counters_tabular=true
 	@$(BUILD)/bench/output_bench --benchmark_counters_tabular=true
+	@$(BUILD)/bench/hostile_bench
 
 # The Debian packages dxfimport and dxfimport-dev, in build/package/.
 package: build
@@ -48,14 +49,24 @@ package: build
 	@rm -rf build/package/_CPack_Packages
 	@ls build/package/*.deb
 
-# Runs each fuzzer for FUZZ_SECONDS (or FUZZ_RUNS inputs) from the seed corpus; findings
-# land in build/fuzz/.
+# Runs each fuzzer for FUZZ_SECONDS (or FUZZ_RUNS inputs) from its seeds, with its
+# dictionary; the drawings of ../shared/corpus (when it is there) and the texts and hatches
+# taken out of them are seeds too. Findings land in build/fuzz/.
+CORPUS_DIR := $(wildcard ../shared/corpus)
 fuzz: deps
 	@cmake --preset fuzz >/dev/null && cmake --build build/fuzz -j $(JOBS)
+	@$(if $(CORPUS_DIR),python3 tools/make_fuzz_seeds.py --from-corpus $(CORPUS_DIR) build/fuzz/corpus,true)
 	@for f in $(FUZZERS); do \
 	  mkdir -p build/fuzz/corpus/$$f; \
+	  case $$f in \
+	    mtext_fuzzer) seeds="fuzz/seeds_mtext"; dict=fuzz/mtext.dict;; \
+	    text_codes_fuzzer) seeds="fuzz/seeds_text_codes"; dict=fuzz/mtext.dict;; \
+	    hatch_fuzzer) seeds="fuzz/seeds_hatch"; dict=fuzz/dxf.dict;; \
+	    binary_fuzzer) seeds="fuzz/seeds_binary"; dict=;; \
+	    *) seeds="fuzz/seeds $(CORPUS_DIR)"; dict=fuzz/dxf.dict;; \
+	  esac; \
 	  LSAN_OPTIONS=suppressions=$(CURDIR)/fuzz/lsan.supp QT_QPA_PLATFORM=offscreen \
-	  build/fuzz/fuzz/$$f build/fuzz/corpus/$$f fuzz/seeds -max_total_time=$(FUZZ_SECONDS) \
+	  build/fuzz/fuzz/$$f build/fuzz/corpus/$$f $$seeds $${dict:+-dict=$$dict} -max_total_time=$(FUZZ_SECONDS) \
 	    -seed=$(FUZZ_SEED) -runs=$(FUZZ_RUNS) \
 	    -timeout=20 -rss_limit_mb=2048 -max_len=65536 -print_final_stats=1 \
 	    -artifact_prefix=build/fuzz/$$f- > build/fuzz/$$f.log 2>&1; status=$$?; \

@@ -1,5 +1,16 @@
 # One-line helpers for the project's test and benchmark targets.
 
+# dxfimport_isolate_test(NAME): the test runs with settings, state, cache and log of its
+# own under build/test-settings/NAME, in a home folder that stands for the user's
+# (build/test-home): the user_home_check test at the end of the suite checks that the
+# settings and log placed there before the suite are as they were.
+function(dxfimport_isolate_test name)
+  set(own ${CMAKE_BINARY_DIR}/test-settings/${name})
+  set_tests_properties(${name} PROPERTIES
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LANG=C.UTF-8;HOME=${CMAKE_BINARY_DIR}/test-home;XDG_CONFIG_HOME=${own}/config;XDG_STATE_HOME=${own}/state;XDG_CACHE_HOME=${own}/cache;XDG_DATA_HOME=${own}/data;DXFIMPORT_LOG=${own}/dxfimport.log"
+    FIXTURES_REQUIRED user_home)
+endfunction()
+
 # dxfimport_add_test(NAME [GUI] SOURCES... LIBS libs...): GUI tests run inside a
 # QGuiApplication (offscreen), for fonts and images.
 function(dxfimport_add_test name)
@@ -15,8 +26,7 @@ function(dxfimport_add_test name)
     DXFIMPORT_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/samples"
     DXFIMPORT_CORPUS_DIR="${PROJECT_SOURCE_DIR}/../shared/corpus")
   add_test(NAME ${name} COMMAND ${name})
-  set_tests_properties(${name} PROPERTIES ENVIRONMENT
-    "QT_QPA_PLATFORM=offscreen;DXFIMPORT_LOG=${CMAKE_BINARY_DIR}/test.log;LANG=C.UTF-8")
+  dxfimport_isolate_test(${name})
 endfunction()
 
 # dxfimport_add_benchmark(NAME SOURCES... LIBS libs...)
@@ -45,6 +55,5 @@ function(dxfimport_add_qt_test name)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_compile_definitions(${name} PRIVATE DXFIMPORT_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/samples")
   add_test(NAME ${name} COMMAND ${name})
-  set_tests_properties(${name} PROPERTIES ENVIRONMENT
-    "QT_QPA_PLATFORM=offscreen;DXFIMPORT_LOG=${CMAKE_BINARY_DIR}/test.log;LANG=C.UTF-8")
+  dxfimport_isolate_test(${name})
 endfunction()

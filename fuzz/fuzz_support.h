@@ -42,4 +42,24 @@ void LoadWithEachProfile(const uint8_t* data, std::size_t size, Use&& use) {
   }
 }
 
+// Loads the bytes with the modern profile alone and hands the drawing on.
+template <class Use>
+void LoadModern(std::string_view bytes, Use&& use) {
+  static Silence silence;
+  Drawing drawing;
+  drawing.SetRowLimit(kFuzzRowLimit);
+  DXFReader reader(drawing, ReadingProfile::Modern);
+  reader.SetOptions(LoadOptions{.EntityBudget = int64_t(kFuzzRowLimit)});
+  reader.LoadDXFBytes(bytes);
+  use(drawing);
+}
+
+// The LLVMFuzzerInitialize of the fuzzers that draw: an offscreen Qt application, for
+// fonts and images.
+int StartGui(int* argc, char*** argv);
+
+// Draws a modern drawing into a small picture with smooth lines and line weights: its
+// extents, a window zoomed into the middle, and a window far off to the side.
+void DrawModern(Drawing& drawing);
+
 }  // namespace dxfimport::fuzz

@@ -1,17 +1,10 @@
 // Arbitrary bytes loaded with both reading profiles, then drawn into a small image at the
 // extents view and at a window zoomed into its middle.
-#include <QGuiApplication>
-
-#include <cstdlib>
 
 #include "fuzz_support.h"
 #include "render/redraw.h"
 
-extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
-  setenv("QT_QPA_PLATFORM", "offscreen", 0);
-  static QGuiApplication app(*argc, *argv);
-  return 0;
-}
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) { return dxfimport::fuzz::StartGui(argc, argv); }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace dxfimport;

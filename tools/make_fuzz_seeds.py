@@ -1,9 +1,13 @@
 #!/usr/bin/env python3
 """Writes fuzz/seeds/: one small drawing per entity kind and per error path, for the
-fuzzers to start from (the sample floor plan is copied beside them)."""
+fuzzers to start from (the sample floor plan is copied beside them), and the seeds of the
+fuzzers of one parser each: fuzz/seeds_mtext (MTEXT contents), fuzz/seeds_text_codes (a
+code-page byte and a TEXT value), fuzz/seeds_hatch (the pairs of one HATCH) and
+fuzz/seeds_binary (binary DXF after its sentinel)."""
 import os
 import shutil
 import struct
+import sys
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 OUT = os.path.join(HERE, "..", "fuzz", "seeds")
@@ -121,7 +125,43 @@ BINARY = binary((0, "SECTION"), (2, "ENTITIES"), (0, "LINE"), (8, "0"), (62, "1"
                 (0, "ENDSEC"), (0, "EOF"))
 
 
+MTEXT = {
+    "paragraphs": "first\\Psecond\\Nthird\\X^Jfourth",
+    "formats": "{\\fArial|b1|i1;bold}{\\H2x;\\W0.8;\\Q15;\\T1.5;\\A1;\\C1;\\c255;text}\\L\\O\\K",
+    "paragraph_codes": "\\pxi-3,l5,r2,qc,t4,8,12;indented\\tab\\pt;x",
+    "stacks": "\\S1/2;\\S1#4;\\S^2;\\Sa\\/b^c;",
+    "typing_slips": "TL\\ptower {\\H \\S1^ {\\f",
+    "codes": "%%c%%d%%p%%%%%%127%%u^I^ ^?\\U+00B0\\M+196CA\\~",
+}
+TEXT_CODES = {
+    "percent": b"\x01AB%%uC %%c%%p%%d%%%%%%065",
+    "escapes": b"\x03\\U+56F3\\M+196CA\\U+D800\\M+5FFFF",
+    "shift_jis": b"\x04\x93\xfa\x96\x7b",
+    "caret": b"\x00^J^I^ ^?",
+}
+HATCH = {
+    "polyline_path": "70\n1\n91\n1\n92\n2\n72\n1\n73\n1\n93\n3\n10\n0\n20\n0\n42\n0.3\n10\n9\n20\n0\n"
+                     "10\n9\n20\n9\n97\n0",
+    "edges": "70\n0\n91\n1\n92\n1\n93\n4\n72\n1\n10\n0\n20\n0\n11\n5\n21\n0\n72\n2\n10\n5\n20\n5\n40\n5\n"
+             "50\n270\n51\n90\n73\n1\n72\n3\n10\n0\n20\n5\n11\n5\n21\n0\n40\n0.5\n50\n0\n51\n180\n73\n0\n"
+             "72\n4\n94\n3\n73\n0\n74\n0\n95\n8\n96\n4\n40\n0\n40\n0\n40\n0\n40\n0\n40\n1\n40\n1\n40\n1\n"
+             "40\n1\n10\n0\n20\n0\n10\n1\n20\n2\n10\n2\n20\n2\n10\n3\n20\n0\n97\n0\n75\n0\n76\n1\n52\n0\n"
+             "41\n1\n77\n0\n78\n1\n53\n45\n43\n0\n44\n0\n45\n-0.1\n46\n0.1\n79\n2\n49\n0.2\n49\n-0.1",
+    "gradient": "70\n1\n91\n1\n92\n2\n72\n0\n73\n1\n93\n4\n10\n0\n20\n0\n10\n10\n20\n0\n10\n10\n20\n10\n"
+                "10\n0\n20\n10\n97\n0\n75\n1\n76\n1\n98\n0\n450\n1\n451\n0\n452\n0\n453\n2\n460\n0\n461\n0\n"
+                "462\n1\n463\n0\n421\n255\n463\n1\n421\n16776960\n470\nLINEAR\n1001\nACAD\n1071\n-1023410175",
+}
+
+
 def main():
+    for folder, seeds in (("seeds_mtext", MTEXT), ("seeds_text_codes", TEXT_CODES), ("seeds_hatch", HATCH),
+                          ("seeds_binary", {"entities": BINARY[22:]})):
+        path = os.path.join(HERE, "..", "fuzz", folder)
+        os.makedirs(path, exist_ok=True)
+        for name, content in seeds.items():
+            data = content if isinstance(content, bytes) else content.encode("utf-8")
+            with open(os.path.join(path, name), "wb") as f:
+                f.write(data)
     os.makedirs(OUT, exist_ok=True)
     for name, text in SEEDS.items():
         with open(os.path.join(OUT, name + ".dxf"), "w", encoding="latin-1", newline="") as f:
@@ -131,5 +171,41 @@ def main():
     shutil.copy(os.path.join(HERE, "..", "samples", "floorplan.dxf"), os.path.join(OUT, "floorplan.dxf"))
 
 
+def from_corpus(corpus, out, limit=200):
+    """Seeds taken out of real drawings: MTEXT contents for mtext_fuzzer, TEXT values (with
+    a code-page byte) for text_codes_fuzzer, and the pairs of HATCH records for
+    hatch_fuzzer, at most `limit` of each, written into OUT/<fuzzer>/."""
+    found = {"mtext_fuzzer": [], "text_codes_fuzzer": [], "hatch_fuzzer": []}
+    for name in sorted(os.listdir(corpus)):
+        if not name.lower().endswith(".dxf"):
+            continue
+        with open(os.path.join(corpus, name), "rb") as f:
+            lines = f.read().replace(b"\r\n", b"\n").split(b"\n")
+        kind, record = b"", []
+        for i in range(0, len(lines) - 1, 2):
+            code, value = lines[i].strip(), lines[i + 1]
+            if code == b"0":
+                if kind == b"HATCH" and len(record) < 65536:
+                    found["hatch_fuzzer"].append(b"\n".join(record))
+                kind, record = value.strip(), []
+                continue
+            record += [code, value]
+            if kind == b"MTEXT" and code in (b"1", b"3") and len(value) > 2:
+                found["mtext_fuzzer"].append(value)
+            elif kind in (b"TEXT", b"ATTRIB") and code == b"1" and len(value) > 2:
+                found["text_codes_fuzzer"].append(b"\x01" + value)
+    for fuzzer, seeds in found.items():
+        path = os.path.join(out, fuzzer)
+        os.makedirs(path, exist_ok=True)
+        unique = sorted(set(seeds), key=len)
+        unique = unique[::max(1, len(unique) // limit)][:limit]  # short and long alike
+        for k, seed in enumerate(unique):
+            with open(os.path.join(path, f"corpus-{k:03d}"), "wb") as f:
+                f.write(seed)
+
+
 if __name__ == "__main__":
-    main()
+    if len(sys.argv) == 4 and sys.argv[1] == "--from-corpus":
+        from_corpus(sys.argv[2], sys.argv[3])
+    else:
+        main()

@@ -64,6 +64,18 @@ std::string StatusOf(int exitStatus, const std::string& picture) {
   return exitStatus == 1 && fs::exists(picture, ec) ? "incomplete" : "failed";
 }
 
+// What a worker ended while it wrote `picture` leaves behind: the temporary file that
+// would have been renamed into place ("<picture>.XXXXXX").
+void RemoveLeftovers(const std::string& picture) {
+  const fs::path path(picture);
+  const std::string prefix = path.filename().string() + ".";
+  std::error_code ec;
+  for (const fs::directory_entry& entry : fs::directory_iterator(path.parent_path(), ec)) {
+    const std::string name = entry.path().filename().string();
+    if (name.size() == prefix.size() + 6 && name.rfind(prefix, 0) == 0) fs::remove(entry.path(), ec);
+  }
+}
+
 // A worker process: a GUI application of its own, then every file the parent sends it (an
 // index), each ended on its output by a line "\x1e<exit status> <seconds>" after what
 // the render said on standard error.
@@ -133,7 +145,7 @@ std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs) {
 }
 
 int RunRenderBatch(const RenderOptions& options, const std::vector<std::string>& files, const std::string& format,
-                   int jobs) {
+                   int jobs, double fileSeconds) {
   if (files.empty()) {
     std::fprintf(stderr, "dxfimport render: no .dxf files to draw\n");
     return 2;
@@ -183,9 +195,29 @@ int RunRenderBatch(const RenderOptions& options, const std::vector<std::string>&
       }
       feed(workers.back());
     }
+    // A worker past the time limit of its file is ended; its file is a row of its own and
+    // a new worker takes the files that are left.
+    int wait = -1;
+    for (std::size_t i = workers.size(); fileSeconds > 0 && i-- > 0;) {
+      if (workers[i].idle) continue;
+      const double left = fileSeconds - std::chrono::duration<double>(Clock::now() - workers[i].since).count();
+      if (left > 0) {
+        const int ms = int(std::min(left * 1000.0, 3.6e6)) + 1;
+        wait = wait < 0 ? ms : std::min(wait, ms);
+        continue;
+      }
+      workers[i].child.Kill();
+      RemoveLeftovers(pictures[workers[i].index]);
+      char limit[64];
+      std::snprintf(limit, sizeof limit, "ended after %g s (--file-timeout)", fileSeconds);
+      const std::string said = Notes(workers[i].child.Output());
+      record(workers[i].index, "timed out", fileSeconds, said + (said.empty() ? "" : "; ") + limit);
+      workers.erase(workers.begin() + std::ptrdiff_t(i));
+    }
+    if (workers.empty()) continue;
     std::vector<pollfd> fds;
     for (const Busy& w : workers) fds.push_back({w.child.Descriptor(), POLLIN, 0});
-    if (poll(fds.data(), nfds_t(fds.size()), -1) < 0) continue;
+    if (poll(fds.data(), nfds_t(fds.size()), wait) <= 0) continue;
     for (std::size_t i = fds.size(); i-- > 0;) {
       if (fds[i].revents == 0) continue;
       Busy& w = workers[i];

@@ -87,6 +87,11 @@ void ChildProcess::Finish() {
   else exitCode_ = WEXITSTATUS(status);
 }
 
+void ChildProcess::Kill() {
+  if (pid_ > 0) kill(pid_, SIGKILL);
+  Finish();
+}
+
 bool ChildProcess::TimedOut() const { return signal_ == SIGALRM; }
 
 }  // namespace dxfimport

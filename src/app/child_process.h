@@ -32,6 +32,8 @@ class ChildProcess {
   bool ReadSome();
   // Reads to the end and waits for the child.
   void Finish();
+  // Ends the child at once and waits for it.
+  void Kill();
 
   const std::string& Output() const { return output_; }
   // Forgets the first `count` characters of the output read so far.

@@ -37,6 +37,9 @@ CommandLine::CommandLine()
       ->check(CLI::IsMember({"bmp", "png", "svg", "pdf"}));
   draw->add_option("--jobs", jobs, "A batch's drawings at once (default: one per processor)")
       ->check(CLI::PositiveNumber);
+  draw->add_option("--file-timeout", fileTimeout, "A batch's time limit per file in seconds (0: none)")
+      ->capture_default_str()
+      ->check(CLI::NonNegativeNumber);
   draw->add_option("--size", size, "Picture size WIDTHxHEIGHT in pixels")->capture_default_str();
   draw->add_option("--background", render.background, "Background colour (name or #rrggbb)")->capture_default_str();
   draw->add_option("--depth", render.depth,

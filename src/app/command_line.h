@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "app/batch_command.h"
 #include "app/render_command.h"
 
 namespace dxfimport {
@@ -28,6 +29,7 @@ struct CommandLine {
   std::vector<std::string> renderFiles;  // several: a batch into the folder -o names
   std::string size = "640x480", window, format = "bmp";
   int jobs = 0;  // the batch's children at once (0: one per processor)
+  double fileTimeout = kDefaultFileSeconds;  // a batch's time limit per file (0: none)
 
   std::string sweepDir, sweepOutput;
   int sweepSeconds = 60;

@@ -6,6 +6,7 @@
 
 #include "dxf/drawing.h"
 #include "dxf/dump.h"
+#include "dxf/file_kind.h"
 #include "dxf/reader.h"
 #include "dxf/stats.h"
 #include "render/redraw.h"
@@ -21,6 +22,14 @@ std::string LayoutNotice(const LoadOutcome& outcome) {
 
 bool LoadForCommand(const std::string& file, Drawing& drawing, LoadOutcome& outcome, ReadingProfile profile,
                     const LoadOptions& options) {
+  // What is no drawing at all gets one line that says what it is instead.
+  if (profile == ReadingProfile::Modern) {
+    if (const std::string why = NotADrawing(file); !why.empty()) {
+      std::fprintf(stderr, "dxfimport: %s %s\n", file.c_str(), why.c_str());
+      outcome = {};
+      return false;
+    }
+  }
   drawing.InitDrawing(true);
   DXFReader reader(drawing, profile);
   reader.SetOptions(options);

@@ -94,7 +94,7 @@ int main(int argc, char** argv) {
     const std::vector<std::string> files = ExpandInputs(cl.renderFiles);
     if (files != cl.renderFiles || files.size() > 1 || std::filesystem::is_directory(render.output, ec)) {
       const int jobs = cl.jobs > 0 ? cl.jobs : int(std::max(1u, std::thread::hardware_concurrency()));
-      return RunRenderBatch(render, files, cl.format, jobs);
+      return RunRenderBatch(render, files, cl.format, jobs, cl.fileTimeout);
     }
     render.file = cl.renderFiles.front();
     QGuiApplication gui(argc, argv);

@@ -197,6 +197,8 @@ int RunRender(const RenderOptions& o) {
   if (!depth) return Usage("--depth takes 256, 16, mono, palette, bw or grey");
   QColor background(QString::fromStdString(o.background));
   if (!background.isValid()) return Usage("unknown colour " + o.background);
+  if (background.alpha() != 255)
+    return Usage("--background " + o.background + ": a picture's background is an opaque colour (a name or #rrggbb)");
   if (std::string problem = SizeProblem(o, kind, *depth); !problem.empty()) return Usage(problem);
 
   Drawing drawing;

@@ -65,7 +65,9 @@ int32_t AciColor(int number) {
 }
 
 int32_t TrueColorValue(std::string_view value, int aciNumber) {
-  auto rgb = uint32_t(CLng(Val(value))) & 0xFFFFFF;
+  // Writers put flags in the high byte: signed, unsigned or beyond either, only the low
+  // 24 bits are the colour.
+  auto rgb = uint32_t(uint64_t(HeldWhole(HeldVal(value), INT32_MIN, UINT32_MAX)) & 0xFFFFFF);
   if (rgb == 0xFFFFFF && aciNumber == 7) return kForeground;
   int32_t bgr = int32_t(((rgb & 0xFF) << 16) | (rgb & 0xFF00) | (rgb >> 16));
   return bgr == 0 ? kExplicitBlack : bgr;

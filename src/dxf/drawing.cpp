@@ -81,8 +81,12 @@ void Drawing::CheckExtents(double x1, double y1, double x2, double y2) {
   raise(ExtMaxY, y2);
 }
 
-void Drawing::CountRow() {
-  if (++storedRows_ > rowLimit_) throw RunTimeError(kErrOutOfMemory);
+void Drawing::CountRow(std::size_t rows) {
+  storedRows_ += rows;
+  if (storedRows_ > rowLimit_) {
+    storedRows_ -= rows - 1;  // what was refused is not held; the count stays past the limit
+    throw RunTimeError(kErrOutOfMemory);
+  }
 }
 
 void Drawing::AddLayer(LayerEntry entry) {

@@ -194,7 +194,7 @@ class Drawing : public EntityTables {
   // Append one row to its table and its entry to the draw sequence.
   template <class Row>
   void Add(const Row& row) {
-    CountRow();
+    CountRow(RowWeight(row));
     Append(row);
   }
   void AddLine(const LineEntity& row) { Add(row); }
@@ -223,12 +223,20 @@ class Drawing : public EntityTables {
   // Appends a record to a block definition.
   template <class Row>
   void AddBlockRecord(int32_t block, const Row& row) {
-    CountRow();
+    CountRow(RowWeight(row));
     Blocks.at(std::size_t(block - 1)).Content.Append(row);
   }
 
  private:
-  void CountRow();
+  // Counts rows against the row limit; Out of memory past it.
+  void CountRow(std::size_t rows = 1);
+  // The rows a record counts for: a hatch's boundary points take a row's memory every
+  // four.
+  template <class Row>
+  static std::size_t RowWeight(const Row&) {
+    return 1;
+  }
+  static std::size_t RowWeight(const HatchEntity& hatch) { return 1 + hatch.Points.size() / 4; }
 
   const ProfileRules* rules_ = &ProfileRules::Of(ReadingProfile::Legacy);  // until a reader sets it
   NameIndex layerRows_;

@@ -59,6 +59,17 @@ Affine OcsToWorld(Vec3 n, double elevation) {
   return {ax.x, ax.y, ay.x, ay.y, n.x * elevation, n.y * elevation};
 }
 
+Sweep SweepOf(double start, double end) {
+  constexpr double kTurn = 2 * M_PI;
+  if (!std::isfinite(start) || !std::isfinite(end)) return {};
+  double from = std::fmod(start, kTurn);
+  if (from < 0) from += kTurn;
+  double span = std::fmod(end - start, kTurn);
+  if (!std::isfinite(span)) return {from, from + kTurn};
+  if (span <= 0) span += kTurn;
+  return {from, from + span};
+}
+
 void Box::Add(PointD p) {
   minX = std::min(minX, p.x), maxX = std::max(maxX, p.x);
   minY = std::min(minY, p.y), maxY = std::max(maxY, p.y);

@@ -59,6 +59,15 @@ bool IsWorldExtrusion(Vec3 n);
 inline double Radians(double degrees) { return degrees * M_PI / 180.0; }
 inline double Degrees(double radians) { return radians * 180.0 / M_PI; }
 
+// A counter-clockwise sweep from `start` to `end` radians as CAD tools read it: the start
+// taken modulo a turn into [0, 2 pi), the end the same angle at most a turn after it
+// (an end on the start is a whole turn). Any value a file holds, 1e20 or NaN included,
+// gives a sweep within one turn; a start or end that is no number gives the whole turn.
+struct Sweep {
+  double start = 0, end = 2 * M_PI;
+};
+Sweep SweepOf(double start, double end);
+
 // The box around a circular arc from `start` to `end` degrees (counter-clockwise).
 struct Box {
   double minX = 1e300, minY = 1e300, maxX = -1e300, maxY = -1e300;

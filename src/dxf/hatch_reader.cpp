@@ -41,6 +41,9 @@ class PairCursor {
 };
 
 constexpr int kMaxCount = 1 << 20;
+// The points a hatch's boundary may hold (16 MB): the arcs and splines of its edges are
+// flattened, so a few pairs can stand for thousands of points.
+constexpr std::size_t kMaxBoundaryPoints = std::size_t(1) << 20;
 
 // A value as a whole number within [lo, hi]; anything outside (or not a number) is held
 // at the nearer bound.
@@ -73,8 +76,9 @@ void AppendArc(std::vector<PointD>& out, PointD centre, double radius, double a0
   }
 }
 
-// A polyline boundary: vertices 10/20 with bulges 42 when 72 says so.
-void ReadPolylinePath(PairCursor& c, std::vector<PointD>& loop, double tolerance) {
+// A polyline boundary: vertices 10/20 with bulges 42 when 72 says so; at most about
+// `room` points.
+void ReadPolylinePath(PairCursor& c, std::vector<PointD>& loop, double tolerance, std::size_t room) {
   const bool bulges = c.Get(72) != 0;
   c.Get(73);
   const int vertices = Count(c, 93);
@@ -85,7 +89,7 @@ void ReadPolylinePath(PairCursor& c, std::vector<PointD>& loop, double tolerance
     if (bulges) c.Next(42, bulge, 2);
     v.emplace_back(p, bulge);
   }
-  for (std::size_t i = 0; i < v.size(); ++i) {
+  for (std::size_t i = 0; i < v.size() && loop.size() < room; ++i) {
     const auto& [p, bulge] = v[i];
     loop.push_back(p);
     if (bulge == 0) continue;
@@ -97,10 +101,11 @@ void ReadPolylinePath(PairCursor& c, std::vector<PointD>& loop, double tolerance
   }
 }
 
-// An edge boundary: lines, circular and elliptic arcs and splines.
-void ReadEdgePath(PairCursor& c, std::vector<PointD>& loop, double tolerance) {
+// An edge boundary: lines, circular and elliptic arcs and splines; at most about `room`
+// points.
+void ReadEdgePath(PairCursor& c, std::vector<PointD>& loop, double tolerance, std::size_t room) {
   const int edges = Count(c, 93);
-  for (int e = 0; e < edges; ++e) {
+  for (int e = 0; e < edges && loop.size() < room; ++e) {
     switch (Bounded(c.Get(72), 0, 5)) {
       case 1: {
         loop.push_back(Point(c, 10));
@@ -153,14 +158,14 @@ std::vector<PatternLine> ReadPattern(PairCursor& c, std::size_t end) {
   std::vector<PatternLine> pattern;
   double count = 0;
   if (!c.Next(78, count, end)) return pattern;
-  const int lines = Bounded(count, 0, 1024);
+  const int lines = Bounded(count, 0, int(std::min<std::size_t>(1024, c.remaining())));
   for (int i = 0; i < lines; ++i) {
     PatternLine line;
     const double angle = Radians(c.Get(53));
     line.Direction = {std::cos(angle), std::sin(angle)};
     line.Base = {c.Get(43), c.Get(44)};
     line.Offset = {c.Get(45), c.Get(46)};
-    const int dashes = Bounded(c.Get(79), 0, 1024);
+    const int dashes = Bounded(c.Get(79), 0, int(std::min<std::size_t>(1024, c.remaining())));
     for (int d = 0; d < dashes; ++d) line.Dashes.push_back(c.Get(49));
     pattern.push_back(std::move(line));
   }
@@ -185,13 +190,17 @@ bool ModernReader::DXFHatch() {
     double flags = 0;
     if (!c.Next(92, flags, pairs_.size())) break;
     std::vector<PointD> loop;
-    if (Bounded(flags, 0, 1 << 30) & 2) ReadPolylinePath(c, loop, tolerance);
-    else ReadEdgePath(c, loop, tolerance);
+    const std::size_t room = kMaxBoundaryPoints - std::min(kMaxBoundaryPoints, hatch.Points.size());
+    if (Bounded(flags, 0, 1 << 30) & 2) ReadPolylinePath(c, loop, tolerance, room);
+    else ReadEdgePath(c, loop, tolerance, room);
+    const bool full = loop.size() >= room;
+    if (full) Note("hatch boundary held at its bound: 1,048,576 points");
     const int sources = Count(c, 97);
     for (int i = 0; i < sources; ++i) c.Get(330);
     if (loop.size() < 2) continue;
     hatch.LoopStarts.push_back(int32_t(hatch.Points.size()));
     hatch.Points.insert(hatch.Points.end(), loop.begin(), loop.end());
+    if (full) break;
   }
   if (!solid) hatch.Pattern = ReadPattern(c, pairs_.size());
   if (hatch.Points.empty() || (!solid && hatch.Pattern.empty())) return true;

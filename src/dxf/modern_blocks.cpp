@@ -119,6 +119,7 @@ bool ModernReader::DXFBlock() {
 }
 
 bool ModernReader::DXFEndBlock() {
+  skippingBlock_ = false;
   block_ = output_ = 0;
   toBlock_ = {};
   return true;

@@ -46,7 +46,9 @@ bool ModernReader::DXFLine() {
 // 50/51 (a circle has none).
 bool ModernReader::DXFCircle() {
   const Style s = ReadStyle();
-  ArcEntity arc{Num(10), Num(20), std::abs(Num(40)), Num(50), Num(51), s.Layer, s.Color, s.LineType, s.LineWeight};
+  // Angles are kept within a turn: a value of any size reads as the direction it names.
+  ArcEntity arc{Num(10), Num(20), std::abs(Num(40)), std::fmod(Num(50), 360.0), std::fmod(Num(51), 360.0),
+                s.Layer, s.Color, s.LineType, s.LineWeight};
   if (!Has(50) && !Has(51)) arc.StartAngle = arc.EndAngle = 0;
   PlaceInto(arc, Placement(Num(30)), [this](const auto& row) { Emit(row); });
   return true;
@@ -217,8 +219,8 @@ bool ModernReader::DXFEllipse() {
   e.CenterX = Num(10), e.CenterY = Num(20);
   e.UX = u.x, e.UY = u.y, e.VX = v.x, e.VY = v.y;
   e.Start = Num(41, 0), e.End = Num(42, 2 * M_PI);
-  if (std::abs(e.End - e.Start) >= 2 * M_PI - 1e-12) e.Start = 0, e.End = 2 * M_PI;
-  while (e.End <= e.Start) e.End += 2 * M_PI;
+  const Sweep sweep = std::abs(e.End - e.Start) >= 2 * M_PI - 1e-12 ? Sweep{} : SweepOf(e.Start, e.End);
+  e.Start = sweep.start, e.End = sweep.end;
   e.Layer = s.Layer, e.Color = s.Color, e.LineType = s.LineType, e.LineWeight = s.LineWeight;
   Emit(Placed(e, toBlock_));
   return true;

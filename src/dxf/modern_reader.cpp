@@ -88,10 +88,45 @@ bool ModernReader::NextPair(int& code, std::string_view& value) {
   if (source.AtEnd()) return false;
   std::string_view codeLine = source.ReadLine();
   int16_t c = 0;
-  if (!PlainGroupCode(codeLine, c)) c = GeneralGroupCode(codeLine);
-  code = c;
+  if (PlainGroupCode(codeLine, c)) {
+    code = c;
+  } else if (Trim(codeLine).empty()) {
+    code = 0;  // a blank code line reads as 0, as it always has
+  } else {
+    const double number = HasLeadingNumber(codeLine) ? RoundHalfEven(HeldVal(codeLine)) : 1e9;
+    if (!(number >= -32768 && number <= 32767)) {
+      code = Resynchronise(codeLine, value);
+      return code == 0;
+    }
+    code = int(number);
+  }
   value = source.ReadLine();
   return true;
+}
+
+int ModernReader::Resynchronise(std::string_view codeLine, std::string_view& value) {
+  LineSource& source = r_.source_;
+  recordDamaged_ = true;
+  r_.outcome_.Report.Note("unreadable group code", source.LinesRead(),
+                          "Line " + std::to_string(source.LinesRead()) + " holds no group code (\"" +
+                              std::string(CutChars(codeLine, 32)) + "\"): reading goes on at the next entity");
+  // A code 0 is a line "0" followed by a name (a value 0 is followed by a code).
+  auto isName = [](std::string_view line) {
+    line = Trim(line);
+    return !line.empty() && std::any_of(line.begin(), line.end(), [](char c) { return c >= 'A' && c <= 'Z'; }) &&
+           line.find(' ') == std::string_view::npos;
+  };
+  if (source.AtEnd()) return -1;
+  std::string_view line = source.ReadLine();
+  while (!source.AtEnd()) {
+    const bool zero = Trim(line) == "0";
+    line = source.ReadLine();
+    if (zero && isName(line)) {
+      value = line;
+      return 0;
+    }
+  }
+  return -1;
 }
 
 // Collects the pairs of one record (up to the next code 0, or code 9 in the header) into
@@ -100,6 +135,7 @@ bool ModernReader::NextPair(int& code, std::string_view& value) {
 void ModernReader::ReadRecord(bool header) {
   for (int16_t code : setCodes_) last_[std::size_t(code)] = {};
   setCodes_.clear();
+  recordDamaged_ = false;
   pairs_.clear();
   embedded_.clear();
   int code = 0;
@@ -135,7 +171,9 @@ double ModernReader::Num(int code, double fallback) const {
 }
 
 int32_t ModernReader::Whole(int code, int32_t fallback, int32_t lo, int32_t hi) const {
-  double v = Num(code, fallback);
+  std::string_view text = Value(code);
+  double v = text.data() ? HeldVal(text) : fallback;
+  if (!std::isfinite(v)) v = fallback;
   if (v >= lo && v <= hi) return int32_t(std::lround(v));
   if (Has(code)) Note("number out of range, held at its bound: group " + std::to_string(code));
   return v >= lo ? hi : lo;
@@ -164,7 +202,7 @@ bool ModernReader::Read() {
       if (code == 9 && section_ == "HEADER") {
         std::string_view name = Trim(value);
         ReadRecord(true);
-        ReadHeaderVariable(name);
+        ReadHeader(name);
       } else if (code == 0) {
         std::string_view name = Trim(value);
         if (name == "EOF") break;
@@ -230,6 +268,7 @@ bool ModernReader::Dispatch(std::string_view name) {
   if (inPolyline_ && kind->handler != &ModernReader::DXFVertex && kind->handler != &ModernReader::DXFSeqEnd)
     FinishPolyline();
   name_ = name;
+  if (skippingBlock_ && kind->handler != &ModernReader::DXFEndBlock) return true;
   // Paper-space entities of the ENTITIES section (67 = 1) go to the paper-space block.
   const bool paper = where == kInEntities && output_ == 0 && Whole(67, 0, 0, 1) == 1 &&
                      kind->handler != &ModernReader::DXFBlock && kind->handler != &ModernReader::DXFEndBlock;
@@ -238,15 +277,56 @@ bool ModernReader::Dispatch(std::string_view name) {
     const BlockEntry& b = drawing_.Blocks[std::size_t(output_ - 1)];
     toBlock_ = Affine::Translate(-b.BaseX, -b.BaseY);
   }
-  bool result = r_.Run(kind->procedure, [this, kind] { return (this->*kind->handler)(); });
+  ReadOne(*kind);
   if (paper) output_ = 0, toBlock_ = {};
-  if (!result) r_.StopAt(kind->procedure);
-  return result;
+  return true;
+}
+
+// Reads one record. A record that cannot be read (a number beyond any range, a count
+// beyond memory, a group code line that is no number) costs that record alone: it is
+// left out, named in the load report with its line, and the load goes on. A block
+// definition that cannot be opened is left out with everything up to its ENDBLK.
+void ModernReader::ReadOne(const Kind& kind) {
+  std::string why;
+  if (recordDamaged_) {
+    why = "a group code line that is no number";
+  } else {
+    try {
+      (this->*kind.handler)();
+      return;
+    } catch (const RunTimeError& e) {
+      why = e.text();
+    } catch (const std::bad_alloc&) {
+      why = RunTimeText(kErrOutOfMemory);
+    }
+  }
+  expanding_.clear();
+  const std::string name(name_.substr(0, 64));
+  if (kind.handler == &ModernReader::DXFBlock) {
+    skippingBlock_ = true;
+    Note("block definition left out: " + std::string(Trim(Value(2)).substr(0, 64)),
+         "A block definition at line " + std::to_string(recordLine_) + " left out: " + why);
+    return;
+  }
+  if (kind.handler == &ModernReader::DXFPoly) inPolyline_ = false;
+  const bool entry = (kind.sections & kInEntities) == 0;
+  Note((entry ? "table entry left out: " : "entity left out: ") + name,
+       name + " at line " + std::to_string(recordLine_) + " left out: " + why);
 }
 
 bool ModernReader::Section() {
   section_ = std::string(Trim(Value(2)));
   return true;
+}
+
+// A header variable that cannot be read keeps its default; the report names it.
+void ModernReader::ReadHeader(std::string_view name) {
+  try {
+    ReadHeaderVariable(name);
+  } catch (const RunTimeError& e) {
+    const std::string variable(name.substr(0, 64));
+    Note("header variable left out: " + variable, variable + " left out: " + e.text());
+  }
 }
 
 void ModernReader::ReadHeaderVariable(std::string_view name) {

@@ -50,6 +50,10 @@ class ModernReader {
   bool NextPair(int& code, std::string_view& value);
   void ReadRecord(bool header);
   bool Dispatch(std::string_view name);
+  void ReadOne(const Kind& kind);
+  // A group code line that holds no 16-bit number: named in the report, and the reading
+  // goes on at the next line that holds the code 0.
+  int Resynchronise(std::string_view codeLine, std::string_view& value);
   std::string_view Value(int code) const;  // the last value of a code (below 1000)
   bool Has(int code) const { return Value(code).data() != nullptr; }
   double Num(int code, double fallback = 0) const;
@@ -64,6 +68,7 @@ class ModernReader {
   Affine PlacementOf(Vec3 extrusion, double elevation) const;
 
   // Header, tables and objects.
+  void ReadHeader(std::string_view name);
   void ReadHeaderVariable(std::string_view name);
   void ReadDimVariable(DimStyle& style, std::string_view name);
   bool Section();
@@ -188,6 +193,8 @@ class ModernReader {
   bool havePending_ = false;
   int pendingCode_ = 0;
   std::string_view pendingValue_;
+  bool recordDamaged_ = false;  // the record being read met an unreadable group code
+  bool skippingBlock_ = false;  // inside a block definition that could not be opened
   std::string section_;
   std::string_view name_;  // the record's name (after its code 0)
   std::size_t recordLine_ = 0;  // the line of the record's name

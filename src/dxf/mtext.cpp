@@ -46,6 +46,10 @@ bool BreaksAnywhere(std::string_view s, std::size_t at) {
   return c == 0xE2 && at + 1 < s.size() && static_cast<unsigned char>(s[at + 1]) >= 0xBA;
 }
 
+// The range a relative height (\H) is held in: beyond it no character of the text and
+// its neighbours could show together.
+constexpr double kSmallestFactor = 1e-4, kLargestFactor = 1e4;
+
 class Parser {
  public:
   Parser(std::string_view s, double height) : s_(s), height_(height) {
@@ -162,7 +166,7 @@ void Parser::ParagraphProperties(std::string_view a) {
     }
     std::size_t end = k;
     while (end < a.size() && a[end] != ',' && !std::isalpha(static_cast<unsigned char>(a[end]))) ++end;
-    target = Val(a.substr(k, end - k));
+    target = HeldVal(a.substr(k, end - k));
     k = end;
   };
   while (k < a.size()) {
@@ -179,12 +183,17 @@ void Parser::ParagraphProperties(std::string_view a) {
       case 't': {
         p.tabs.clear();
         while (k < a.size() && a[k] != 'i' && a[k] != 'l' && a[k] != 'r' && a[k] != 'q') {
-          if (a[k] == ',' || a[k] == 'c' || a[k] == 'r') {
+          // Commas, the kinds of stop (c centred, r right) and any other letter are passed
+          // over: each turn of this loop takes at least one character.
+          if (!std::isdigit(static_cast<unsigned char>(a[k])) && a[k] != '.' && a[k] != '-' && a[k] != '+' &&
+              a[k] != '*') {
             ++k;
             continue;
           }
           double stop = 0;
+          const std::size_t before = k;
           number(stop);
+          if (k == before) ++k;
           if (stop > 0) p.tabs.push_back(stop);
           if (k < a.size() && a[k] == ',') ++k;
         }
@@ -227,7 +236,7 @@ void Parser::Code() {
   i_ += 2;
   auto factor = [](std::string_view a, double current) {
     const bool relative = !a.empty() && (a.back() == 'x' || a.back() == 'X');
-    const double v = Val(a);
+    const double v = HeldVal(a);
     return relative ? current * v : v;
   };
   switch (code) {
@@ -243,23 +252,26 @@ void Parser::Code() {
       Flush();
       std::string_view a = Argument();
       const bool relative = !a.empty() && (a.back() == 'x' || a.back() == 'X');
-      const double v = Val(a);
+      const double v = HeldVal(a);
       if (v > 0) format_.height = relative ? format_.height * v : (height_ > 0 ? v / height_ : format_.height);
+      format_.height = std::clamp(format_.height, kSmallestFactor, kLargestFactor);
       break;
     }
-    case 'W': Flush(), format_.widthFactor = factor(Argument(), format_.widthFactor); break;
-    case 'Q': Flush(), format_.oblique = Val(Argument()); break;
-    case 'T': Flush(), format_.tracking = factor(Argument(), format_.tracking); break;
-    case 'A': Flush(), format_.align = int8_t(HeldWhole(Val(Argument()), 0, 2)); break;
+    case 'W':
+      Flush(), format_.widthFactor = std::clamp(factor(Argument(), format_.widthFactor), 0.01, 100.0);
+      break;
+    case 'Q': Flush(), format_.oblique = std::clamp(HeldVal(Argument()), -85.0, 85.0); break;
+    case 'T': Flush(), format_.tracking = std::clamp(factor(Argument(), format_.tracking), 0.75, 4.0); break;
+    case 'A': Flush(), format_.align = int8_t(HeldWhole(HeldVal(Argument()), 0, 2)); break;
     case 'C': {
       Flush();
-      const auto number = HeldWhole(Val(Argument()), 0, 256);
+      const auto number = HeldWhole(HeldVal(Argument()), 0, 256);
       format_.color = number <= 0 || number >= 256 ? 0 : AciColor(int(number));
       break;
     }
     case 'c': {
       Flush();
-      const auto bgr = int32_t(HeldWhole(Val(Argument()), 0, 0xFFFFFF));
+      const auto bgr = int32_t(HeldWhole(HeldVal(Argument()), 0, 0xFFFFFF));
       format_.color = bgr == 0 ? kExplicitBlack : bgr;
       break;
     }

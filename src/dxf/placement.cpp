@@ -14,9 +14,8 @@ EllipseEntity EllipseOfArc(PointD centre, double radius, double startDegrees, do
   EllipseEntity e;
   e.CenterX = centre.x, e.CenterY = centre.y;
   e.UX = radius, e.VY = radius;
-  e.Start = whole ? 0 : Radians(startDegrees);
-  e.End = whole ? 2 * M_PI : Radians(endDegrees);
-  while (e.End <= e.Start) e.End += 2 * M_PI;
+  const Sweep sweep = whole ? Sweep{} : SweepOf(Radians(startDegrees), Radians(endDegrees));
+  e.Start = sweep.start, e.End = sweep.end;
   return e;
 }
 

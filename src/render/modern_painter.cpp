@@ -254,9 +254,8 @@ void ModernPainter::DrawSegment(const PolySegment& s, int32_t row) {
   const double dx = s.X2 - s.X1, dy = s.Y2 - s.Y1;
   const double sagitta = std::abs(s.Bulge) * std::sqrt(dx * dx + dy * dy) / 2 * e_.ViewScale;
   if (!curved || sagitta < 0.5) return StrokeLine(At(s.X1, s.Y1), At(s.X2, s.Y2));
-  double start = Radians(arc.startDegrees), end = Radians(arc.endDegrees);
-  while (end <= start) end += 2 * M_PI;
-  StrokeCurve(arc.centre, {arc.radius, 0}, {0, arc.radius}, start, end);
+  const Sweep sweep = SweepOf(Radians(arc.startDegrees), Radians(arc.endDegrees));
+  StrokeCurve(arc.centre, {arc.radius, 0}, {0, arc.radius}, sweep.start, sweep.end);
 }
 
 void ModernPainter::FillPolygon(const QPolygonF& polygon, QColor color) {
@@ -298,9 +297,8 @@ void ModernPainter::DrawWideSegment(const PolySegment& s, int32_t row, QColor co
   if (s.Bulge != 0 && ArcOfBulge(p1, p2, s.Bulge, arc)) {
     double a0 = std::atan2(p1.y - arc.centre.y, p1.x - arc.centre.x);
     double a1 = std::atan2(p2.y - arc.centre.y, p2.x - arc.centre.x);
-    double sweep = a1 - a0;
-    if (s.Bulge > 0) while (sweep <= 0) sweep += 2 * M_PI;
-    else while (sweep >= 0) sweep -= 2 * M_PI;
+    const Sweep ccw = s.Bulge > 0 ? SweepOf(a0, a1) : SweepOf(a1, a0);
+    const double sweep = s.Bulge > 0 ? ccw.end - ccw.start : ccw.start - ccw.end;
     const double pixels = (arc.radius + std::max(w0, w1)) * e_.ViewScale;
     const int chords = int(std::clamp(std::ceil(std::abs(sweep) * std::sqrt(std::max(pixels, 1.0))), 4.0, 4096.0));
     QPolygonF inner;
@@ -337,10 +335,8 @@ void ModernPainter::DrawArc(const ArcEntity& a) {
   const bool inside = circle.minX >= z.left && circle.maxX <= z.right && circle.minY >= z.bottom && circle.maxY <= z.top;
   if (!inside && !VisibleRow(RowBox(a))) return;
   UsePen(ColorOf(a.Color, a.Layer), WeightPixels(a.LineWeight), a.LineType);
-  double start = Radians(a.StartAngle), end = Radians(a.EndAngle);
-  if (a.StartAngle == a.EndAngle) start = 0, end = 2 * M_PI;
-  while (end <= start) end += 2 * M_PI;
-  StrokeCurve({a.CenterX, a.CenterY}, {a.Radius, 0}, {0, a.Radius}, start, end);
+  const Sweep sweep = a.StartAngle == a.EndAngle ? Sweep{} : SweepOf(Radians(a.StartAngle), Radians(a.EndAngle));
+  StrokeCurve({a.CenterX, a.CenterY}, {a.Radius, 0}, {0, a.Radius}, sweep.start, sweep.end);
 }
 
 void ModernPainter::DrawEllipse(const EllipseEntity& el) {
@@ -462,8 +458,10 @@ void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<QPo
     }
     UsePen(color, 0, 0);
     std::vector<double> crossings;
-    for (double k = std::ceil(lo); k <= std::floor(hi); ++k) {
-      const QPointF origin = base + offset * k;
+    const double firstLine = std::ceil(lo);
+    const auto count = int64_t(std::floor(hi) - firstLine) + 1;  // below 20000, checked above
+    for (int64_t n = 0; n < count; ++n) {
+      const QPointF origin = base + offset * (firstLine + double(n));
       // Where the line origin + t * dir crosses the boundary edges.
       crossings.clear();
       for (const QPolygonF& loop : loops) {

@@ -134,6 +134,15 @@ double Val(std::string_view text) {
   return negative ? -value : value;
 }
 
+double HeldVal(std::string_view text) {
+  try {
+    return Val(text);
+  } catch (const RunTimeError&) {
+    const std::size_t sign = text.find_first_not_of(" \t");
+    return sign != std::string_view::npos && text[sign] == '-' ? -DBL_MAX : DBL_MAX;
+  }
+}
+
 void ThrowOverflow() { throw RunTimeError(kErrOverflow); }
 
 float CSng(double value) {

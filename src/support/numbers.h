@@ -16,6 +16,10 @@ inline constexpr std::size_t kLongestNumber = 4096;
 // range of a double raises the Overflow error; one too small for it gives 0.
 double Val(std::string_view text);
 
+// Val for values read while drawing (inline codes of texts), where no error may arise: a
+// value beyond the range of a double is held at the largest double of its sign.
+double HeldVal(std::string_view text);
+
 // True when the text starts (after blanks) with something Val reads as a number.
 bool HasLeadingNumber(std::string_view text);
 

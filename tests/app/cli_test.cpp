@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -325,6 +327,68 @@ TEST(CommandLine, ABatchDrawsAFolderAndSumsUpEveryFile) {
 
 namespace dxfimport {
 namespace {
+
+// What is no drawing gets one line that says what it is, status 1, and no picture.
+TEST(CommandLine, WhatIsNoDrawingGetsOneClearLine) {
+  namespace fs = std::filesystem;
+  const fs::path dir = fs::temp_directory_path() / "dxfimport-not-drawings";
+  fs::remove_all(dir);
+  fs::create_directories(dir / "folder.dxf");
+  std::ofstream(dir / "plan.dwg", std::ios::binary) << std::string("AC1027\0\0\0\0\0\x01\x02", 13);
+  std::ofstream(dir / "empty.dxf").flush();
+  std::ofstream(dir / "photo.dxf", std::ios::binary) << "\x89PNG\r\n\x1a\n....";
+  struct Case {
+    const char* file;
+    const char* says;
+  };
+  const Case cases[] = {
+      {"plan.dwg", "is a DWG drawing (AutoCAD 2013 format, AC1027); dxfimport reads DXF: save it as DXF"},
+      {"empty.dxf", "is empty"},
+      {"folder.dxf", "is a folder, not a drawing"},
+      {"photo.dxf", "is a PNG image, not a DXF drawing"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.file);
+    const std::string path = (dir / c.file).string();
+    std::vector<std::string> commands = {"stats " + path, "dump " + path};
+    // A folder given to render is a batch of the drawings in it.
+    if (!fs::is_directory(path)) commands.push_back("render " + path + " -o " + (dir / "out.png").string());
+    for (const std::string& command : commands) {
+      ProgramRun run = Dxfimport(command);
+      EXPECT_EQ(run.status, 1);
+      EXPECT_EQ(run.err.rfind("dxfimport: " + path + " " + c.says, 0), 0u) << run.err;
+      EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+      EXPECT_FALSE(fs::exists(dir / "out.png"));
+    }
+  }
+  // A background a picture cannot hold is refused before anything is drawn.
+  ProgramRun clear = Dxfimport("render " + testing::SamplePath() + " -o " + (dir / "t.bmp").string() +
+                               " --background transparent");
+  EXPECT_EQ(clear.status, 2);
+  EXPECT_NE(clear.err.find("opaque"), std::string::npos);
+  EXPECT_FALSE(fs::exists(dir / "t.bmp"));
+  fs::remove_all(dir);
+}
+
+// A file that never ends (a pipe nobody writes) is ended at its time limit; the others
+// are drawn.
+TEST(CommandLine, ABatchEndsAFileAtItsTimeLimitAndGoesOn) {
+  namespace fs = std::filesystem;
+  const fs::path in = fs::temp_directory_path() / "dxfimport-timeout-in", out = fs::temp_directory_path() / "dxfimport-timeout-out";
+  fs::remove_all(in), fs::remove_all(out);
+  fs::create_directories(in);
+  ASSERT_EQ(mkfifo((in / "stuck.dxf").c_str(), 0600), 0);
+  fs::copy_file(testing::SamplePath(), in / "plan.dxf");
+  ProgramRun run = Dxfimport("render " + (in / "stuck.dxf").string() + " " + (in / "plan.dxf").string() + " -o " +
+                             out.string() + " --format png --jobs 1 --file-timeout 1");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.out.find("| " + (in / "stuck.dxf").string() + " | timed out |"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("ended after 1 s (--file-timeout)"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("| " + (in / "plan.dxf").string() + " | ok |"), std::string::npos) << run.out;
+  EXPECT_TRUE(fs::exists(out / "plan.png"));
+  EXPECT_EQ(Dxfimport("render " + testing::SamplePath() + " -o x.png --file-timeout -1").status, 2);
+  fs::remove_all(in), fs::remove_all(out);
+}
 
 TEST(ChildProcess, ACrashOrAnExitIsSeenAndSiblingsDoNotHoldEachOthersInput) {
   ChildProcess crash(

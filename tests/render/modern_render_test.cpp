@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "render/redraw.h"
+#include "render/modern_render_fixture.h"
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {
@@ -9,53 +10,8 @@ namespace {
 using testing::DxfText;
 using testing::EntitiesFile;
 using testing::Pairs;
-
-// How a test drawing is drawn.
-struct RenderSetup {
-  QColor background = Qt::white;
-  bool lineWeights = false;
-  ZoomRect window{0, 100, 100, 0};
-  std::string layerColor = "1";  // of layer 0
-  std::string header;            // HEADER variables as DXF text
-};
-
-// Draws a modern drawing of one layer (red unless set up otherwise) into 100 x 100
-// pixels showing 0..100.
-class ModernRender {
- public:
-  explicit ModernRender(const Pairs& entities, const RenderSetup& setup = {}) : surface_(100, 100, setup.background) {
-    std::string layers = DxfText({{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "LAYER"}, {0, "LAYER"}, {2, "0"},
-                                  {62, setup.layerColor}, {0, "ENDTAB"}, {0, "ENDSEC"}});
-    std::string header = setup.header.empty() ? "" : DxfText({{0, "SECTION"}, {2, "HEADER"}}) + setup.header +
-                                                         DxfText({{0, "ENDSEC"}});
-    loaded_ = testing::LoadModern(header + layers + EntitiesFile(entities));
-    ZoomState zoom(loaded_->drawing);
-    zoom.Display.LineWeights = setup.lineWeights;
-    surface_.Cls();
-    drawn_ = zoom.Zoom(setup.window, surface_);
-  }
-  bool drawn() const { return drawn_; }
-  QRgb Pixel(int x, int y) const { return surface_.image().pixel(x, y) & 0xFFFFFF; }
-  bool Inked(int x, int y) const { return Pixel(x, y) != (surface_.BackColor().rgb() & 0xFFFFFF); }
-  bool InkedNear(int x, int y) const {
-    for (int dy = -1; dy <= 1; ++dy)
-      for (int dx = -1; dx <= 1; ++dx)
-        if (Inked(x + dx, y + dy)) return true;
-    return false;
-  }
-  int InkedIn(int x0, int y0, int x1, int y1) const {
-    int n = 0;
-    for (int y = y0; y < y1; ++y)
-      for (int x = x0; x < x1; ++x) n += Inked(x, y);
-    return n;
-  }
-  const QImage& image() const { return surface_.image(); }
-
- private:
-  std::unique_ptr<testing::Loaded> loaded_;
-  ImageSurface surface_;
-  bool drawn_ = false;
-};
+using testing::ModernRender;
+using testing::RenderSetup;
 
 TEST(ModernRendering, EllipseSplineAndBulgeArcsAreCurved) {
   ModernRender ellipse({{0, "ELLIPSE"}, {10, "50"}, {20, "50"}, {11, "40"}, {21, "0"}, {40, "0.5"}});

@@ -316,6 +316,7 @@ class ViewerTest : public QObject {
 
   void sharedSettingsGetTheirTrailingSeparator() {
     QTemporaryDir home, config;
+    const QByteArray ownConfig = qgetenv("XDG_CONFIG_HOME");
     qputenv("DXFIMPORT_HOME", home.path().toUtf8());
     qputenv("XDG_CONFIG_HOME", config.path().toUtf8());
     RestoreSharedSettings(false);
@@ -330,7 +331,7 @@ class ViewerTest : public QObject {
     QCOMPARE(BitmapDirectory(), std::string("/data/bitmaps/"));
     QCOMPARE(HelpDirectory(), std::string("/data/help/"));
     qunsetenv("DXFIMPORT_HOME");
-    qunsetenv("XDG_CONFIG_HOME");
+    qputenv("XDG_CONFIG_HOME", ownConfig);  // the test's own settings again
   }
 };
 
