@@ -64,8 +64,23 @@ def replace_value(codes, choices):
     return damage
 
 
+def text_values(lines):
+    """The values of texts: MTEXT contents (1 and 3) when the drawing has any, else the
+    values of TEXT, ATTRIB and ATTDEF (1)."""
+    mtext, text, kind = [], [], ""
+    for i in pairs(lines):
+        code = lines[i].strip()
+        if code == "0":
+            kind = lines[i + 1].strip()
+        elif kind == "MTEXT" and code in ("1", "3"):
+            mtext.append(i + 1)
+        elif code == "1":
+            text.append(i + 1)
+    return mtext or text
+
+
 def mtext_splice(lines, rng):
-    spots = values_after(lines, ["1", "3"])
+    spots = text_values(lines)
     if spots:
         i = rng.choice(spots)
         at = rng.randint(0, len(lines[i]))
