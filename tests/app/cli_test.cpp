@@ -329,7 +329,7 @@ namespace dxfimport {
 namespace {
 
 // What is no drawing gets one line that says what it is, status 1, and no picture.
-TEST(CommandLine, WhatIsNoDrawingGetsOneClearLine) {
+TEST(NonDrawings, EachGetsOneClearLineAndNothingIsWritten) {
   namespace fs = std::filesystem;
   const fs::path dir = fs::temp_directory_path() / "dxfimport-not-drawings";
   fs::remove_all(dir);
