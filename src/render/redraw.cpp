@@ -16,6 +16,7 @@
 
 #include <unistd.h>
 
+#include "support/log.h"
 #include "support/messages.h"
 #include "support/numbers.h"
 #include "support/runtime_error.h"
@@ -112,6 +113,12 @@ int32_t ZoomState::EntityColor(int32_t layer, int32_t color, bool toPrinter) con
 }
 
 bool ZoomState::Zoom(const ZoomRect& window, Surface& surface, QPaintDevice* metafile, bool toPrinter) {
+  // One redraw at a time: its entry lists, its second thread's work and its transform are
+  // the running redraw's until it ends.
+  if (inProgress_) {
+    LogCritical("Zoom: a redraw was asked for while one ran; it is not drawn");
+    return false;
+  }
   if (drawing_.SeqCount() == 0) {
     ShowMessage(MessageIcon::Information, LoadResText(1051));
     return false;

@@ -39,9 +39,7 @@ bool BusyInputGate::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::ShortcutOverride:
     case QEvent::Shortcut:
     case QEvent::MouseButtonPress:
-    case QEvent::MouseButtonRelease:
     case QEvent::MouseButtonDblClick:
-    case QEvent::Wheel:
     case QEvent::Drop:
     case QEvent::ContextMenu:
       break;

@@ -31,8 +31,10 @@ class ProgressBarSink : public LoadProgress {
 };
 
 // While long work runs (`busy` true) and lets window messages run, user input waits:
-// mouse, keys and wheel are held back from every window except the Cancel button, and
-// Esc asks the work to stop. Installed on the application by the window that owns it (its
+// button presses and keys are held back from every window except the Cancel button, and
+// Esc asks the work to stop. A button release always passes (it ends what its press
+// began, a drag), and so do the wheel and mouse moves: the window merges the views they
+// ask for into the one drawn next. Installed on the application by the window that owns it (its
 // parent), and gone with that window.
 class BusyInputGate : public QObject {
  public:

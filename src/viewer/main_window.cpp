@@ -344,6 +344,8 @@ bool frmImport::OpenDXFFile(bool showDialog) {
   reader.SetOptions(LoadOptions{layout_, entityBudget_});
   bool loaded = reader.LoadDXF(gstrDXFFileName, &progress);
   loading_ = false;
+  pendingView_.reset();  // views asked for during the load were views of the drawing before
+  supersede_ = false;
   layout_.clear();  // a layout chosen in the menu holds for that read only
   FillLayoutMenu(reader.outcome());
   report_ = reader.outcome().Report;
@@ -369,6 +371,7 @@ bool frmImport::OpenDXFFile(bool showDialog) {
   UpdateCaption(true);
   if (drawn) rememberDirectory_ = true;
   LogView();
+  DrawPendingView();
   return true;
 }
 
@@ -390,9 +393,15 @@ void frmImport::ShowLoadStatus(const LoadOutcome& outcome) {
 bool frmImport::KeepDrawing() {
   if (!loading_) stopRequested_ = false;
   QCoreApplication::processEvents();
-  if (!stopRequested_) return true;
-  stopRequested_ = false;
-  statusBar()->showMessage(Text(1069));
+  if (stopRequested_) {
+    stopRequested_ = false;
+    pendingView_.reset();
+    statusBar()->showMessage(Text(1069));
+    return false;
+  }
+  // A view asked for meanwhile replaces the one being drawn.
+  if (!supersede_) return true;
+  supersede_ = false;
   return false;
 }
 
@@ -444,6 +453,7 @@ bool frmImport::Redraw(const ZoomRect& window) {
   picture_->Cls();
   bool drawn = zoom_.Zoom(window, *picture_);
   picture_->Refresh();
+  DrawPendingView();
   return drawn;
 }
 
@@ -458,6 +468,7 @@ void frmImport::ZoomReset() {
 void frmImport::mnuZoomMinus_Click() {
   if (!booPictureLoaded) return;
   zoom_.StationaryZoom(float(picture_->width()) / 2, float(picture_->height()) / 2, 50, *picture_);
+  DrawPendingView();
 }
 
 void frmImport::mnuZoomPlus_Click() {
@@ -495,6 +506,7 @@ void frmImport::Picture1_MouseUp(int x, int y) {
   const int minY = std::min(rubberY0_, rubberY1_), maxY = std::max(rubberY0_, rubberY1_);
   if (std::abs(float(maxX - minX)) < 15 || std::abs(float(maxY - minY)) < 15) {
     zoom_.StationaryZoom(float(x), float(y), 200, *picture_);
+    DrawPendingView();
     return;
   }
   if (zoom_.Engine.ViewScale == 0) return;
@@ -542,6 +554,7 @@ void frmImport::mnuOptionColor_Click() {
     ++redrawCount_;
   }
   picture_->Refresh();
+  DrawPendingView();
 }
 
 void frmImport::mnuOptionForecolor_Click() {

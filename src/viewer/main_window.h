@@ -50,6 +50,7 @@ class frmImport : public QMainWindow {
   // The last load was stopped by the user (what was read is shown; the host gets no
   // bitmap of it).
   bool loadStopped() const { return loadStopped_; }
+  bool dragging() const { return panning_; }
   // True while a load or a redraw runs: user input other than Esc and the Cancel button
   // waits, and Esc or Cancel stops the work.
   bool Busy() const { return loading_ || zoom_.InProgress(); }
@@ -173,7 +174,19 @@ class frmImport : public QMainWindow {
   void SetupNavigation();
   void FitPictureToWindow();
   bool Gesture(QMouseEvent* event);
-  void ShowView(const ZoomRect& window);  // drawn off the screen, then shown at once
+  // Shows a view, drawn off the screen, then shown at once. A redraw is never entered
+  // while one runs: a view asked for meanwhile (a drag or a resize while the redraw lets
+  // window messages run) stops the running redraw and is drawn after it, the latest one
+  // only.
+  void ShowView(const ZoomRect& window);
+  void DrawView(const ZoomRect& window);
+  // Draws the view asked for during the redraw that just ended, if any.
+  void DrawPendingView();
+  // The latest view asked for (the one waiting, else the one drawn) moved by a drag, or
+  // zoomed by `factor` about a picture point.
+  ZoomRect PannedView(QPoint moved) const;
+  ZoomRect ZoomedView(QPointF at, double factor) const;
+  double PendingScale() const;
   void RememberView();
   void LogView() const;
   void ShowCoordinates(std::optional<QPoint> at);
@@ -211,6 +224,8 @@ class frmImport : public QMainWindow {
   QTimer* fitTimer_ = nullptr;
   bool panning_ = false, spaceDown_ = false, panRedrawPending_ = false;
   QPoint panFrom_;                 // where the drag started (picture pixels)
+  std::optional<ZoomRect> pendingView_;  // asked for while a redraw ran: drawn next
+  bool supersede_ = false;               // the running redraw stops for pendingView_
   std::vector<ZoomRect> history_;  // the views before each zoom or pan, newest last
   QLabel* coordinates_ = nullptr;
   QMenu* recentMenu_ = nullptr;

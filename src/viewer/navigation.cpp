@@ -104,11 +104,55 @@ void frmImport::ChoosePictureSize(int width, int height, double dpi) {
 // the view changes without the picture being cleared first.
 void frmImport::ShowView(const ZoomRect& window) {
   if (!booPictureLoaded) return;
+  if (Busy()) {
+    pendingView_ = window;
+    supersede_ = zoom_.InProgress();
+    return;
+  }
+  DrawView(window);
+  DrawPendingView();
+}
+
+void frmImport::DrawPendingView() {
+  while (pendingView_ && !Busy()) {
+    const ZoomRect next = *pendingView_;
+    pendingView_.reset();
+    DrawView(next);
+  }
+}
+
+void frmImport::DrawView(const ZoomRect& window) {
   ImageSurface canvas(picture_->image().width(), picture_->image().height(), picture_->BackColor());
   canvas.Cls();
-  if (zoom_.Zoom(window, canvas)) picture_->SetImage(canvas.image());
+  // A picture cut short for the next view is not shown: the next one is drawn at once.
+  if (zoom_.Zoom(window, canvas) && !pendingView_) picture_->SetImage(canvas.image());
   ShowCoordinates(picture_->mapFromGlobal(QCursor::pos()));
   LogView();
+}
+
+// The scale of the view waiting to be drawn: its window has the picture's aspect.
+double frmImport::PendingScale() const {
+  const double width = pendingView_->right - pendingView_->left;
+  return width != 0 ? picture_->width() / width : 0;
+}
+
+ZoomRect frmImport::PannedView(QPoint moved) const {
+  if (!pendingView_) return zoom_.Panned(moved.x(), moved.y());
+  const double scale = PendingScale();
+  if (!(scale > 0)) return *pendingView_;
+  const double ux = moved.x() / scale, uy = moved.y() / scale;
+  const ZoomRect& z = *pendingView_;
+  return {z.left - ux, z.top + uy, z.right - ux, z.bottom + uy};
+}
+
+ZoomRect frmImport::ZoomedView(QPointF at, double factor) const {
+  if (!pendingView_) return zoom_.ZoomedAbout(at.x(), at.y(), factor);
+  const double scale = PendingScale();
+  const ZoomRect& z = *pendingView_;
+  if (!(scale > 0) || !(factor > 0)) return z;
+  const PointD p{z.left + at.x() / scale, z.top - at.y() / scale};
+  return {p.x - (p.x - z.left) / factor, p.y + (z.top - p.y) / factor, p.x + (z.right - p.x) / factor,
+          p.y - (p.y - z.bottom) / factor};
 }
 
 // The view in the log, for whoever follows the window from outside (a test driving it).
@@ -129,11 +173,12 @@ void frmImport::RememberView() {
   if (history_.size() > 50) history_.erase(history_.begin());
 }
 
+// A notch during a redraw zooms the view that waits to be drawn.
 void frmImport::WheelZoom(QPointF at, double notches) {
-  if (!booPictureLoaded || notches == 0 || Busy()) return;
+  if (!booPictureLoaded || notches == 0 || loading_) return;
   LogDebug(QString("Wheel: %1 notches at %2 %3").arg(notches).arg(at.x()).arg(at.y()).toStdString());
-  RememberView();
-  ShowView(zoom_.ZoomedAbout(at.x(), at.y(), std::pow(kNotchFactor, notches)));
+  if (!pendingView_) RememberView();
+  ShowView(ZoomedView(at, std::pow(kNotchFactor, notches)));
 }
 
 void frmImport::ZoomIn() {
@@ -179,7 +224,7 @@ bool frmImport::Gesture(QMouseEvent* event) {
           if (!panning_ || picture_->panOffset().isNull()) return;
           const QPoint moved = picture_->panOffset();
           panFrom_ += moved;
-          ShowView(zoom_.Panned(moved.x(), moved.y()));
+          ShowView(PannedView(moved));
         });
       }
       return true;
@@ -188,7 +233,7 @@ bool frmImport::Gesture(QMouseEvent* event) {
       panning_ = false;
       picture_->unsetCursor();
       const QPoint moved = at - panFrom_;
-      if (!moved.isNull()) ShowView(zoom_.Panned(moved.x(), moved.y()));
+      if (!moved.isNull()) ShowView(PannedView(moved));
       picture_->SetPanOffset({});
       return true;
     }

@@ -14,9 +14,16 @@
 #include <QWheelEvent>
 
 #include <cmath>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "app/viewer_factory.h"
 #include "layers/layer_dialog.h"
+#include "support/log.h"
 #include "support/messages.h"
 #include "testing/viewer_session.h"
 #include "support/texts.h"
@@ -42,6 +49,46 @@ void Hover(QWidget* target, QPoint at) {
   QMouseEvent event(QEvent::MouseMove, QPointF(at), QPointF(target->mapToGlobal(at)), Qt::NoButton, Qt::NoButton,
                     Qt::NoModifier);
   QApplication::sendEvent(target, &event);
+}
+
+// Keeps the log lines written while it lives.
+class LogLines : public LogSink {
+ public:
+  LogLines() : previous_(SetLogSink(this)) {}
+  ~LogLines() override { SetLogSink(previous_); }
+  void Write(int, std::string_view text) override { lines.emplace_back(text); }
+  bool Contains(std::string_view fragment) const {
+    for (const std::string& line : lines)
+      if (line.find(fragment) != std::string::npos) return true;
+    return false;
+  }
+  std::vector<std::string> lines;
+
+ private:
+  LogSink* previous_;
+};
+
+// A drawing whose redraw takes long enough to let window messages run in between: 400,000
+// lines scattered over 1,000 by 1,000 units.
+std::string LargeDrawing(const QTemporaryDir& dir) {
+  const std::string path = dir.filePath("large.dxf").toStdString();
+  std::ofstream out(path);
+  out << "0\nSECTION\n2\nENTITIES\n";
+  for (int64_t i = 0; i < 400000; ++i) {
+    const int64_t x = (i * 7919) % 1000, y = (i * 104729 / 1000) % 1000;
+    out << "0\nLINE\n8\n" << i % 7 << "\n10\n" << x << "\n20\n" << y << "\n11\n" << x + 30 << "\n21\n" << y + 20 << "\n";
+  }
+  out << "0\nENDSEC\n0\nEOF\n";
+  return path;
+}
+
+// Runs `during` once, at the first point where a redraw lets window messages run.
+void DuringNextRedraw(frmImport& w, std::function<void()> during) {
+  auto once = std::make_shared<std::function<void()>>(std::move(during));
+  w.zoom().KeepDrawing = [keep = w.zoom().KeepDrawing, once] {
+    if (*once) std::exchange(*once, nullptr)();
+    return keep();
+  };
 }
 
 }  // namespace
@@ -175,6 +222,83 @@ class NavigationTest : public QObject {
     QVERIFY(w->booPictureLoaded);
     QCOMPARE(w->recentFiles().value(0), copy);
     QCOMPARE(MakeViewer(false)->recentFiles().value(0), copy);  // kept between runs
+  }
+
+  // The large drawing in a shown window, with smooth lines.
+  std::unique_ptr<frmImport> ShownLarge(const QTemporaryDir& dir) {
+    auto w = MakeViewer(false);
+    w->SetFollowWindow(true);
+    w->resize(1200, 850);
+    w->show();
+    if (!QTest::qWaitFor([&w] { return w->Picture1()->image().size() == w->Picture1()->parentWidget()->size(); }))
+      qWarning("the picture did not follow the window");
+    w->zoom().Display.Antialias = true;
+    gstrDXFFileName = LargeDrawing(dir);
+    w->FileOpen(false);
+    return w;
+  }
+
+  // A drag whose button is released while the redraw of its first move runs: the drag
+  // ends, the redraw under way stops, and the view the drag came to is drawn after it,
+  // by one redraw at a time.
+  void aDragReleasedDuringARedrawEndsAndItsViewIsDrawnNext() {
+    QTemporaryDir dir;
+    auto w = ShownLarge(dir);
+    LogLines log;
+    PictureBox* picture = w->Picture1();
+    const ZoomRect start = w->zoom().CurrentZoom();
+    const double scale = w->zoom().Engine.ViewScale;
+    bool duringRedraw = false;
+    QTest::mousePress(picture, Qt::MiddleButton, {}, QPoint(400, 300));
+    DuringNextRedraw(*w, [&] {
+      duringRedraw = w->zoom().InProgress();
+      QTest::mouseMove(picture, QPoint(440, 310));
+      QTest::mouseRelease(picture, Qt::MiddleButton, {}, QPoint(450, 320));
+      QVERIFY(!w->dragging());
+    });
+    QTest::mouseMove(picture, QPoint(420, 300));  // its view is drawn at the next turn of the event loop
+    QVERIFY(QTest::qWaitFor([&] { return duringRedraw && !w->Busy(); }));
+    QTest::qWait(0);
+    QVERIFY(duringRedraw);
+    QVERIFY(!w->dragging());
+    QCOMPARE(picture->panOffset(), QPoint());
+    QVERIFY(!log.Contains("while one ran"));
+    const ZoomRect end = w->zoom().CurrentZoom();
+    QVERIFY(qAbs(end.left - (start.left - 50 / scale)) < 1e-6 / scale);
+    QVERIFY(qAbs(end.top - (start.top + 20 / scale)) < 1e-6 / scale);
+    // Moves with no button held after the release pan nothing.
+    Hover(picture, QPoint(600, 500));
+    QTest::qWait(0);
+    QVERIFY(qAbs(w->zoom().CurrentZoom().left - end.left) < 1e-9 / scale);
+  }
+
+  // Wheel notches while a redraw runs zoom the view that waits to be drawn: two notches
+  // make one view, drawn once the running redraw has stopped.
+  void wheelNotchesDuringARedrawMergeIntoOneView() {
+    QTemporaryDir dir;
+    auto w = ShownLarge(dir);
+    LogLines log;
+    PictureBox* picture = w->Picture1();
+    ZoomRect drawing{};
+    PointD under{};
+    bool duringRedraw = false;
+    QTest::mousePress(picture, Qt::MiddleButton, {}, QPoint(400, 300));
+    DuringNextRedraw(*w, [&] {
+      duringRedraw = w->zoom().InProgress();
+      drawing = w->zoom().CurrentZoom();
+      under = w->zoom().DrawingPoint(300, 200);
+      QTest::mouseRelease(picture, Qt::MiddleButton, {}, QPoint(410, 300));
+      Wheel(picture, QPoint(300, 200), 1);
+      Wheel(picture, QPoint(300, 200), 1);
+    });
+    QTest::mouseMove(picture, QPoint(410, 300));
+    QVERIFY(QTest::qWaitFor([&] { return duringRedraw && !w->Busy(); }));
+    QTest::qWait(0);
+    QVERIFY(!log.Contains("while one ran"));
+    const ZoomRect end = w->zoom().CurrentZoom();
+    QVERIFY(qAbs(Width(end) - Width(drawing) / (1.25 * 1.25)) < Width(drawing) * 1e-9);
+    const PointD still = w->zoom().DrawingPoint(300, 200);
+    QVERIFY(qAbs(still.x - under.x) < 1e-6 * Width(drawing) && qAbs(still.y - under.y) < 1e-6 * Width(drawing));
   }
 
   void theLayerDialogShowsSwatchesSortsAndFilters() {
