@@ -316,7 +316,7 @@ Box ZoomState::RowsBox(int32_t top, int32_t bottom) const {
 
 void ZoomState::FetchVisible(const Box& box, std::vector<SeqEntry>& entries) {
   if (!IndexCurrent()) Index = std::make_unique<SpatialIndex>(drawing_);
-  Index->Query(box, visible_);
+  Index->Query(box, visible_, queryMarks_);
   // The entries and their rows lie far apart in memory: fetched all at once here, their
   // loads overlap instead of stalling the draw one by one.
   entries.clear();

@@ -132,6 +132,7 @@ class ZoomState {
   // Fetches the entries the index finds in `box` into `entries`.
   void FetchVisible(const Box& box, std::vector<SeqEntry>& entries);
   std::vector<int32_t> visible_;          // the positions of the entries the index found last
+  std::vector<uint64_t> queryMarks_;      // the index query's working memory
   std::vector<SeqEntry> visibleEntries_;  // the entries to draw (the upper band's)
   std::vector<SeqEntry> lowerEntries_;    // the lower band's
 

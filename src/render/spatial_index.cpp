@@ -102,28 +102,29 @@ void SpatialIndex::Build() {
   }
 }
 
-void SpatialIndex::Collect(std::size_t level, uint32_t node, const Box& window) const {
+void SpatialIndex::Collect(std::size_t level, uint32_t node, const Box& window,
+                           std::vector<uint64_t>& marks) const {
   const Node& n = levels_[level][node];
   if (!Meets(n, window)) return;
   if (level == 0) {
     for (uint32_t i = n.first; i < n.first + n.count; ++i) {
       const uint32_t e = uint32_t(items_[i].entry);
-      if (Meets(items_[i], window)) found_[e >> 6] |= uint64_t(1) << (e & 63);
+      if (Meets(items_[i], window)) marks[e >> 6] |= uint64_t(1) << (e & 63);
     }
     return;
   }
-  for (uint32_t i = n.first; i < n.first + n.count; ++i) Collect(level - 1, i, window);
+  for (uint32_t i = n.first; i < n.first + n.count; ++i) Collect(level - 1, i, window, marks);
 }
 
 // The entries found are marked in a bit per entry and read back in order: cheaper than
 // sorting them when a view holds thousands.
-void SpatialIndex::Query(const Box& window, std::vector<int32_t>& out) const {
+void SpatialIndex::Query(const Box& window, std::vector<int32_t>& out, std::vector<uint64_t>& marks) const {
   out.clear();
-  found_.assign((entries_ + 63) / 64, 0);
-  for (int32_t e : always_) found_[std::size_t(e) >> 6] |= uint64_t(1) << (e & 63);
-  if (!levels_.empty()) Collect(levels_.size() - 1, 0, window);
-  for (std::size_t w = 0; w < found_.size(); ++w) {
-    for (uint64_t bits = found_[w]; bits; bits &= bits - 1)
+  marks.assign((entries_ + 63) / 64, 0);
+  for (int32_t e : always_) marks[std::size_t(e) >> 6] |= uint64_t(1) << (e & 63);
+  if (!levels_.empty()) Collect(levels_.size() - 1, 0, window, marks);
+  for (std::size_t w = 0; w < marks.size(); ++w) {
+    for (uint64_t bits = marks[w]; bits; bits &= bits - 1)
       out.push_back(int32_t(w * 64 + std::size_t(__builtin_ctzll(bits))));
   }
 }

@@ -19,8 +19,10 @@ class SpatialIndex {
   explicit SpatialIndex(const Drawing& drawing);
 
   // The positions (from 0) in the draw sequence of the entries whose box meets `window`,
-  // in draw-sequence order, into `out` (cleared first).
-  void Query(const Box& window, std::vector<int32_t>& out) const;
+  // in draw-sequence order, into `out` (cleared first). `marks` is the caller's working
+  // memory (a bit per entry), kept between queries so that it is allocated once; the
+  // index itself is not changed, so queries with buffers of their own may run at once.
+  void Query(const Box& window, std::vector<int32_t>& out, std::vector<uint64_t>& marks) const;
 
   std::size_t size() const { return items_.size() + always_.size(); }
   // The box an entry is indexed by; empty for an entry that is always in.
@@ -44,14 +46,13 @@ class SpatialIndex {
     return a.maxX >= w.minX && a.minX <= w.maxX && a.maxY >= w.minY && a.minY <= w.maxY;
   }
   void Build();
-  void Collect(std::size_t level, uint32_t node, const Box& window) const;
+  void Collect(std::size_t level, uint32_t node, const Box& window, std::vector<uint64_t>& marks) const;
 
   std::vector<Item> items_;              // in leaf order
   std::vector<std::vector<Node>> levels_;  // levels_[0] the leaves' parents ... back() the root
   std::vector<int32_t> always_;
   uint64_t generation_ = 0;
   std::size_t entries_ = 0;                // the draw sequence's length
-  mutable std::vector<uint64_t> found_;    // per entry a bit: found by the query under way
 };
 
 }  // namespace dxfimport

@@ -44,10 +44,11 @@ TEST(SpatialIndex, FindsWhatAFullWalkFindsInFileOrder) {
   std::mt19937 random(11);
   std::uniform_real_distribution<double> at(-100, 1100), span(0.1, 300);
   std::vector<int32_t> found;
+  std::vector<uint64_t> marks;
   for (int trial = 0; trial < 200; ++trial) {
     const double x = at(random), y = at(random);
     const Box window{x, y, x + span(random), y + span(random)};
-    index.Query(window, found);
+    index.Query(window, found, marks);
     std::vector<int32_t> walked;
     for (std::size_t i = 0; i < d.DrawSeq.size(); ++i) {
       const Box b = SpatialIndex::EntryBox(d, d.DrawSeq[i]);
