@@ -12,7 +12,7 @@ FUZZ_SEED ?= 0
 FUZZ_RUNS ?= -1
 FUZZERS := load_fuzzer render_fuzzer modern_draw_fuzzer hatch_fuzzer binary_fuzzer mtext_fuzzer text_codes_fuzzer
 
-.PHONY: all deps configure build demo test asan-test bench fuzz package clean
+.PHONY: all deps configure build demo test asan-test tsan-test bench fuzz package clean
 
 all: build
 
@@ -35,6 +35,17 @@ test: build
 
 asan-test:
 	@$(MAKE) --no-print-directory test PRESET=asan
+
+# The redraw's threads under ThreadSanitizer: the render and viewer suites (Qt itself is
+# not instrumented; tests/tsan.supp names what it reports inside Qt).
+TSAN_TESTS := render_test navigation_test display_options_test viewer_test
+empty :=
+space := $(empty) $(empty)
+tsan-test: deps
+	@cmake --preset tsan >/dev/null
+	@cmake --build build/tsan -j $(JOBS) --target $(TSAN_TESTS)
+	@TSAN_OPTIONS="halt_on_error=1 suppressions=$(CURDIR)/tests/tsan.supp" \
+	  ctest --test-dir build/tsan --output-on-failure -j $(JOBS) -R '^($(subst $(space),|,$(TSAN_TESTS)))$$'
 
 bench: build
 	@$(BUILD)/bench/reader_bench --benchmark_counters_tabular=true

@@ -175,9 +175,9 @@ class frmImport : public QMainWindow {
   void FitPictureToWindow();
   bool Gesture(QMouseEvent* event);
   // Shows a view, drawn off the screen, then shown at once. A redraw is never entered
-  // while one runs: a view asked for meanwhile (a drag or a resize while the redraw lets
-  // window messages run) stops the running redraw and is drawn after it, the latest one
-  // only.
+  // while one runs: a view asked for meanwhile (a drag or a wheel notch while the redraw
+  // lets window messages run) stops the running redraw and is drawn after it, the latest
+  // one only.
   void ShowView(const ZoomRect& window);
   void DrawView(const ZoomRect& window);
   // Draws the view asked for during the redraw that just ended, if any.

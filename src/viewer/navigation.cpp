@@ -69,7 +69,8 @@ bool frmImport::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void frmImport::FitPictureToWindow() {
-  if (!followWindow_ || Busy()) return;
+  if (!followWindow_) return;
+  if (Busy()) return fitTimer_->start();  // the picture follows once the work is done
   const QSize area = viewport_->viewport()->size();
   if (area.width() < 16 || area.height() < 16 || area == picture_->image().size()) return;
   setBooGear1Visible(false);
