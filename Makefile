@@ -19,8 +19,11 @@ all: build
 deps:
 	@scripts/install-deps
 
+# In CI a warning fails the build.
+WERROR := $(if $(CI),-DDXFIMPORT_WERROR=ON,)
+
 configure: deps
-	@cmake --preset $(PRESET) >/dev/null
+	@cmake --preset $(PRESET) $(WERROR) >/dev/null
 
 build: configure
 	@cmake --build $(BUILD) -j $(JOBS)
@@ -42,7 +45,7 @@ TSAN_TESTS := render_test navigation_test display_options_test viewer_test
 empty :=
 space := $(empty) $(empty)
 tsan-test: deps
-	@cmake --preset tsan >/dev/null
+	@cmake --preset tsan $(WERROR) >/dev/null
 	@cmake --build build/tsan -j $(JOBS) --target $(TSAN_TESTS)
 	@TSAN_OPTIONS="halt_on_error=1 suppressions=$(CURDIR)/tests/tsan.supp" \
 	  ctest --test-dir build/tsan --output-on-failure -j $(JOBS) -R '^($(subst $(space),|,$(TSAN_TESTS)))$$'
@@ -65,7 +68,7 @@ package: build
 # taken out of them are seeds too. Findings land in build/fuzz/.
 CORPUS_DIR := $(wildcard ../shared/corpus)
 fuzz: deps
-	@cmake --preset fuzz >/dev/null && cmake --build build/fuzz -j $(JOBS)
+	@cmake --preset fuzz $(WERROR) >/dev/null && cmake --build build/fuzz -j $(JOBS)
 	@$(if $(CORPUS_DIR),python3 tools/make_fuzz_seeds.py --from-corpus $(CORPUS_DIR) build/fuzz/corpus,true)
 	@for f in $(FUZZERS); do \
 	  mkdir -p build/fuzz/corpus/$$f; \

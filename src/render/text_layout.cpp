@@ -124,14 +124,13 @@ void TextComposer::Compose(const std::vector<TextParagraph>& paragraphs, TextLay
     line.right = right;
     line.alignment = p.alignment >= 0 ? p.alignment : s_.alignment;
     line.columnBreak = p.columnBreak;
-    double x = line.indent, pendingSpace = 0;
+    double x = line.indent;
     for (const TextPiece& piece : p.pieces) {
       Item item = Measure(piece);
       if (item.space) {
         if (!line.items.empty()) {
           item.x = x;
           line.items.push_back(item);
-          pendingSpace += item.width;
           x += item.width;
         }
         continue;
@@ -145,7 +144,6 @@ void TextComposer::Compose(const std::vector<TextParagraph>& paragraphs, TextLay
           }
         if (stop == 0) stop = (std::floor(x / (kTabStop * h)) + 1) * kTabStop * h;
         x = stop;
-        pendingSpace = 0;
         continue;
       }
       if (s_.wrap > 0 && !line.items.empty() && x + item.width > s_.wrap - right + 1e-9) {
@@ -158,7 +156,6 @@ void TextComposer::Compose(const std::vector<TextParagraph>& paragraphs, TextLay
       item.x = x;
       line.items.push_back(item);
       x += item.width;
-      pendingSpace = 0;
     }
     line.last = true;
     Finish(line);
