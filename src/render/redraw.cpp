@@ -16,6 +16,10 @@
 
 #include <unistd.h>
 
+#if defined(__SANITIZE_THREAD__)
+#include <sanitizer/tsan_interface.h>
+#endif
+
 #include "support/log.h"
 #include "support/messages.h"
 #include "support/numbers.h"
@@ -68,20 +72,35 @@ bool FewTexts(const std::vector<SeqEntry>& entries) {
   return texts <= entries.size() / 8;
 }
 
+// The hand-over of a job to the second thread goes through Qt's thread pool, whose locks
+// ThreadSanitizer does not see (Qt is not built with it): the hand-over is told to it,
+// so that what the window's thread wrote before it counts as written before the job.
+#if defined(__SANITIZE_THREAD__)
+char handOver;
+void HandOver() { __tsan_release(&handOver); }
+void TakeOver() { __tsan_acquire(&handOver); }
+#else
+void HandOver() {}
+void TakeOver() {}
+#endif
+
 // A job on the redraw's second thread, told to stop and waited for on every way out.
 class SecondThread {
  public:
   explicit SecondThread(std::function<void(const std::atomic<bool>& stop)> job) {
     auto promise = std::make_shared<std::promise<void>>();
     done_ = promise->get_future();
-    SecondThreadPool().start([this, promise, job = std::move(job)] {
+    std::function<void()> work = [this, promise, job = std::move(job)] {
+      TakeOver();
       try {
         job(stop_);
         promise->set_value();
       } catch (...) {
         promise->set_exception(std::current_exception());
       }
-    });
+    };
+    HandOver();
+    SecondThreadPool().start(std::move(work));
   }
   ~SecondThread() {
     Stop();
