@@ -100,8 +100,8 @@ class NavigationTest : public QObject {
   testing::ViewerSession session_;
   RecordingMessageSink& messages_ = session_.messages;
 
-  // The sample open in a shown window of 1200 x 850 whose picture follows it.
-  std::unique_ptr<frmImport> ShownSample() {
+  // A drawing open in a shown window of 1200 x 850 whose picture follows it.
+  std::unique_ptr<frmImport> Shown(const std::string& file, bool smooth = false) {
     auto w = MakeViewer(false);
     w->SetFollowWindow(true);
     w->resize(1200, 850);
@@ -109,10 +109,12 @@ class NavigationTest : public QObject {
     // The picture follows once the resizing has stopped (later on a busy machine).
     if (!QTest::qWaitFor([&w] { return w->Picture1()->image().size() == w->Picture1()->parentWidget()->size(); }))
       qWarning("the picture did not follow the window");
-    gstrDXFFileName = kSample;
+    w->zoom().Display.Antialias = smooth;
+    gstrDXFFileName = file;
     w->FileOpen(false);
     return w;
   }
+  std::unique_ptr<frmImport> ShownSample() { return Shown(kSample); }
 
  private slots:
   void initTestCase() { session_.Begin(); }
@@ -225,18 +227,7 @@ class NavigationTest : public QObject {
   }
 
   // The large drawing in a shown window, with smooth lines.
-  std::unique_ptr<frmImport> ShownLarge(const QTemporaryDir& dir) {
-    auto w = MakeViewer(false);
-    w->SetFollowWindow(true);
-    w->resize(1200, 850);
-    w->show();
-    if (!QTest::qWaitFor([&w] { return w->Picture1()->image().size() == w->Picture1()->parentWidget()->size(); }))
-      qWarning("the picture did not follow the window");
-    w->zoom().Display.Antialias = true;
-    gstrDXFFileName = LargeDrawing(dir);
-    w->FileOpen(false);
-    return w;
-  }
+  std::unique_ptr<frmImport> ShownLarge(const QTemporaryDir& dir) { return Shown(LargeDrawing(dir), true); }
 
   // A drag whose button is released while the redraw of its first move runs: the drag
   // ends, the redraw under way stops, and the view the drag came to is drawn after it,
