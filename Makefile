@@ -12,7 +12,7 @@ FUZZ_SEED ?= 0
 FUZZ_RUNS ?= -1
 FUZZERS := load_fuzzer render_fuzzer modern_draw_fuzzer hatch_fuzzer binary_fuzzer mtext_fuzzer text_codes_fuzzer
 
-.PHONY: all deps configure build demo test asan-test tsan-test bench fuzz package clean
+.PHONY: all deps configure build demo test asan-test tsan-test bench fuzz package format clean
 
 all: build
 
@@ -88,6 +88,10 @@ fuzz: deps
 	  tail -n 14 build/fuzz/$$f.log; \
 	  if [ $$status -ne 0 ]; then echo "$$f found a failing input (see build/fuzz/)"; exit 1; fi; \
 	done
+
+# Formats every C++ source as .clang-format says (CI checks it with scripts/check-format).
+format: deps
+	@scripts/check-format --fix
 
 clean:
 	@rm -rf build out

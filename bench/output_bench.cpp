@@ -3,14 +3,13 @@
 // with the process's peak memory; and a batch of 100 corpus drawings in one command
 // against 100 commands.
 #include <benchmark/benchmark.h>
-
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <algorithm>
 #include <chrono>
-#include <fcntl.h>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -114,9 +113,12 @@ int main(int argc, char** argv) {
   auto& huge = reporter.values["BM_HugePicture/iterations:1/real_time"];
   auto& batch = reporter.values["BM_Batch/iterations:3/real_time"];
   std::printf("\n| output | seconds | peak memory |\n|---|---|---|\n");
-  std::printf("| 40000 x 30000 BMP of the 100 MB drawing | %.1f | %.0f MB |\n", huge["real_time_ms"] / 1000, huge["peak_mb"]);
-  std::printf("\n| 100 corpus drawings | seconds |\n|---|---|\n| 100 commands | %.2f |\n| one batch command | %.2f (%.0f %%) |\n",
-              batch["separate_s"], batch["batch_s"], batch["batch_percent"]);
+  std::printf("| 40000 x 30000 BMP of the 100 MB drawing | %.1f | %.0f MB |\n", huge["real_time_ms"] / 1000,
+              huge["peak_mb"]);
+  std::printf(
+      "\n| 100 corpus drawings | seconds |\n|---|---|\n| 100 commands | %.2f |\n| one batch command | %.2f "
+      "(%.0f %%) |\n",
+      batch["separate_s"], batch["batch_s"], batch["batch_percent"]);
   benchmark::Shutdown();
   return 0;
 }

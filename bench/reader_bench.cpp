@@ -2,25 +2,25 @@
 // splits the same bytes into lines and parses every numeric line with std::from_chars.
 // The summary prints MB/s of both, their ratio and the peak memory of a load.
 #include <benchmark/benchmark.h>
-
-#include <charconv>
-#include <chrono>
-#include <cstdlib>
-#include <cstring>
-#include <cstdio>
 #include <fcntl.h>
-#include <map>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <charconv>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+
+#include "collecting_reporter.h"
 #include "dxf/drawing.h"
 #include "dxf/reader.h"
 #include "support/log.h"
 #include "support/messages.h"
-#include "collecting_reporter.h"
 #include "synthetic_drawing.h"
 
 namespace dxfimport::bench {
@@ -116,7 +116,8 @@ void BM_LoadDXF(benchmark::State& state) {
 // and R2000 drawings.
 void Cases(benchmark::internal::Benchmark* b) {
   for (int mb : kSizes)
-    for (auto [style, profile] : {std::pair(0, 0), std::pair(0, 1), std::pair(1, 1)}) b->Args({mb, style, profile});
+    for (auto [style, profile] : {std::pair(0, 0), std::pair(0, 1), std::pair(1, 1)})
+      b->Args({mb, style, profile});
   b->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5)->Repetitions(3)->ReportAggregatesOnly(true);
 }
 BENCHMARK(BM_LoadDXF)->Apply(Cases);
@@ -140,7 +141,13 @@ void BM_LoadBlocks(benchmark::State& state) {
   }
   state.counters["entities"] = double(entities);
 }
-BENCHMARK(BM_LoadBlocks)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1)->Repetitions(3)
+BENCHMARK(BM_LoadBlocks)
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(1)
+    ->Repetitions(3)
     ->ReportAggregatesOnly(true);
 
 // Bytes per stored row of each table after loading `path` with `profile`: the record's
@@ -151,9 +158,11 @@ void PrintBytesPerRow(const std::string& title, const std::string& path, Reading
   Drawing drawing;
   DXFReader reader(drawing, profile);
   reader.LoadDXF(path);
-  std::printf("\n%s\n\n| table | rows | record bytes | bytes per row held |\n|---|---|---|---|\n", title.c_str());
+  std::printf("\n%s\n\n| table | rows | record bytes | bytes per row held |\n|---|---|---|---|\n",
+              title.c_str());
   const double seqPerRow = drawing.DrawSeq.empty() ? 0
-                               : double(drawing.DrawSeq.capacity() * sizeof(SeqEntry)) / double(drawing.DrawSeq.size());
+                                                   : double(drawing.DrawSeq.capacity() * sizeof(SeqEntry)) /
+                                                         double(drawing.DrawSeq.size());
   auto row = [&](const char* name, const auto& table) {
     if (table.empty()) return;
     const double held = double(table.capacity() * sizeof(table[0])) / double(table.size()) + seqPerRow;
@@ -169,11 +178,13 @@ void PrintBytesPerRow(const std::string& title, const std::string& path, Reading
   std::size_t blockRows = 0, blockBytes = 0;
   for (const BlockEntry& b : drawing.Blocks) {
     blockRows += b.Content.DrawSeq.size();
-    blockBytes += b.Content.DrawSeq.capacity() * sizeof(SeqEntry) + b.Content.Lines.capacity() * sizeof(LineEntity) +
-                  b.Content.Arcs.capacity() * sizeof(ArcEntity) + b.Content.Texts.capacity() * sizeof(TextEntity) +
-                  b.Content.Solids.capacity() * sizeof(SolidEntity) +
-                  b.Content.PolySegs.capacity() * sizeof(PolySegment) + b.Content.Inserts.capacity() * sizeof(InsertRef) +
-                  b.Content.Attribs.capacity() * sizeof(AttribEntity);
+    blockBytes +=
+        b.Content.DrawSeq.capacity() * sizeof(SeqEntry) + b.Content.Lines.capacity() * sizeof(LineEntity) +
+        b.Content.Arcs.capacity() * sizeof(ArcEntity) + b.Content.Texts.capacity() * sizeof(TextEntity) +
+        b.Content.Solids.capacity() * sizeof(SolidEntity) +
+        b.Content.PolySegs.capacity() * sizeof(PolySegment) +
+        b.Content.Inserts.capacity() * sizeof(InsertRef) +
+        b.Content.Attribs.capacity() * sizeof(AttribEntity);
   }
   if (blockRows)
     std::printf("| block records (%zu blocks of %zu bytes each) | %zu | - | %.1f |\n", drawing.Blocks.size(),
@@ -215,7 +226,6 @@ PeakMemory PeakMemoryOfLoad(const std::string& path, ReadingProfile profile) {
   return {std::size_t(kb[0]) * 1024, std::size_t(kb[1]) * 1024};
 }
 
-
 }  // namespace
 }  // namespace dxfimport::bench
 
@@ -223,12 +233,15 @@ int main(int argc, char** argv) {
   using namespace dxfimport;
   using namespace dxfimport::bench;
   for (int mb : kSizes)
-    for (SyntheticStyle style : {SyntheticStyle::R12, SyntheticStyle::R2000}) SyntheticDrawingFile(DataDir(), mb, style);
+    for (SyntheticStyle style : {SyntheticStyle::R12, SyntheticStyle::R2000})
+      SyntheticDrawingFile(DataDir(), mb, style);
   benchmark::Initialize(&argc, argv);
   CollectingReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
 
-  std::printf("\n| file | profile | LoadDXF MB/s | floor MB/s | ratio | process peak before | after the load | growth / file size |\n");
+  std::printf(
+      "\n| file | profile | LoadDXF MB/s | floor MB/s | ratio | process peak before | after the load | "
+      "growth / file size |\n");
   std::printf("|---|---|---|---|---|---|---|---|\n");
   const char* suffix = "/min_time:0.500/repeats:3/real_time_median";
   for (int mb : kSizes) {
@@ -243,21 +256,23 @@ int main(int argc, char** argv) {
       std::string path = SyntheticDrawingFile(DataDir(), mb, s);
       double size = double(FileSize(path));
       PeakMemory peak = PeakMemoryOfLoad(path, p);
-      std::printf("| %d MB %s | %s | %.0f | %.0f | %.0f %% | %.1f MB | %.1f MB | %.2f |\n", mb, style ? "R2000" : "R12",
-                  profile ? "modern" : "legacy", load, floor, 100.0 * ratio, double(peak.before) / 1e6,
-                  double(peak.after) / 1e6, double(peak.after - peak.before) / size);
+      std::printf("| %d MB %s | %s | %.0f | %.0f | %.0f %% | %.1f MB | %.1f MB | %.2f |\n", mb,
+                  style ? "R2000" : "R12", profile ? "modern" : "legacy", load, floor, 100.0 * ratio,
+                  double(peak.before) / 1e6, double(peak.after) / 1e6,
+                  double(peak.after - peak.before) / size);
     }
   }
   std::printf("\n| drawing | rows drawn | load s | process peak after the load |\n|---|---|---|---|\n");
   for (int which : {0, 1}) {
-    const std::string name = "BM_LoadBlocks/" + std::to_string(which) + "/iterations:1/repeats:3/real_time_median";
+    const std::string name =
+        "BM_LoadBlocks/" + std::to_string(which) + "/iterations:1/repeats:3/real_time_median";
     const double ms = reporter.values[name]["real_time_ms"];
     PeakMemory peak = PeakMemoryOfLoad(BlocksDrawing(which), ReadingProfile::Modern);
     std::printf("| %s | %.0f | %.2f | %.1f MB |\n", which ? "nested blocks (10^9)" : "200,000 symbol inserts",
                 reporter.values[name]["entities"], ms / 1e3, double(peak.after) / 1e6);
   }
-  PrintBytesPerRow("100 MB R2000, modern profile", SyntheticDrawingFile(DataDir(), 100, SyntheticStyle::R2000),
-                   ReadingProfile::Modern);
+  PrintBytesPerRow("100 MB R2000, modern profile",
+                   SyntheticDrawingFile(DataDir(), 100, SyntheticStyle::R2000), ReadingProfile::Modern);
   PrintBytesPerRow("100 MB R12, legacy profile", SyntheticDrawingFile(DataDir(), 100, SyntheticStyle::R12),
                    ReadingProfile::Legacy);
   PrintBytesPerRow("200,000 symbol inserts, modern profile", BlocksDrawing(0), ReadingProfile::Modern);

@@ -2,8 +2,8 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <functional>
 #include <fstream>
+#include <functional>
 #include <random>
 #include <sstream>
 
@@ -43,7 +43,8 @@ constexpr int kLayers = 24;
 const char* const kBlocks[] = {"DESK", "OUTLET", "COLUMN"};
 
 // Writes `text` to `dir`/`name` once (under a temporary name first); the path.
-std::string WriteOnce(const std::string& dir, const std::string& name, const std::function<std::string()>& text) {
+std::string WriteOnce(const std::string& dir, const std::string& name,
+                      const std::function<std::string()>& text) {
   std::filesystem::create_directories(dir);
   const std::string path = dir + "/" + name;
   if (std::filesystem::exists(path)) return path;
@@ -98,7 +99,8 @@ void Blocks(Writer& w) {
 }
 
 // The common head of an entity; R2000 adds the handle, owner and subclass markers.
-void Entity(Writer& w, const char* kind, std::mt19937& rng, SyntheticStyle style, const char* subclass = nullptr) {
+void Entity(Writer& w, const char* kind, std::mt19937& rng, SyntheticStyle style,
+            const char* subclass = nullptr) {
   static unsigned handle = 0x100;
   w.Pair(0, kind);
   if (style == SyntheticStyle::R2000) {
@@ -212,15 +214,18 @@ std::string SyntheticDrawingFile(const std::string& dir, int megabytes, Syntheti
 
 std::string MTextDrawingFile(const std::string& dir, int count) {
   return WriteOnce(dir, "mtext-" + std::to_string(count) + ".dxf", [count] {
-    static const char* const kLabels[] = {"Duct %d north entry to frame 4", "{\\C1;Cable %d} 24 fibres, spare 8",
-                                          "Manhole %d\\~cover 600 x 600", "{\\H0.8x;Splice %d} closure in pit"};
+    static const char* const kLabels[] = {
+        "Duct %d north entry to frame 4", "{\\C1;Cable %d} 24 fibres, spare 8",
+        "Manhole %d\\~cover 600 x 600", "{\\H0.8x;Splice %d} closure in pit"};
     std::ostringstream out;
     out << "0\nSECTION\n2\nENTITIES\n";
     char label[96];
     for (int i = 0; i < count; ++i) {
       std::snprintf(label, sizeof label, kLabels[i % 4], i);
-      out << "0\nMTEXT\n8\nLABELS\n10\n" << (i % 125) * 56 << "\n20\n" << (i / 125) * 12
-          << "\n40\n3.5\n41\n50\n71\n1\n1\n" << label << "\n";
+      out << "0\nMTEXT\n8\nLABELS\n10\n"
+          << (i % 125) * 56 << "\n20\n"
+          << (i / 125) * 12 << "\n40\n3.5\n41\n50\n71\n1\n1\n"
+          << label << "\n";
     }
     out << "0\nENDSEC\n0\nEOF\n";
     return out.str();
@@ -231,11 +236,14 @@ std::string SymbolGridDrawingFile(const std::string& dir) {
   return WriteOnce(dir, "symbol-grid-200000.dxf", [] {
     std::ostringstream out;
     out << "0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n2\nSYM\n10\n0\n20\n0\n";
-    for (int i = 0; i < 40; ++i) out << "0\nLINE\n8\n0\n10\n" << i * 0.1 << "\n20\n0\n11\n" << i * 0.1 << "\n21\n1\n";
+    for (int i = 0; i < 40; ++i)
+      out << "0\nLINE\n8\n0\n10\n" << i * 0.1 << "\n20\n0\n11\n" << i * 0.1 << "\n21\n1\n";
     for (int i = 0; i < 10; ++i) out << "0\nCIRCLE\n8\n0\n10\n0.5\n20\n0.5\n40\n" << 0.05 * (i + 1) << "\n";
     out << "0\nENDBLK\n0\nENDSEC\n0\nSECTION\n2\nENTITIES\n";
     for (int i = 0; i < 200000; ++i)
-      out << "0\nINSERT\n8\nSYMBOLS\n2\nSYM\n10\n" << (i % 500) * 5 << "\n20\n" << (i / 500) * 5 << "\n50\n"
+      out << "0\nINSERT\n8\nSYMBOLS\n2\nSYM\n10\n"
+          << (i % 500) * 5 << "\n20\n"
+          << (i / 500) * 5 << "\n50\n"
           << i % 360 << "\n";
     out << "0\nENDSEC\n0\nEOF\n";
     return out.str();

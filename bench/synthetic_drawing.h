@@ -16,7 +16,8 @@ enum class SyntheticStyle { R12, R2000 };
 std::string SyntheticDrawing(std::size_t bytes, SyntheticStyle style = SyntheticStyle::R12);
 
 // The synthetic drawing of `megabytes` MB, written under `dir` once and reused; its path.
-std::string SyntheticDrawingFile(const std::string& dir, int megabytes, SyntheticStyle style = SyntheticStyle::R12);
+std::string SyntheticDrawingFile(const std::string& dir, int megabytes,
+                                 SyntheticStyle style = SyntheticStyle::R12);
 
 // A drawing of `count` MTEXT entities of one paragraph each (a cable label of a few
 // words that wraps to two lines at its width), in a grid of 125 columns; written under

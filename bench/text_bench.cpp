@@ -4,13 +4,12 @@
 // and zoomed to a sixteenth of it the visible ones are drawn and the rest culled.
 #include <benchmark/benchmark.h>
 
-
 #include <memory>
 
+#include "drawing_bench_main.h"
 #include "dxf/drawing.h"
 #include "dxf/reader.h"
 #include "render/redraw.h"
-#include "drawing_bench_main.h"
 #include "synthetic_drawing.h"
 
 namespace dxfimport::bench {
@@ -43,8 +42,8 @@ void BM_RedrawMText(benchmark::State& state) {
     surface.Cls();
     zoom.Zoom(window, surface);
   }
-  state.counters["paragraphs_per_second"] =
-      benchmark::Counter(double(drawing.MTexts.size()) * double(state.iterations()), benchmark::Counter::kIsRate);
+  state.counters["paragraphs_per_second"] = benchmark::Counter(
+      double(drawing.MTexts.size()) * double(state.iterations()), benchmark::Counter::kIsRate);
 }
 
 BENCHMARK(BM_RedrawMText)
@@ -61,13 +60,14 @@ BENCHMARK(BM_RedrawMText)
 }  // namespace dxfimport::bench
 
 int main(int argc, char** argv) {
-  return dxfimport::bench::RunDrawingBenchmarks(argc, argv, [](dxfimport::bench::CollectingReporter& reporter) {
-    std::printf("\n| picture | window | paragraphs/s |\n|---|---|---|\n");
-    for (const std::string args : {"4096/3072/1", "1024/768/1", "1024/768/4"}) {
-      const std::string name = "BM_RedrawMText/" + args + "/min_time:0.500/repeats:3/real_time_median";
-      const double rate = reporter.values[name]["paragraphs_per_second"];
-      std::printf("| %s | %s | %.0f k |\n", args.substr(0, args.rfind('/')).c_str(),
-                  args.ends_with("/1") ? "whole drawing" : "a sixteenth", rate / 1e3);
-    }
-  });
+  return dxfimport::bench::RunDrawingBenchmarks(
+      argc, argv, [](dxfimport::bench::CollectingReporter& reporter) {
+        std::printf("\n| picture | window | paragraphs/s |\n|---|---|---|\n");
+        for (const std::string args : {"4096/3072/1", "1024/768/1", "1024/768/4"}) {
+          const std::string name = "BM_RedrawMText/" + args + "/min_time:0.500/repeats:3/real_time_median";
+          const double rate = reporter.values[name]["paragraphs_per_second"];
+          std::printf("| %s | %s | %.0f k |\n", args.substr(0, args.rfind('/')).c_str(),
+                      args.ends_with("/1") ? "whole drawing" : "a sixteenth", rate / 1e3);
+        }
+      });
 }

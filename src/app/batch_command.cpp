@@ -1,13 +1,12 @@
 #include "app/batch_command.h"
 
-#include <QGuiApplication>
-
 #include <poll.h>
 #include <unistd.h>
 
+#include <QGuiApplication>
 #include <algorithm>
-#include <csignal>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -123,7 +122,8 @@ std::vector<std::string> DxfFilesUnder(const std::string& dir) {
   for (auto it = fs::recursive_directory_iterator(dir, ec); !ec && it != fs::recursive_directory_iterator();
        it.increment(ec)) {
     std::string ext = it->path().extension().string();
-    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+    std::transform(ext.begin(), ext.end(), ext.begin(),
+                   [](unsigned char c) { return char(std::tolower(c)); });
     if (it->is_regular_file() && ext == ".dxf") files.push_back(it->path().string());
   }
   std::sort(files.begin(), files.end());
@@ -144,8 +144,8 @@ std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs) {
   return files;
 }
 
-int RunRenderBatch(const RenderOptions& options, const std::vector<std::string>& files, const std::string& format,
-                   int jobs, double fileSeconds) {
+int RunRenderBatch(const RenderOptions& options, const std::vector<std::string>& files,
+                   const std::string& format, int jobs, double fileSeconds) {
   if (files.empty()) {
     std::fprintf(stderr, "dxfimport render: no .dxf files to draw\n");
     return 2;
@@ -187,7 +187,8 @@ int RunRenderBatch(const RenderOptions& options, const std::vector<std::string>&
   jobs = std::max(1, std::min(jobs, int(files.size())));
   while (done < files.size()) {
     while (int(workers.size()) < jobs && next < files.size()) {
-      workers.push_back({ChildProcess([&](int out, int in) { return Worker(options, files, pictures, out, in); }, 0, true)});
+      workers.push_back({ChildProcess(
+          [&](int out, int in) { return Worker(options, files, pictures, out, in); }, 0, true)});
       if (!workers.back().child.Started()) {
         workers.pop_back();
         record(next++, "failed", 0, "no worker process could be started");
@@ -200,7 +201,8 @@ int RunRenderBatch(const RenderOptions& options, const std::vector<std::string>&
     int wait = -1;
     for (std::size_t i = workers.size(); fileSeconds > 0 && i-- > 0;) {
       if (workers[i].idle) continue;
-      const double left = fileSeconds - std::chrono::duration<double>(Clock::now() - workers[i].since).count();
+      const double left =
+          fileSeconds - std::chrono::duration<double>(Clock::now() - workers[i].since).count();
       if (left > 0) {
         const int ms = int(std::min(left * 1000.0, 3.6e6)) + 1;
         wait = wait < 0 ? ms : std::min(wait, ms);
@@ -244,7 +246,8 @@ int RunRenderBatch(const RenderOptions& options, const std::vector<std::string>&
     }
   }
   PrintTable(outcomes, std::chrono::duration<double>(Clock::now() - begin).count());
-  return std::all_of(outcomes.begin(), outcomes.end(), [](const Outcome& o) { return o.status == "ok"; }) ? 0 : 1;
+  return std::all_of(outcomes.begin(), outcomes.end(), [](const Outcome& o) { return o.status == "ok"; }) ? 0
+                                                                                                          : 1;
 }
 
 }  // namespace dxfimport

@@ -24,7 +24,7 @@ std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs);
 
 // A file still drawing after `fileSeconds` (0: no limit) has its worker ended and is a
 // row "timed out"; the other files go on.
-int RunRenderBatch(const RenderOptions& options, const std::vector<std::string>& files, const std::string& format,
-                   int jobs, double fileSeconds = kDefaultFileSeconds);
+int RunRenderBatch(const RenderOptions& options, const std::vector<std::string>& files,
+                   const std::string& format, int jobs, double fileSeconds = kDefaultFileSeconds);
 
 }  // namespace dxfimport

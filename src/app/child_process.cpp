@@ -1,14 +1,15 @@
 #include "app/child_process.h"
 
-#include <csignal>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <utility>
 
 namespace dxfimport {
 
-ChildProcess::ChildProcess(const std::function<int(int out, int in)>& work, unsigned seconds, bool captureErrors) {
+ChildProcess::ChildProcess(const std::function<int(int out, int in)>& work, unsigned seconds,
+                           bool captureErrors) {
   int out[2], in[2];
   if (pipe(out) != 0) return;
   if (pipe(in) != 0) {
@@ -83,8 +84,10 @@ void ChildProcess::Finish() {
   int status = 0;
   waitpid(pid_, &status, 0);
   pid_ = -1;
-  if (WIFSIGNALED(status)) signal_ = WTERMSIG(status);
-  else exitCode_ = WEXITSTATUS(status);
+  if (WIFSIGNALED(status))
+    signal_ = WTERMSIG(status);
+  else
+    exitCode_ = WEXITSTATUS(status);
 }
 
 void ChildProcess::Kill() {

@@ -9,12 +9,16 @@ CommandLine::CommandLine()
           "Without a command it opens the viewer (with FILE, if one is given).",
           "dxfimport") {
   app.require_subcommand(0, 1);
-  app.set_version_flag("--version", std::string("dxfimport ") + ProgramVersion(), "Print the program's version");
+  app.set_version_flag("--version", std::string("dxfimport ") + ProgramVersion(),
+                       "Print the program's version");
   app.add_option("file", viewerFile, "DXF file to open in the viewer");
-  app.add_flag("--automation", automation, "Host mode: the modal viewer, then the bitmap path on standard output");
-  app.add_flag("--placement", placement, "With --automation: a second line with the bitmap's world-file numbers");
+  app.add_flag("--automation", automation,
+               "Host mode: the modal viewer, then the bitmap path on standard output");
+  app.add_flag("--placement", placement,
+               "With --automation: a second line with the bitmap's world-file numbers");
 
-  const char* budgetHelp = "Rows the drawing may hold; an insert that would pass them is left out (modern profile)";
+  const char* budgetHelp =
+      "Rows the drawing may hold; an insert that would pass them is left out (modern profile)";
   const char* legacyHelp = "Read with the legacy rules (every line compared with the entity names)";
   stats = app.add_subcommand("stats", "Print the load statistics of a drawing");
   stats->add_option("file", file, "DXF file")->required();
@@ -22,7 +26,8 @@ CommandLine::CommandLine()
   stats->add_flag("--legacy", legacy, legacyHelp);
   stats->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
   stats->add_option("--window", window, "With --json: the window of the picture whose placement is given");
-  stats->add_option("--size", size, "With --json: the size of that picture, WIDTHxHEIGHT")->capture_default_str();
+  stats->add_option("--size", size, "With --json: the size of that picture, WIDTHxHEIGHT")
+      ->capture_default_str();
 
   dump = app.add_subcommand("dump", "Print the drawing's tables as tab-separated text");
   dump->add_option("file", file, "DXF file")->required();
@@ -41,22 +46,27 @@ CommandLine::CommandLine()
       ->capture_default_str()
       ->check(CLI::NonNegativeNumber);
   draw->add_option("--size", size, "Picture size WIDTHxHEIGHT in pixels")->capture_default_str();
-  draw->add_option("--background", render.background, "Background colour (name or #rrggbb)")->capture_default_str();
+  draw->add_option("--background", render.background, "Background colour (name or #rrggbb)")
+      ->capture_default_str();
   draw->add_option("--depth", render.depth,
                    "Colour depth of a bitmap: 256, 16 or mono (dithered); palette, bw or grey (line art)")
       ->check(CLI::IsMember({"256", "16", "mono", "palette", "bw", "grey", "gray"}));
   draw->add_option("--layer-off", render.layersOff, "Do not draw this layer (repeatable)");
-  draw->add_flag("--entity-colors", render.entityColors, "Draw entities in their own colours, not their layer's");
+  draw->add_flag("--entity-colors", render.entityColors,
+                 "Draw entities in their own colours, not their layer's");
   draw->add_flag("--legacy", legacy, legacyHelp);
-  draw->add_option("--window", window, "Window LEFT,TOP,RIGHT,BOTTOM in drawing units (default: the extents)");
+  draw->add_option("--window", window,
+                   "Window LEFT,TOP,RIGHT,BOTTOM in drawing units (default: the extents)");
   draw->add_option("--layout", render.layout, "Draw this paper-space layout instead of model space");
   draw->add_flag("--lineweights", render.lineWeights, "Draw line weights as pen widths");
   draw->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
   draw->add_flag("--world-file", render.worldFile, "Write a world file beside the picture (.bpw, .pgw, ...)");
   draw->add_option("--dpi", render.dpi, "Resolution kept in the picture, and with --scale its pixel size")
       ->check(CLI::Range(1.0, 100000.0));
-  draw->add_option("--scale", render.scale, "Draw at this scale, 1:N (the size follows from the window and --dpi)");
-  draw->add_option("--units", render.units, "The drawing unit when the drawing does not say: mm, cm, m, in or ft")
+  draw->add_option("--scale", render.scale,
+                   "Draw at this scale, 1:N (the size follows from the window and --dpi)");
+  draw->add_option("--units", render.units,
+                   "The drawing unit when the drawing does not say: mm, cm, m, in or ft")
       ->check(CLI::IsMember({"mm", "cm", "m", "in", "ft"}));
   draw->add_option("--strip-rows", render.stripRows, "Draw and write a bitmap this many rows at a time")
       ->check(CLI::PositiveNumber);

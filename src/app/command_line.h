@@ -1,7 +1,6 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-
 #include <string>
 #include <vector>
 
@@ -28,7 +27,7 @@ struct CommandLine {
   RenderOptions render;
   std::vector<std::string> renderFiles;  // several: a batch into the folder -o names
   std::string size = "640x480", window, format = "bmp";
-  int jobs = 0;  // the batch's children at once (0: one per processor)
+  int jobs = 0;                              // the batch's children at once (0: one per processor)
   double fileTimeout = kDefaultFileSeconds;  // a batch's time limit per file (0: none)
 
   std::string sweepDir, sweepOutput;

@@ -1,9 +1,9 @@
 #include "app/commands.h"
-#include "app/load_for_command.h"
 
 #include <cstdio>
 #include <iostream>
 
+#include "app/load_for_command.h"
 #include "dxf/drawing.h"
 #include "dxf/dump.h"
 #include "dxf/file_kind.h"
@@ -44,8 +44,8 @@ bool LoadForCommand(const std::string& file, Drawing& drawing, LoadOutcome& outc
     std::fprintf(stderr, "dxfimport: %s%s\n", entry.Notice.c_str(), more.c_str());
   }
   if (!outcome.Complete && !outcome.StoppedIn.empty()) {
-    std::fprintf(stderr, "dxfimport: reading of %s stopped at line %zu (%s)\n", file.c_str(), outcome.StopLine,
-                 outcome.StoppedIn.c_str());
+    std::fprintf(stderr, "dxfimport: reading of %s stopped at line %zu (%s)\n", file.c_str(),
+                 outcome.StopLine, outcome.StoppedIn.c_str());
   }
   return loaded;
 }
@@ -60,8 +60,9 @@ std::string PlacementMember(Drawing& drawing, const PictureView& view) {
   } catch (const RunTimeError&) {
     return {};
   }
-  return ",\"placement\":{\"width\":" + std::to_string(view.width) + ",\"height\":" + std::to_string(view.height) +
-         ",\"worldFile\":" + PlacementOf(zoom.Engine).Json() + "}";
+  return ",\"placement\":{\"width\":" + std::to_string(view.width) +
+         ",\"height\":" + std::to_string(view.height) + ",\"worldFile\":" + PlacementOf(zoom.Engine).Json() +
+         "}";
 }
 
 }  // namespace

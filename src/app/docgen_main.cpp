@@ -7,7 +7,6 @@
 #include <QImage>
 #include <QPainter>
 #include <QSvgRenderer>
-
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -52,7 +51,8 @@ int main(int argc, char** argv) {
   prose << in.rdbuf();
   const dxfimport::CommandLine commandLine;
   const bool written =
-      in && WriteText(argv[2], dxfimport::ManualPage(commandLine.app, prose.str(), dxfimport::ProgramVersion())) &&
+      in &&
+      WriteText(argv[2], dxfimport::ManualPage(commandLine.app, prose.str(), dxfimport::ProgramVersion())) &&
       WriteText(argv[3], dxfimport::BashCompletion(commandLine.app)) && WriteIcons(argv[4], argv[5]);
   if (!written) std::cerr << "dxfimport_docgen: could not write the packaging files\n";
   return written ? 0 : 1;

@@ -1,7 +1,6 @@
 #include "app/gui_modes.h"
 
 #include <QApplication>
-
 #include <algorithm>
 #include <cstdio>
 

@@ -1,15 +1,14 @@
-#include <CLI/CLI.hpp>
-
-#include <QGuiApplication>
-
-#include <cstdlib>
-#include <filesystem>
-#include <thread>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "app/command_line.h"
+#include <CLI/CLI.hpp>
+#include <QGuiApplication>
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
 #include "app/batch_command.h"
+#include "app/command_line.h"
 #include "app/commands.h"
 #include "app/gui_modes.h"
 #include "app/render_command.h"

@@ -9,9 +9,12 @@ namespace {
 std::string Roff(std::string_view text) {
   std::string out;
   for (char c : text) {
-    if (c == '\\') out += "\\e";
-    else if (c == '-') out += "\\-";
-    else out += c;
+    if (c == '\\')
+      out += "\\e";
+    else if (c == '-')
+      out += "\\-";
+    else
+      out += c;
   }
   if (!out.empty() && (out[0] == '.' || out[0] == '\'')) out.insert(0, "\\&");
   return out;
@@ -29,8 +32,10 @@ std::vector<const CLI::Option*> Positional(const CLI::App& app) {
 // "-o, --output FILE" in bold and italics.
 std::string OptionTerm(const CLI::Option* o) {
   std::string term;
-  for (const std::string& s : o->get_snames()) term += (term.empty() ? "" : ", ") + ("\\fB" + Roff("-" + s) + "\\fR");
-  for (const std::string& l : o->get_lnames()) term += (term.empty() ? "" : ", ") + ("\\fB" + Roff("--" + l) + "\\fR");
+  for (const std::string& s : o->get_snames())
+    term += (term.empty() ? "" : ", ") + ("\\fB" + Roff("-" + s) + "\\fR");
+  for (const std::string& l : o->get_lnames())
+    term += (term.empty() ? "" : ", ") + ("\\fB" + Roff("--" + l) + "\\fR");
   if (TakesValue(o)) term += " \\fI" + Roff(o->get_type_name()) + "\\fR";
   return term;
 }
@@ -85,7 +90,8 @@ std::string ManualPage(const CLI::App& app, std::string_view prose, std::string_
   WriteOptions(options, app);
   options << ".SH COMMANDS\n";
   for (const CLI::App* command : app.get_subcommands({})) {
-    options << ".SS " << Roff(command->get_name()) << "\n" << Synopsis(*command) << "\n.PP\n"
+    options << ".SS " << Roff(command->get_name()) << "\n"
+            << Synopsis(*command) << "\n.PP\n"
             << Roff(command->get_description()) << ".\n";
     WriteOptions(options, *command);
   }
@@ -112,8 +118,8 @@ std::string BashCompletion(const CLI::App& app) {
       << "  local options values\n"
       << "  case $command in\n";
   auto branch = [&out](const std::string& name, const CLI::App& a) {
-    out << "    " << (name.empty() ? "\"\"" : name) << ") options=\"" << Words(OptionNames(a)) << "\" values=\""
-        << Words(OptionNames(a, true)) << "\" ;;\n";
+    out << "    " << (name.empty() ? "\"\"" : name) << ") options=\"" << Words(OptionNames(a))
+        << "\" values=\"" << Words(OptionNames(a, true)) << "\" ;;\n";
   };
   branch("", app);
   for (const CLI::App* command : app.get_subcommands({})) branch(command->get_name(), *command);

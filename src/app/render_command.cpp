@@ -5,7 +5,6 @@
 #include <QPdfWriter>
 #include <QSaveFile>
 #include <QSvgGenerator>
-
 #include <cmath>
 #include <cstdio>
 
@@ -15,8 +14,8 @@
 #include "render/picture_stream.h"
 #include "render/redraw.h"
 #include "render/world_file.h"
-#include "support/text_decode.h"
 #include "support/messages.h"
+#include "support/text_decode.h"
 #include "support/texts.h"
 
 namespace dxfimport {
@@ -42,8 +41,8 @@ constexpr int kWholePictureSide = 32767;
 constexpr int kLargestSide = 1 << 20;
 
 bool NeedsStrips(const RenderOptions& o) {
-  return o.stripRows > 0 || int64_t(o.width) * o.height > kWholePicturePixels || o.width > kWholePictureSide ||
-         o.height > kWholePictureSide;
+  return o.stripRows > 0 || int64_t(o.width) * o.height > kWholePicturePixels ||
+         o.width > kWholePictureSide || o.height > kWholePictureSide;
 }
 
 int Usage(const std::string& text) {
@@ -80,9 +79,11 @@ bool RenderStrips(ZoomState& zoom, const ZoomRect& window, const RenderOptions& 
   }
   if (!zoom.PlaceView(window, o.width, o.height)) return false;
   const LineArtInks inks = InksOf(zoom, background, depth);
-  const PictureStream::Header header = PictureStream::HeaderFor(
-      QSize(o.width, o.height), depth, inks, o.dpi, QString::fromStdString(PlacementOf(zoom.Engine).WorldFileText()));
-  std::unique_ptr<PictureStream> stream = PictureStream::Open(QString::fromStdString(o.output), format, header);
+  const PictureStream::Header header =
+      PictureStream::HeaderFor(QSize(o.width, o.height), depth, inks, o.dpi,
+                               QString::fromStdString(PlacementOf(zoom.Engine).WorldFileText()));
+  std::unique_ptr<PictureStream> stream =
+      PictureStream::Open(QString::fromStdString(o.output), format, header);
   if (!stream) return false;
   const int32_t rows = o.stripRows > 0 ? o.stripRows : int32_t(std::max<int64_t>(1, kStripPixels / o.width));
   return WriteInStrips(zoom, background, rows, depth, inks, *stream);
@@ -124,8 +125,9 @@ std::string SizeForScale(const Drawing& drawing, RenderOptions& o, ZoomRect& win
   const double height = std::abs(window.top - window.bottom) * pixelsPerUnit;
   if (!(width <= kLargestSide && height <= kLargestSide))
     return "at " + o.scale + " and " + std::to_string(int(o.dpi)) + " dpi the picture would be " +
-           std::to_string(std::llround(std::min(width, 1e15))) + " x " + std::to_string(std::llround(std::min(height, 1e15))) +
-           " pixels; the most is " + std::to_string(kLargestSide) + " on a side";
+           std::to_string(std::llround(std::min(width, 1e15))) + " x " +
+           std::to_string(std::llround(std::min(height, 1e15))) + " pixels; the most is " +
+           std::to_string(kLargestSide) + " on a side";
   o.width = std::max(1, int(std::ceil(width - 1e-6)));
   o.height = std::max(1, int(std::ceil(height - 1e-6)));
   const double left = std::min(window.left, window.right), bottom = std::min(window.bottom, window.top);
@@ -161,8 +163,8 @@ bool RenderPdf(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o, 
 }
 
 // Draws and writes the picture (and its world file); the exit status.
-int WritePicture(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o, OutputKind kind, ColorDepth depth,
-                 QColor background, const LoadOutcome& outcome) {
+int WritePicture(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o, OutputKind kind,
+                 ColorDepth depth, QColor background, const LoadOutcome& outcome) {
   bool written = false;
   switch (kind) {
     case OutputKind::Bmp:
@@ -172,9 +174,14 @@ int WritePicture(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o
                                : RenderImage(zoom, window, o, background, depth, format);
       break;
     }
-    case OutputKind::Svg: written = RenderSvg(zoom, window, o, background); break;
-    case OutputKind::Pdf: written = RenderPdf(zoom, window, o, background); break;
-    case OutputKind::Unknown: break;
+    case OutputKind::Svg:
+      written = RenderSvg(zoom, window, o, background);
+      break;
+    case OutputKind::Pdf:
+      written = RenderPdf(zoom, window, o, background);
+      break;
+    case OutputKind::Unknown:
+      break;
   }
   if (!written) {
     std::fprintf(stderr, "dxfimport render: no picture was written to %s\n", o.output.c_str());
@@ -198,7 +205,8 @@ int RunRender(const RenderOptions& o) {
   QColor background(QString::fromStdString(o.background));
   if (!background.isValid()) return Usage("unknown colour " + o.background);
   if (background.alpha() != 255)
-    return Usage("--background " + o.background + ": a picture's background is an opaque colour (a name or #rrggbb)");
+    return Usage("--background " + o.background +
+                 ": a picture's background is an opaque colour (a name or #rrggbb)");
   if (std::string problem = SizeProblem(o, kind, *depth); !problem.empty()) return Usage(problem);
 
   Drawing drawing;

@@ -1,7 +1,8 @@
 #include "app/sweep_command.h"
 
-#include <QGuiApplication>
+#include <unistd.h>
 
+#include <QGuiApplication>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -9,7 +10,6 @@
 #include <fstream>
 #include <iostream>
 #include <sstream>
-#include <unistd.h>
 #include <vector>
 
 #include "app/batch_command.h"
@@ -63,8 +63,8 @@ int SweepChild(const fs::path& file, ReadingProfile profile, int fd) {
   if (messages.messages().size() > loadReports) message += " draw: " + messages.messages()[loadReports].text;
   std::replace(message.begin(), message.end(), '\n', ' ');
   std::ostringstream line;
-  line << (reported ? "reported" : "ok") << '\t' << loadMs << '\t' << drawing.SeqCount() << '\t' << drawMs << '\t'
-       << message;
+  line << (reported ? "reported" : "ok") << '\t' << loadMs << '\t' << drawing.SeqCount() << '\t' << drawMs
+       << '\t' << message;
   std::string text = line.str();
   ssize_t written = write(fd, text.data(), text.size());
   return written == ssize_t(text.size()) ? 0 : 1;
@@ -113,7 +113,8 @@ int RunSweep(const std::string& dir, const std::string& output, int secondsPerFi
     return 1;
   }
   std::ostringstream table;
-  table << "| file | bytes | legacy: load ms | entities | error routine | draw ms | modern: load ms | entities | "
+  table << "| file | bytes | legacy: load ms | entities | error routine | draw ms | modern: load ms | "
+           "entities | "
            "error routine | draw ms |\n|---|---|---|---|---|---|---|---|---|---|\n";
   int failures = 0;
   for (const fs::path& file : files) {

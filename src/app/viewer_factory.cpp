@@ -9,7 +9,8 @@ std::unique_ptr<frmImport> MakeViewer(bool startedForAutomation) {
   auto window = std::make_unique<frmImport>(startedForAutomation);
   frmImport* w = window.get();
   w->OpenLayerDialog = [w] {
-    frmLayer::Open(w, w->drawing(), w->zoom(), [w] { w->RedrawPicture(); }, w->ChooseColor);
+    frmLayer::Open(
+        w, w->drawing(), w->zoom(), [w] { w->RedrawPicture(); }, w->ChooseColor);
   };
   return window;
 }

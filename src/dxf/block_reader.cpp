@@ -92,8 +92,10 @@ void DXFReader::Store(Row record) {
 
 template <class Row>
 void DXFReader::Emit(const Row& record) {
-  if (InBlock) drawing_.AddBlockRecord(outputBlock_, record);
-  else drawing_.Add(record);
+  if (InBlock)
+    drawing_.AddBlockRecord(outputBlock_, record);
+  else
+    drawing_.Add(record);
 }
 
 template void DXFReader::Store(LineEntity);
@@ -134,7 +136,8 @@ bool DXFReader::DXFInsert(int32_t index) {
     } endOfReplay{*this};
     int32_t block = drawing_.FindBlock(pending.BlockName);
     if (block && pending.Container && PendingInsertAllowed(block)) {
-      Replay(block, {pending.X, pending.Y, float(pending.Rotation), pending.ScaleX, pending.ScaleY, pending.Layer});
+      Replay(block,
+             {pending.X, pending.Y, float(pending.Rotation), pending.ScaleX, pending.ScaleY, pending.Layer});
     }
     return true;
   }
@@ -195,8 +198,9 @@ bool DXFReader::DXFDimension() {
   Num(12), Num(22), Long(70);
   int32_t block = drawing_.FindBlock(name);
   if (!block) {
-    LogCritical(std::string(Trim(name)) +
-                " has been referenced in the DXF file but a definition of this block was not found in the header.");
+    LogCritical(
+        std::string(Trim(name)) +
+        " has been referenced in the DXF file but a definition of this block was not found in the header.");
     return true;
   }
   t.X = drawing_.Blocks[block - 1].BaseX;

@@ -66,8 +66,8 @@ int ChordCount(double radius, double sweep, double tolerance) {
   return int(std::min(chords, double(kMaxChords)));
 }
 
-std::vector<PointD> FlattenEllipse(PointD c, PointD major, double ratio, double start, double end, bool clockwise,
-                                   double tolerance) {
+std::vector<PointD> FlattenEllipse(PointD c, PointD major, double ratio, double start, double end,
+                                   bool clockwise, double tolerance) {
   if (end <= start) end += 2 * M_PI;
   const double side = clockwise ? -1 : 1;
   const double minorX = -major.y * ratio * side, minorY = major.x * ratio * side;

@@ -40,7 +40,8 @@ void PlaceText(DimensionPicture& p, PointD at, PointD direction, double height, 
 
 void Linear(const DimensionInput& in, const DimStyle& s, DimensionPicture& p) {
   const double k = s.scale;
-  const double angle = in.type == 1 ? Degrees(std::atan2(in.p14.y - in.p13.y, in.p14.x - in.p13.x)) : in.rotation;
+  const double angle =
+      in.type == 1 ? Degrees(std::atan2(in.p14.y - in.p13.y, in.p14.x - in.p13.x)) : in.rotation;
   const PointD dir{std::cos(Radians(angle)), std::sin(Radians(angle))};
   // The dimension line runs through 10 along the direction; each extension line from its
   // origin (13, 14) to the dimension line.
@@ -103,7 +104,7 @@ void Angular(const DimensionInput& in, const DimStyle& s, DimensionPicture& p) {
     const PointD u{std::cos(Radians(a)), std::sin(Radians(a))};
     const PointD end = vertex + u * radius;
     p.lines.push_back({vertex + u * std::max(0.0, std::min(Length(first - vertex), Length(second - vertex)) +
-                                                       s.extOffset * k),
+                                                      s.extOffset * k),
                        end + u * (s.extExtend * k)});
     const PointD tangent = a == a1 ? Perp(u) * -1 : Perp(u);
     p.arrows.push_back(Arrow(end, tangent, s.arrowSize * k));
@@ -141,12 +142,25 @@ DimensionPicture DrawDimension(const DimensionInput& input, const DimStyle& styl
   DimensionPicture p;
   p.textHeight = style.textHeight * style.scale;
   switch (input.type) {
-    case 0: case 1: Linear(input, style, p); break;
-    case 2: case 5: Angular(input, style, p); break;
-    case 3: Radial(input, style, p, true); break;
-    case 4: Radial(input, style, p, false); break;
-    case 6: Ordinate(input, style, p); break;
-    default: break;
+    case 0:
+    case 1:
+      Linear(input, style, p);
+      break;
+    case 2:
+    case 5:
+      Angular(input, style, p);
+      break;
+    case 3:
+      Radial(input, style, p, true);
+      break;
+    case 4:
+      Radial(input, style, p, false);
+      break;
+    case 6:
+      Ordinate(input, style, p);
+      break;
+    default:
+      break;
   }
   // A text placed by the user (70 bit 128) stands at 11.
   if (input.p11 != PointD{} && !p.text.empty() && input.type != 6) p.textAt = input.p11;

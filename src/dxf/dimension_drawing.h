@@ -11,22 +11,23 @@ namespace dxfimport {
 // The dimension variables of a DIMSTYLE entry that drawing a dimension needs, in drawing
 // units before DIMSCALE (AutoCAD's defaults until the style says otherwise).
 struct DimStyle {
-  double scale = 1;          // DIMSCALE (40)
-  double arrowSize = 0.18;   // DIMASZ (41)
-  double extOffset = 0.0625; // DIMEXO (42)
-  double extExtend = 0.18;   // DIMEXE (44)
-  double textHeight = 0.18;  // DIMTXT (140)
-  double gap = 0.09;         // DIMGAP (147)
-  int decimals = 4;          // DIMDEC (271)
+  double scale = 1;           // DIMSCALE (40)
+  double arrowSize = 0.18;    // DIMASZ (41)
+  double extOffset = 0.0625;  // DIMEXO (42)
+  double extExtend = 0.18;    // DIMEXE (44)
+  double textHeight = 0.18;   // DIMTXT (140)
+  double gap = 0.09;          // DIMGAP (147)
+  int decimals = 4;           // DIMDEC (271)
 };
 
 // A DIMENSION's own groups.
 struct DimensionInput {
-  int type = 0;  // 70 & 7: 0 linear, 1 aligned, 2 angular, 3 diameter, 4 radius, 5 angular 3-point, 6 ordinate
+  int type =
+      0;  // 70 & 7: 0 linear, 1 aligned, 2 angular, 3 diameter, 4 radius, 5 angular 3-point, 6 ordinate
   bool ordinateX = false;  // 70 bit 64
   PointD p10, p11, p13, p14, p15, p16;
-  double rotation = 0;     // 50, degrees (linear)
-  std::string text;        // 1: "" or "<>" for the measurement
+  double rotation = 0;  // 50, degrees (linear)
+  std::string text;     // 1: "" or "<>" for the measurement
 };
 
 // What a dimension looks like: lines, arcs, filled arrowheads and one text (centred on

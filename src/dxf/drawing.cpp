@@ -1,9 +1,9 @@
 #include "dxf/drawing.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
 #include <cstdint>
-
-#include <sys/mman.h>
 
 #include "support/numbers.h"
 #include "support/runtime_error.h"
@@ -48,7 +48,8 @@ void PreferLargePages(void* data, std::size_t bytes) {
 void EntityTables::Anticipate(double readShare, std::size_t rowsLeft) {
   if (!(readShare > 0 && readShare < 1)) return;
   auto grow = [&](auto& table) {
-    const double expected = std::min(double(table.size()) / readShare * 1.15, double(table.size() + rowsLeft));
+    const double expected =
+        std::min(double(table.size()) / readShare * 1.15, double(table.size() + rowsLeft));
     if (expected <= double(table.capacity())) return;
     table.reserve(std::size_t(std::max(expected, double(table.capacity()) * 1.5)));
     PreferLargePages(table.data(), table.capacity() * sizeof(table[0]));
@@ -69,8 +70,12 @@ void EntityTables::Anticipate(double readShare, std::size_t rowsLeft) {
 void Drawing::CheckExtents(double x1, double y1, double x2, double y2) {
   const bool single = rules_->SinglePrecision;
   auto store = [single](double& extent, double v) { extent = single ? double(CSng(v)) : v; };
-  auto lower = [&](double& extent, double v) { if (v < extent) store(extent, v); };
-  auto raise = [&](double& extent, double v) { if (v > extent) store(extent, v); };
+  auto lower = [&](double& extent, double v) {
+    if (v < extent) store(extent, v);
+  };
+  auto raise = [&](double& extent, double v) {
+    if (v > extent) store(extent, v);
+  };
   lower(ExtMinX, x1);
   lower(ExtMinX, x2);
   raise(ExtMaxX, x1);

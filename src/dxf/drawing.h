@@ -84,19 +84,44 @@ const Row& RowOf(const std::vector<Row>& table, int32_t index) {
 template <class Tables, class F>
 bool VisitRow(Tables& t, const SeqEntry& e, F&& f) {
   switch (e.Kind) {
-    case kKindLine: f(RowOf(t.Lines, e.Index)); return true;
-    case kKindPolySeg: f(RowOf(t.PolySegs, e.Index)); return true;
-    case kKindText: f(RowOf(t.Texts, e.Index)); return true;
-    case kKindArc: f(RowOf(t.Arcs, e.Index)); return true;
-    case kKindSolid: f(RowOf(t.Solids, e.Index)); return true;
-    case kKindAttrib: f(RowOf(t.Attribs, e.Index)); return true;
-    case kKindHatch: f(RowOf(t.Hatches, e.Index)); return true;
-    case kKindEllipse: f(RowOf(t.Ellipses, e.Index)); return true;
-    case kKindPoint: f(RowOf(t.Points, e.Index)); return true;
-    case kKindRay: f(RowOf(t.Rays, e.Index)); return true;
-    case kKindMText: f(RowOf(t.MTexts, e.Index)); return true;
-    case kKindInsert: f(RowOf(t.Inserts, e.Index)); return true;
-    default: return false;
+    case kKindLine:
+      f(RowOf(t.Lines, e.Index));
+      return true;
+    case kKindPolySeg:
+      f(RowOf(t.PolySegs, e.Index));
+      return true;
+    case kKindText:
+      f(RowOf(t.Texts, e.Index));
+      return true;
+    case kKindArc:
+      f(RowOf(t.Arcs, e.Index));
+      return true;
+    case kKindSolid:
+      f(RowOf(t.Solids, e.Index));
+      return true;
+    case kKindAttrib:
+      f(RowOf(t.Attribs, e.Index));
+      return true;
+    case kKindHatch:
+      f(RowOf(t.Hatches, e.Index));
+      return true;
+    case kKindEllipse:
+      f(RowOf(t.Ellipses, e.Index));
+      return true;
+    case kKindPoint:
+      f(RowOf(t.Points, e.Index));
+      return true;
+    case kKindRay:
+      f(RowOf(t.Rays, e.Index));
+      return true;
+    case kKindMText:
+      f(RowOf(t.MTexts, e.Index));
+      return true;
+    case kKindInsert:
+      f(RowOf(t.Inserts, e.Index));
+      return true;
+    default:
+      return false;
   }
 }
 
@@ -106,11 +131,11 @@ struct BlockEntry {
   EntityTables Content;         // relative to the base point
   int32_t Depth = 0;            // levels of inserts expanded into it (legacy replay)
   // Modern profile:
-  bool Defined = false;         // its BLOCK was read (an insert may name it before)
-  int64_t ExpandedRows = -1;    // rows one insert of it adds (-1: not yet counted)
-  int32_t Height = 0;           // levels of inserts nested in it
-  bool Counting = false;        // being counted (a block that inserts itself)
-  bool Refused = false;         // an insert of it was skipped (logged once)
+  bool Defined = false;       // its BLOCK was read (an insert may name it before)
+  int64_t ExpandedRows = -1;  // rows one insert of it adds (-1: not yet counted)
+  int32_t Height = 0;         // levels of inserts nested in it
+  bool Counting = false;      // being counted (a block that inserts itself)
+  bool Refused = false;       // an insert of it was skipped (logged once)
 };
 
 // An INSERT met inside a block definition before its block was defined.
@@ -125,8 +150,8 @@ struct PendingInsert {
 
 // How points are drawn (modern profile): $PDMODE and $PDSIZE.
 struct PointStyle {
-  int32_t Mode = 0;   // 0 dot, 1 nothing, 2 plus, 3 cross, 4 tick; +32 circle, +64 square
-  double Size = 0;    // drawing units; 0 means 5 % of the view's height, negative a percentage
+  int32_t Mode = 0;  // 0 dot, 1 nothing, 2 plus, 3 cross, 4 tick; +32 circle, +64 square
+  double Size = 0;   // drawing units; 0 means 5 % of the view's height, negative a percentage
 };
 
 // The one loaded drawing: flat entity tables, the draw sequence in file order, the layer

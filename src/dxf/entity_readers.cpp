@@ -99,10 +99,20 @@ TextEntity DXFReader::ReadTextFields() {
   TextEntity text;
   text.HorzJustify = Long(72);
   switch (text.HorzJustify) {
-    case 0: case 3: case 5: text.X = Sng(10), text.Y = Sng(20); break;
-    case 1: case 2: text.X = Sng(11), text.Y = Sng(21); break;
-    case 4: text.X = Sng(11), text.Y = Sng(20); break;  // the X of 11 with the Y of 20: kept
-    default: break;
+    case 0:
+    case 3:
+    case 5:
+      text.X = Sng(10), text.Y = Sng(20);
+      break;
+    case 1:
+    case 2:
+      text.X = Sng(11), text.Y = Sng(21);
+      break;
+    case 4:
+      text.X = Sng(11), text.Y = Sng(20);
+      break;  // the X of 11 with the Y of 20: kept
+    default:
+      break;
   }
   text.Height = Sng(40);
   ControlCodeResult coded = ApplyControlCodes(Text(1));

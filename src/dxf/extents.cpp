@@ -1,11 +1,11 @@
 #include "dxf/extents.h"
-#include "dxf/mtext.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <string_view>
 
+#include "dxf/mtext.h"
 
 namespace dxfimport {
 namespace {
@@ -14,11 +14,12 @@ namespace {
 // of a capital) in the Arial-compatible face that texts are drawn in by default; other
 // characters take a typical Latin advance, and the ideographic scripts a full em.
 constexpr int16_t kAdvances[95] = {
-    404,  404, 516, 808, 808, 1292, 969,  277, 484, 484,  566, 849, 404, 484, 404, 404, 808,  808, 808,
-    808,  808, 808, 808, 808, 808,  808,  404, 404, 849,  849, 849, 808, 1476, 969, 969, 1050, 1050, 969,
-    888,  1131, 1050, 404, 727, 969, 808, 1211, 1050, 1131, 969, 1131, 1050, 969, 888, 1050, 969, 1372, 969,
-    969,  888, 404, 404, 404, 682, 808,  484,  808, 808, 727,  808, 808, 404, 808, 808, 323,  323, 727,
-    323, 1211, 808, 808, 808, 808, 484,  727,  404, 808, 727, 1050, 727, 727, 727, 485, 378,  485, 849};
+    404,  404,  516,  808,  808,  1292, 969, 277,  484,  484, 566, 849, 404, 484,  404,  404,
+    808,  808,  808,  808,  808,  808,  808, 808,  808,  808, 404, 404, 849, 849,  849,  808,
+    1476, 969,  969,  1050, 1050, 969,  888, 1131, 1050, 404, 727, 969, 808, 1211, 1050, 1131,
+    969,  1131, 1050, 969,  888,  1050, 969, 1372, 969,  969, 888, 404, 404, 404,  682,  808,
+    484,  808,  808,  727,  808,  808,  404, 808,  808,  323, 323, 727, 323, 1211, 808,  808,
+    808,  808,  484,  727,  404,  808,  727, 1050, 727,  727, 727, 485, 378, 485,  849};
 constexpr double kLatinAdvance = 0.85, kWideAdvance = 1.45;
 constexpr double kDescent = 0.31;
 
@@ -35,8 +36,9 @@ double TextAdvance(std::string_view utf8) {
     }
     const std::size_t length = c >= 0xF0 ? 4 : c >= 0xE0 ? 3 : 2;
     // Three-byte sequences from U+2E80 on (E2 BA 80) are the wide scripts.
-    const bool wide = length >= 3 && (c > 0xE2 || (c == 0xE2 && i + 1 < utf8.size() &&
-                                                   static_cast<unsigned char>(utf8[i + 1]) >= 0xBA));
+    const bool wide =
+        length >= 3 &&
+        (c > 0xE2 || (c == 0xE2 && i + 1 < utf8.size() && static_cast<unsigned char>(utf8[i + 1]) >= 0xBA));
     width += wide ? kWideAdvance : kLatinAdvance;
     i += length;
   }
@@ -47,8 +49,8 @@ namespace {
 
 // Corners of a box in a text's frame (x along the baseline from the anchor, y up), turned
 // by `rotation` degrees and mirrored as `mirror` says, about the anchor.
-void FrameCorners(double x, double y, double rotation, int32_t mirror, double left, double right, double bottom,
-                  double top, PointD corners[4]) {
+void FrameCorners(double x, double y, double rotation, int32_t mirror, double left, double right,
+                  double bottom, double top, PointD corners[4]) {
   const double turn = Radians(rotation), c = std::cos(turn), s = std::sin(turn);
   const PointD local[4] = {{left, bottom}, {right, bottom}, {right, top}, {left, top}};
   for (int i = 0; i < 4; ++i) {
@@ -95,10 +97,17 @@ void TextCorners(const TextEntity& t, PointD corners[4]) {
   const double along = t.HorzJustify == 1 || t.HorzJustify == 4 ? 0.5 : t.HorzJustify == 2 ? 1.0 : 0.0;
   double bottom = -kDescent * h, top = h;
   switch (t.VertJustify) {
-    case 1: bottom += kDescent * h, top += kDescent * h; break;
-    case 2: bottom -= h / 2, top -= h / 2; break;
-    case 3: bottom -= h, top -= h; break;
-    default: break;
+    case 1:
+      bottom += kDescent * h, top += kDescent * h;
+      break;
+    case 2:
+      bottom -= h / 2, top -= h / 2;
+      break;
+    case 3:
+      bottom -= h, top -= h;
+      break;
+    default:
+      break;
   }
   if (t.HorzJustify == 4 && t.VertJustify == 0) bottom -= h / 2, top -= h / 2;
   const double left = -along * width;
@@ -113,9 +122,7 @@ Box RowBox(const TextEntity& r) {
 
 Box RowBox(const AttribEntity& r) { return RowBox(r.Text); }
 
-Box RowBox(const ArcEntity& r) {
-  return ArcBox({r.CenterX, r.CenterY}, r.Radius, r.StartAngle, r.EndAngle);
-}
+Box RowBox(const ArcEntity& r) { return ArcBox({r.CenterX, r.CenterY}, r.Radius, r.StartAngle, r.EndAngle); }
 
 Box RowBox(const EllipseEntity& r) {
   return EllipseBox({r.CenterX, r.CenterY}, {r.UX, r.UY}, {r.VX, r.VY}, r.Start, r.End);
@@ -144,7 +151,8 @@ Box RowBox(const MTextEntity& m) {
       const double size = h * piece.format.height * piece.format.widthFactor;
       const double w = piece.kind == TextPiece::Kind::Stack
                            ? std::max(TextAdvance(piece.text), TextAdvance(piece.lower)) * size * 0.7
-                           : piece.kind == TextPiece::Kind::Tab ? 4 * h : TextAdvance(piece.text) * size;
+                       : piece.kind == TextPiece::Kind::Tab ? 4 * h
+                                                            : TextAdvance(piece.text) * size;
       if (m.Width > 0 && x > 0 && x + w > m.Width && piece.kind != TextPiece::Kind::Space) {
         ++lines;
         widest = std::max(widest, x);

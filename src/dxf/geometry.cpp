@@ -5,8 +5,8 @@
 namespace dxfimport {
 
 Affine Affine::operator*(const Affine& m) const {
-  return {a * m.a + c * m.b,     b * m.a + d * m.b,     a * m.c + c * m.d,
-          b * m.c + d * m.d,     a * m.e + c * m.f + e, b * m.e + d * m.f + f};
+  return {a * m.a + c * m.b, b * m.a + d * m.b,     a * m.c + c * m.d,
+          b * m.c + d * m.d, a * m.e + c * m.f + e, b * m.e + d * m.f + f};
 }
 
 bool Affine::IsSimilarity() const {
@@ -92,7 +92,8 @@ Box ArcBox(PointD centre, double radius, double startDegrees, double endDegrees)
   // The ends, and each axis direction that the counter-clockwise sweep passes.
   double sweep = std::fmod(endDegrees - startDegrees, 360.0);
   if (sweep <= 0) sweep += 360;
-  for (double a : {startDegrees, endDegrees}) box.Add(centre + PointD{std::cos(Radians(a)), std::sin(Radians(a))} * r);
+  for (double a : {startDegrees, endDegrees})
+    box.Add(centre + PointD{std::cos(Radians(a)), std::sin(Radians(a))} * r);
   static constexpr PointD kAxes[4] = {{1, 0}, {0, 1}, {-1, 0}, {0, -1}};
   for (int k = 0; k < 4; ++k) {
     double past = std::fmod(k * 90.0 - startDegrees, 360.0);

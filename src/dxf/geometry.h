@@ -74,7 +74,9 @@ struct Box {
   void Add(PointD p);
   void Merge(const Box& b);
   bool Empty() const { return minX > maxX; }
-  bool Meets(const Box& b) const { return maxX >= b.minX && minX <= b.maxX && maxY >= b.minY && minY <= b.maxY; }
+  bool Meets(const Box& b) const {
+    return maxX >= b.minX && minX <= b.maxX && maxY >= b.minY && minY <= b.maxY;
+  }
 };
 Box ArcBox(PointD centre, double radius, double startDegrees, double endDegrees);
 

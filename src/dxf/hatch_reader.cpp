@@ -96,7 +96,8 @@ void ReadPolylinePath(PairCursor& c, std::vector<PointD>& loop, double tolerance
     const PointD q = v[(i + 1) % v.size()].first;
     BulgeArc arc;
     if (!ArcOfBulge(p, q, bulge, arc)) continue;
-    const double a0 = bulge > 0 ? arc.startDegrees : arc.endDegrees, a1 = bulge > 0 ? arc.endDegrees : arc.startDegrees;
+    const double a0 = bulge > 0 ? arc.startDegrees : arc.endDegrees,
+                 a1 = bulge > 0 ? arc.endDegrees : arc.startDegrees;
     AppendArc(loop, arc.centre, arc.radius, a0, a1, bulge < 0, tolerance);
   }
 }
@@ -191,8 +192,10 @@ bool ModernReader::DXFHatch() {
     if (!c.Next(92, flags, pairs_.size())) break;
     std::vector<PointD> loop;
     const std::size_t room = kMaxBoundaryPoints - std::min(kMaxBoundaryPoints, hatch.Points.size());
-    if (Bounded(flags, 0, 1 << 30) & 2) ReadPolylinePath(c, loop, tolerance, room);
-    else ReadEdgePath(c, loop, tolerance, room);
+    if (Bounded(flags, 0, 1 << 30) & 2)
+      ReadPolylinePath(c, loop, tolerance, room);
+    else
+      ReadEdgePath(c, loop, tolerance, room);
     const bool full = loop.size() >= room;
     if (full) Note("hatch boundary held at its bound: 1,048,576 points");
     const int sources = Count(c, 97);

@@ -1,14 +1,15 @@
 #include "dxf/line_source.h"
 
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <bit>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "support/runtime_error.h"
 
@@ -72,7 +73,8 @@ std::string_view LineSource::ReadLine() {
   ++lines_;
   const char* begin = data_.data() + pos_;
   std::size_t left = data_.size() - pos_;
-  static_assert(std::endian::native == std::endian::little, "the word scan reads bytes in little-endian order");
+  static_assert(std::endian::native == std::endian::little,
+                "the word scan reads bytes in little-endian order");
   // Most DXF lines are short: look for the line feed eight bytes at a time over the first
   // words, then let memchr take a long line.
   const char* nl = nullptr;

@@ -11,7 +11,7 @@ namespace dxfimport {
 // One kind of thing a load skipped, repaired or left out: how often it happened and the
 // line of the file where it was first met.
 struct ReportEntry {
-  std::string Kind;      // what happened, e.g. "entity kind not drawn: IMAGE"
+  std::string Kind;  // what happened, e.g. "entity kind not drawn: IMAGE"
   int64_t Count = 0;
   std::size_t Line = 0;  // of the first occurrence (0 when it has no place in the file)
   std::string Notice;    // a line for the user that names it ("" when the kind says it all)

@@ -49,14 +49,18 @@ Affine CopyTransform(const InsertRef& ref, int32_t column, int32_t row) {
 
 template <class Row>
 int32_t& LayerField(Row& row) {
-  if constexpr (std::is_same_v<Row, AttribEntity>) return row.Text.Layer;
-  else return row.Layer;
+  if constexpr (std::is_same_v<Row, AttribEntity>)
+    return row.Text.Layer;
+  else
+    return row.Layer;
 }
 
 template <class Row>
 int32_t& ColorField(Row& row) {
-  if constexpr (std::is_same_v<Row, AttribEntity>) return row.Text.Color;
-  else return row.Color;
+  if constexpr (std::is_same_v<Row, AttribEntity>)
+    return row.Text.Color;
+  else
+    return row.Color;
 }
 
 }  // namespace
@@ -73,19 +77,25 @@ void ModernReader::Restyle(Row& row, const Style& inherited) {
   const dxfimport::LayerEntry* own =
       layer >= 1 && layer <= drawing_.LayerCount() ? &drawing_.Layers[std::size_t(layer - 1)] : nullptr;
   if constexpr (requires { row.LineType; }) {
-    if (row.LineType == kLineTypeByBlock) row.LineType = inherited.LineType;
-    else if (row.LineType == kLineTypeByLayer) row.LineType = own ? own->LineType : 0;
+    if (row.LineType == kLineTypeByBlock)
+      row.LineType = inherited.LineType;
+    else if (row.LineType == kLineTypeByLayer)
+      row.LineType = own ? own->LineType : 0;
   }
   if constexpr (requires { row.LineWeight; }) {
-    if (row.LineWeight == kWeightByBlock) row.LineWeight = inherited.LineWeight;
-    else if (row.LineWeight == kWeightByLayer) row.LineWeight = own ? own->LineWeight : kWeightDefault;
+    if (row.LineWeight == kWeightByBlock)
+      row.LineWeight = inherited.LineWeight;
+    else if (row.LineWeight == kWeightByLayer)
+      row.LineWeight = own ? own->LineWeight : kWeightDefault;
   }
 }
 
 template <class Row>
 void ModernReader::Emit(const Row& row) {
-  if (output_) drawing_.AddBlockRecord(output_, row);
-  else drawing_.Add(row);
+  if (output_)
+    drawing_.AddBlockRecord(output_, row);
+  else
+    drawing_.Add(row);
 }
 
 template void ModernReader::Emit(const LineEntity&);
@@ -141,7 +151,8 @@ InsertRef ModernReader::ReadInsertRef(int32_t block, const Style& style) {
   InsertRef ref;
   ref.Block = block;
   const double sx = Num(41, 1), sy = Num(42, 1);
-  ref.Frame = OcsToWorld(Extrusion(), Num(30)) * Affine::Translate(Num(10), Num(20)) * Affine::Rotate(Num(50));
+  ref.Frame =
+      OcsToWorld(Extrusion(), Num(30)) * Affine::Translate(Num(10), Num(20)) * Affine::Rotate(Num(50));
   ref.Local = Affine::Scaling(sx == 0 ? 1 : sx, sy == 0 ? 1 : sy);
   ref.Columns = Whole(70, 1, 1, 32767), ref.Rows = Whole(71, 1, 1, 32767);
   ref.ColumnSpacing = Num(44), ref.RowSpacing = Num(45);
@@ -167,7 +178,8 @@ void ModernReader::PlaceInsert(const InsertRef& ref) {
     return;
   }
   if (!InsertAllowed(ref.Block) || MeasureBlock(ref.Block, 0).rows == 0 || !WithinBudget(ref)) return;
-  Style inherited{ref.Layer, ref.Color == 0 ? (kColorOfLayer | ref.Layer) : ref.Color, ref.LineType, ref.LineWeight};
+  Style inherited{ref.Layer, ref.Color == 0 ? (kColorOfLayer | ref.Layer) : ref.Color, ref.LineType,
+                  ref.LineWeight};
   for (int32_t r = 0; r < ref.Rows; ++r)
     for (int32_t c = 0; c < ref.Columns; ++c) ExpandBlock(ref.Block, CopyTransform(ref, c, r), inherited, 1);
 }
@@ -203,8 +215,8 @@ bool ModernReader::WithinBudget(const InsertRef& ref) {
   const std::string kind = "insert over the entity budget: " + name;
   const bool first = std::none_of(r_.outcome_.Report.Entries().begin(), r_.outcome_.Report.Entries().end(),
                                   [&](const ReportEntry& e) { return e.Kind == kind; });
-  const std::string notice =
-      "Block " + name + " on layer " + layer + " (" + CountText(adds) + " entities) left out: over the entity budget";
+  const std::string notice = "Block " + name + " on layer " + layer + " (" + CountText(adds) +
+                             " entities) left out: over the entity budget";
   if (first) LogCritical(notice);
   Note(kind, notice);
   return false;
@@ -274,7 +286,8 @@ bool ModernReader::DXFDimension() {
       !drawing_.Blocks[std::size_t(block - 1)].Content.DrawSeq.empty()) {
     InsertRef ref;
     ref.Block = block;
-    ref.Layer = style.Layer, ref.Color = style.Color, ref.LineType = style.LineType, ref.LineWeight = style.LineWeight;
+    ref.Layer = style.Layer, ref.Color = style.Color, ref.LineType = style.LineType,
+    ref.LineWeight = style.LineWeight;
     PlaceInsert(ref);
     return true;
   }
@@ -312,15 +325,17 @@ DimStyle ModernReader::DimStyleOf(const std::string& name) const {
 
 void ModernReader::EmitDimension(const DimensionPicture& picture, const Style& style) {
   for (const auto& [from, to] : picture.lines)
-    Emit(Placed(LineEntity{from.x, from.y, to.x, to.y, style.Layer, style.Color, style.LineType, style.LineWeight},
-                toBlock_));
+    Emit(Placed(
+        LineEntity{from.x, from.y, to.x, to.y, style.Layer, style.Color, style.LineType, style.LineWeight},
+        toBlock_));
   for (const DimensionPicture::Arc& a : picture.arcs) {
-    ArcEntity arc{a.centre.x, a.centre.y, a.radius, a.startDegrees, a.endDegrees,
+    ArcEntity arc{a.centre.x,  a.centre.y,  a.radius,       a.startDegrees,  a.endDegrees,
                   style.Layer, style.Color, style.LineType, style.LineWeight};
     PlaceInto(arc, toBlock_, [this](const auto& row) { Emit(row); });
   }
   for (const auto& t : picture.arrows) {
-    SolidEntity solid{t[0].x, t[0].y, t[1].x, t[1].y, t[2].x, t[2].y, t[2].x, t[2].y, style.Layer, style.Color};
+    SolidEntity solid{t[0].x, t[0].y, t[1].x, t[1].y,      t[2].x,
+                      t[2].y, t[2].x, t[2].y, style.Layer, style.Color};
     Emit(Placed(solid, toBlock_));
   }
   if (picture.text.empty() || !(picture.textHeight > 0)) return;
@@ -341,17 +356,23 @@ bool ModernReader::DXFTable() {
   PointD at, direction{1, 0};
   bool haveAt = false, haveDirection = false;
   for (const auto& [code, value] : pairs_) {
-    if (code == 2 && name.empty()) name = value;
-    else if (code == 10 && !haveAt) at.x = Val(value);
-    else if (code == 20 && !haveAt) at.y = Val(value), haveAt = true;
-    else if (code == 11 && !haveDirection) direction.x = Val(value);
-    else if (code == 21 && !haveDirection) direction.y = Val(value), haveDirection = true;
+    if (code == 2 && name.empty())
+      name = value;
+    else if (code == 10 && !haveAt)
+      at.x = Val(value);
+    else if (code == 20 && !haveAt)
+      at.y = Val(value), haveAt = true;
+    else if (code == 11 && !haveDirection)
+      direction.x = Val(value);
+    else if (code == 21 && !haveDirection)
+      direction.y = Val(value), haveDirection = true;
   }
   if (name.empty()) return true;
   InsertRef ref;
   ref.Block = BlockRow(r_.decoder_.Decode(name));
   ref.Frame = Affine::Translate(at.x, at.y) * Affine::Rotate(Degrees(std::atan2(direction.y, direction.x)));
-  ref.Layer = style.Layer, ref.Color = style.Color, ref.LineType = style.LineType, ref.LineWeight = style.LineWeight;
+  ref.Layer = style.Layer, ref.Color = style.Color, ref.LineType = style.LineType,
+  ref.LineWeight = style.LineWeight;
   if (ref.Frame.IsFinite()) PlaceInsert(ref);
   return true;
 }
@@ -365,8 +386,8 @@ bool ModernReader::DXFViewport() {
   const double w = Num(40) / 2, h = Num(41) / 2;
   const PointD corners[4] = {{c.x - w, c.y - h}, {c.x + w, c.y - h}, {c.x + w, c.y + h}, {c.x - w, c.y + h}};
   for (int i = 0; i < 4; ++i) {
-    LineEntity edge{corners[i].x, corners[i].y, corners[(i + 1) % 4].x, corners[(i + 1) % 4].y, style.Layer,
-                    style.Color, style.LineType, style.LineWeight};
+    LineEntity edge{corners[i].x, corners[i].y, corners[(i + 1) % 4].x, corners[(i + 1) % 4].y,
+                    style.Layer,  style.Color,  style.LineType,         style.LineWeight};
     Emit(Placed(edge, toBlock_));
   }
   const bool plan = Num(16) == 0 && Num(26) == 0 && Num(36, 1) > 0;
@@ -389,8 +410,8 @@ void ModernReader::ShowModelSpaceIn(int32_t layout, const EntityTables& model) {
     const Affine toPaper = Affine::Translate(v.centre.x, v.centre.y) * Affine::Scaling(scale, scale) *
                            Affine::Translate(-v.viewCentre.x, -v.viewCentre.y) * Affine::Rotate(-v.twist) *
                            Affine::Translate(-v.target.x, -v.target.y);
-    drawing_.ClipBoxes.push_back({v.centre.x - v.width / 2, v.centre.y - v.height / 2, v.centre.x + v.width / 2,
-                                  v.centre.y + v.height / 2});
+    drawing_.ClipBoxes.push_back({v.centre.x - v.width / 2, v.centre.y - v.height / 2,
+                                  v.centre.x + v.width / 2, v.centre.y + v.height / 2});
     drawing_.DrawSeq.push_back({kKindClip, int32_t(drawing_.ClipBoxes.size())});
     for (const SeqEntry& entry : model.DrawSeq) {
       VisitRow(model, entry, [&](const auto& row) {
@@ -442,7 +463,8 @@ void ModernReader::ChooseLayout() {
   if (!block) {
     for (int32_t i = 1; i <= drawing_.BlockCount() && !block; ++i) {
       const std::string& blockName = drawing_.Blocks[std::size_t(i - 1)].Name;
-      bool chosen = wanted.empty() ? IsPaperSpaceName(blockName) && hasContent(i) : SameName(blockName, wanted);
+      bool chosen =
+          wanted.empty() ? IsPaperSpaceName(blockName) && hasContent(i) : SameName(blockName, wanted);
       if (chosen) block = i, name = blockName;
     }
   }
@@ -458,7 +480,8 @@ void ModernReader::ChooseLayout() {
   layoutBox_ = WithMargin(TablesBox(drawing_));
   const std::size_t own = drawing_.DrawSeq.size();
   if (!modelEmpty) ShowModelSpaceIn(block, model);
-  std::rotate(drawing_.DrawSeq.begin(), drawing_.DrawSeq.begin() + std::ptrdiff_t(own), drawing_.DrawSeq.end());
+  std::rotate(drawing_.DrawSeq.begin(), drawing_.DrawSeq.begin() + std::ptrdiff_t(own),
+              drawing_.DrawSeq.end());
   r_.outcome_.Layout = name;
   r_.outcome_.ModelSpaceEmpty = modelEmpty;
   LogDebug((modelEmpty ? "Model space is empty; drawing the layout " : "Drawing the layout ") + name);

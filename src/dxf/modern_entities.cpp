@@ -6,12 +6,12 @@
 
 #include "dxf/colors.h"
 #include "dxf/curves.h"
-#include "dxf/text_styles.h"
 #include "dxf/modern_reader.h"
 #include "dxf/mtext.h"
 #include "dxf/placement.h"
 #include "dxf/style_maps.h"
 #include "dxf/text_codes.h"
+#include "dxf/text_styles.h"
 #include "support/numbers.h"
 #include "support/text_decode.h"
 
@@ -47,8 +47,9 @@ bool ModernReader::DXFLine() {
 bool ModernReader::DXFCircle() {
   const Style s = ReadStyle();
   // Angles are kept within a turn: a value of any size reads as the direction it names.
-  ArcEntity arc{Num(10), Num(20), std::abs(Num(40)), std::fmod(Num(50), 360.0), std::fmod(Num(51), 360.0),
-                s.Layer, s.Color, s.LineType, s.LineWeight};
+  ArcEntity arc{
+      Num(10), Num(20),    std::abs(Num(40)), std::fmod(Num(50), 360.0), std::fmod(Num(51), 360.0), s.Layer,
+      s.Color, s.LineType, s.LineWeight};
   if (!Has(50) && !Has(51)) arc.StartAngle = arc.EndAngle = 0;
   PlaceInto(arc, Placement(Num(30)), [this](const auto& row) { Emit(row); });
   return true;
@@ -73,13 +74,15 @@ bool ModernReader::DXF3DFace() {
   for (int i = 0; i < 4; ++i) {
     const PointD from = c[i], to = c[(i + 1) % 4];
     if ((hidden >> i) & 1 || (i == 2 && from == to)) continue;
-    Emit(Placed(LineEntity{from.x, from.y, to.x, to.y, s.Layer, s.Color, s.LineType, s.LineWeight}, toBlock_));
+    Emit(
+        Placed(LineEntity{from.x, from.y, to.x, to.y, s.Layer, s.Color, s.LineType, s.LineWeight}, toBlock_));
   }
   return true;
 }
 
 // A text in the entity's layer and colour with its style's face and defaults.
-TextEntity ModernReader::StyledText(std::string markup, double height, const Style& style, int32_t styleRow) const {
+TextEntity ModernReader::StyledText(std::string markup, double height, const Style& style,
+                                    int32_t styleRow) const {
   TextEntity t;
   t.Text = std::move(markup);
   t.Height = height;
@@ -183,7 +186,8 @@ bool ModernReader::DXFMText() {
   m.ColumnWidth = Num(48), m.ColumnGutter = Num(49), m.ColumnHeight = Num(46);
   ReadEmbeddedColumns(m);
   m.FillFlags = Whole(90, 0, 0, 31);
-  m.FillColor = Has(421) ? TrueColorValue(Value(421), Whole(63, 256, 0, 256)) : AciColor(Whole(63, 7, 0, 256));
+  m.FillColor =
+      Has(421) ? TrueColorValue(Value(421), Whole(63, 256, 0, 256)) : AciColor(Whole(63, 7, 0, 256));
   m.FillScale = Num(45, 1.5);
   Emit(Placed(m, toBlock_));
   return true;
@@ -194,12 +198,23 @@ bool ModernReader::DXFMText() {
 void ModernReader::ReadEmbeddedColumns(MTextEntity& m) const {
   for (const auto& [code, value] : embedded_) {
     switch (code) {
-      case 71: m.ColumnKind = int32_t(std::clamp(Val(value), 0.0, 2.0)); break;
-      case 72: m.ColumnCount = int32_t(std::clamp(Val(value), 0.0, 1000.0)); break;
-      case 44: m.ColumnWidth = Val(value); break;
-      case 45: m.ColumnGutter = Val(value); break;
-      case 46: if (!(m.ColumnHeight > 0)) m.ColumnHeight = Val(value); break;
-      default: break;
+      case 71:
+        m.ColumnKind = int32_t(std::clamp(Val(value), 0.0, 2.0));
+        break;
+      case 72:
+        m.ColumnCount = int32_t(std::clamp(Val(value), 0.0, 1000.0));
+        break;
+      case 44:
+        m.ColumnWidth = Val(value);
+        break;
+      case 45:
+        m.ColumnGutter = Val(value);
+        break;
+      case 46:
+        if (!(m.ColumnHeight > 0)) m.ColumnHeight = Val(value);
+        break;
+      default:
+        break;
     }
   }
 }
@@ -210,8 +225,10 @@ bool ModernReader::DXFEllipse() {
   const Style s = ReadStyle();
   Vec3 n = Extrusion();
   const double length = std::sqrt(n.x * n.x + n.y * n.y + n.z * n.z);
-  if (!(length > 1e-12)) n = {0, 0, 1};
-  else n = {n.x / length, n.y / length, n.z / length};
+  if (!(length > 1e-12))
+    n = {0, 0, 1};
+  else
+    n = {n.x / length, n.y / length, n.z / length};
   const Vec3 u{Num(11), Num(21), Num(31)};
   const double ratio = Num(40, 1);
   const PointD v{ratio * (n.y * u.z - n.z * u.y), ratio * (n.z * u.x - n.x * u.z)};
@@ -235,13 +252,26 @@ bool ModernReader::DXFSpline() {
   spline.closed = (Whole(70, 0, 0, 1 << 20) & 3) != 0;
   for (const auto& [code, value] : pairs_) {
     switch (code) {
-      case 40: spline.knots.push_back(Val(value)); break;
-      case 41: spline.weights.push_back(Val(value)); break;
-      case 10: spline.controlPoints.push_back({Val(value), 0}); break;
-      case 20: if (!spline.controlPoints.empty()) spline.controlPoints.back().y = Val(value); break;
-      case 11: spline.fitPoints.push_back({Val(value), 0}); break;
-      case 21: if (!spline.fitPoints.empty()) spline.fitPoints.back().y = Val(value); break;
-      default: break;
+      case 40:
+        spline.knots.push_back(Val(value));
+        break;
+      case 41:
+        spline.weights.push_back(Val(value));
+        break;
+      case 10:
+        spline.controlPoints.push_back({Val(value), 0});
+        break;
+      case 20:
+        if (!spline.controlPoints.empty()) spline.controlPoints.back().y = Val(value);
+        break;
+      case 11:
+        spline.fitPoints.push_back({Val(value), 0});
+        break;
+      case 21:
+        if (!spline.fitPoints.empty()) spline.fitPoints.back().y = Val(value);
+        break;
+      default:
+        break;
     }
   }
   const double size = Size(spline.controlPoints.empty() ? spline.fitPoints : spline.controlPoints);
@@ -257,8 +287,10 @@ bool ModernReader::DXFLeader() {
   const Style s = ReadStyle();
   std::vector<PointD> points;
   for (const auto& [code, value] : pairs_) {
-    if (code == 10) points.push_back({Val(value), 0});
-    else if (code == 20 && !points.empty()) points.back().y = Val(value);
+    if (code == 10)
+      points.push_back({Val(value), 0});
+    else if (code == 20 && !points.empty())
+      points.back().y = Val(value);
   }
   for (PointD& p : points) p = toBlock_.Apply(p);
   EmitCurve(points, s);
@@ -289,7 +321,8 @@ bool ModernReader::DXFPoint() {
 // RAY and XLINE: base 10/20, direction 11/21 (world coordinates).
 bool ModernReader::DXFRay() {
   const Style s = ReadStyle();
-  RayEntity ray{Num(10), Num(20), Num(11), Num(21), name_ == "XLINE", s.Layer, s.Color, s.LineType, s.LineWeight};
+  RayEntity ray{Num(10), Num(20), Num(11),    Num(21),     name_ == "XLINE",
+                s.Layer, s.Color, s.LineType, s.LineWeight};
   if (ray.DX == 0 && ray.DY == 0) return true;
   Emit(Placed(ray, toBlock_));
   return true;
@@ -304,8 +337,10 @@ bool ModernReader::DXFWipeout() {
   const double height = Num(23, 1);
   std::vector<PointD> boundary;
   for (const auto& [code, value] : pairs_) {
-    if (code == 14) boundary.push_back({Val(value), 0});
-    else if (code == 24 && !boundary.empty()) boundary.back().y = Val(value);
+    if (code == 14)
+      boundary.push_back({Val(value), 0});
+    else if (code == 24 && !boundary.empty())
+      boundary.back().y = Val(value);
   }
   if (boundary.size() == 2) {
     const PointD a = boundary[0], b = boundary[1];

@@ -35,8 +35,10 @@ void ModernReader::EmitPolylinePath(const std::vector<PathVertex>& vertices, boo
     segment.Bulge = from.bulge;
     segment.Width = from.startWidth, segment.EndWidth = from.endWidth;
     segment.Joined = i > 0;
-    if (identity) Emit(segment);
-    else PlaceInto(segment, place, [this](const auto& row) { Emit(row); });
+    if (identity)
+      Emit(segment);
+    else
+      PlaceInto(segment, place, [this](const auto& row) { Emit(row); });
   }
 }
 
@@ -47,7 +49,8 @@ bool ModernReader::DXFPoly() {
   polyline_.style = ReadStyle();
   polyline_.flags = Whole(70, 0, 0, 0xFFFF);
   polyline_.startWidth = Num(40), polyline_.endWidth = Num(41, polyline_.startWidth);
-  polyline_.place = (polyline_.flags & (kPolyline3D | kPolygonMesh | kPolyface)) ? toBlock_ : Placement(Num(30));
+  polyline_.place =
+      (polyline_.flags & (kPolyline3D | kPolygonMesh | kPolyface)) ? toBlock_ : Placement(Num(30));
   polyline_.output = output_;
   polyline_.meshM = Whole(71, 0, 0, 1 << 20), polyline_.meshN = Whole(72, 0, 0, 1 << 20);
   inPolyline_ = true;
@@ -62,8 +65,8 @@ bool ModernReader::DXFVertex() {
   OpenPolyline& p = polyline_;
   if (p.flags & kPolyface) {
     if ((flags & kFaceRecord) && !(flags & kMeshVertex)) {
-      p.faces.push_back({Whole(71, 0, -32767, 32767), Whole(72, 0, -32767, 32767), Whole(73, 0, -32767, 32767),
-                         Whole(74, 0, -32767, 32767)});
+      p.faces.push_back({Whole(71, 0, -32767, 32767), Whole(72, 0, -32767, 32767),
+                         Whole(73, 0, -32767, 32767), Whole(74, 0, -32767, 32767)});
     } else {
       p.vertices.push_back({Point(10)});
     }
@@ -117,8 +120,9 @@ void ModernReader::EmitPolyface() {
 
 // The edges of faces given by vertex numbers from 1 (a negative number hides the edge
 // from that vertex to the next), every edge once; numbers out of range are skipped.
-void ModernReader::EmitFaceEdges(const std::vector<PointD>& points, const std::vector<std::vector<int32_t>>& faces,
-                                 const Style& s, const Affine& place) {
+void ModernReader::EmitFaceEdges(const std::vector<PointD>& points,
+                                 const std::vector<std::vector<int32_t>>& faces, const Style& s,
+                                 const Affine& place) {
   const int64_t count = int64_t(points.size());
   std::set<std::pair<int64_t, int64_t>> drawn;
   for (const auto& face : faces) {
@@ -143,16 +147,23 @@ bool ModernReader::DXFMesh() {
   int64_t faceValues = -1, pending = 0;
   bool inVertices = false;
   for (const auto& [code, value] : pairs_) {
-    if (code == 92) inVertices = true;
-    else if (code == 10 && inVertices) points.push_back({Val(value), 0});
-    else if (code == 20 && inVertices && !points.empty()) points.back().y = Val(value);
-    else if (code == 93 && faceValues < 0) inVertices = false, faceValues = HeldWhole(Val(value), 0, INT32_MAX);
+    if (code == 92)
+      inVertices = true;
+    else if (code == 10 && inVertices)
+      points.push_back({Val(value), 0});
+    else if (code == 20 && inVertices && !points.empty())
+      points.back().y = Val(value);
+    else if (code == 93 && faceValues < 0)
+      inVertices = false, faceValues = HeldWhole(Val(value), 0, INT32_MAX);
     else if (code == 90 && faceValues > 0) {
       --faceValues;
       const int64_t number = HeldWhole(Val(value), -1, INT32_MAX);
-      if (pending == 0) pending = std::max<int64_t>(0, number), faces.emplace_back();
-      else --pending, faces.back().push_back(int32_t(std::clamp<int64_t>(number + 1, 0, INT32_MAX)));
-    } else if (code == 94) faceValues = 0;
+      if (pending == 0)
+        pending = std::max<int64_t>(0, number), faces.emplace_back();
+      else
+        --pending, faces.back().push_back(int32_t(std::clamp<int64_t>(number + 1, 0, INT32_MAX)));
+    } else if (code == 94)
+      faceValues = 0;
   }
   EmitFaceEdges(points, faces, style, toBlock_);
   return true;
@@ -192,13 +203,20 @@ bool ModernReader::DXFMline() {
   std::vector<Vertex> vertices;
   bool offsetNext = false;
   for (const auto& [code, value] : pairs_) {
-    if (code == 11) vertices.push_back({{Val(value), 0}, {}, {}}), offsetNext = false;
-    else if (vertices.empty()) continue;
-    else if (code == 21) vertices.back().at.y = Val(value);
-    else if (code == 13) vertices.back().miter.x = Val(value);
-    else if (code == 23) vertices.back().miter.y = Val(value);
-    else if (code == 74) vertices.back().offsets.push_back(0), offsetNext = Val(value) > 0;
-    else if (code == 41 && offsetNext) vertices.back().offsets.back() = Val(value), offsetNext = false;
+    if (code == 11)
+      vertices.push_back({{Val(value), 0}, {}, {}}), offsetNext = false;
+    else if (vertices.empty())
+      continue;
+    else if (code == 21)
+      vertices.back().at.y = Val(value);
+    else if (code == 13)
+      vertices.back().miter.x = Val(value);
+    else if (code == 23)
+      vertices.back().miter.y = Val(value);
+    else if (code == 74)
+      vertices.back().offsets.push_back(0), offsetNext = Val(value) > 0;
+    else if (code == 41 && offsetNext)
+      vertices.back().offsets.back() = Val(value), offsetNext = false;
   }
   if (vertices.empty()) return true;
   const std::size_t elements = vertices.front().offsets.size();
@@ -223,12 +241,18 @@ bool ModernReader::DXFLwPolyline() {
   const double width = Num(43);
   std::vector<PathVertex> vertices;
   for (const auto& [code, value] : pairs_) {
-    if (code == 10) vertices.push_back({{Val(value), 0}, 0, width, width});
-    else if (vertices.empty()) continue;
-    else if (code == 20) vertices.back().point.y = Val(value);
-    else if (code == 42) vertices.back().bulge = Val(value);
-    else if (code == 40 && !constant) vertices.back().startWidth = Val(value);
-    else if (code == 41 && !constant) vertices.back().endWidth = Val(value);
+    if (code == 10)
+      vertices.push_back({{Val(value), 0}, 0, width, width});
+    else if (vertices.empty())
+      continue;
+    else if (code == 20)
+      vertices.back().point.y = Val(value);
+    else if (code == 42)
+      vertices.back().bulge = Val(value);
+    else if (code == 40 && !constant)
+      vertices.back().startWidth = Val(value);
+    else if (code == 41 && !constant)
+      vertices.back().endWidth = Val(value);
   }
   EmitPolylinePath(vertices, Whole(70, 0, 0, 0xFFFF) & kClosed, style, Placement(Num(38)));
   return true;

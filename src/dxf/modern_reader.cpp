@@ -109,11 +109,13 @@ int ModernReader::Resynchronise(std::string_view codeLine, std::string_view& val
   recordDamaged_ = true;
   r_.outcome_.Report.Note("unreadable group code", source.LinesRead(),
                           "Line " + std::to_string(source.LinesRead()) + " holds no group code (\"" +
-                              std::string(CutChars(codeLine, 32)) + "\"): reading goes on at the next entity");
+                              std::string(CutChars(codeLine, 32)) +
+                              "\"): reading goes on at the next entity");
   // A code 0 is a line "0" followed by a name (a value 0 is followed by a code).
   auto isName = [](std::string_view line) {
     line = Trim(line);
-    return !line.empty() && std::any_of(line.begin(), line.end(), [](char c) { return c >= 'A' && c <= 'Z'; }) &&
+    return !line.empty() &&
+           std::any_of(line.begin(), line.end(), [](char c) { return c >= 'A' && c <= 'Z'; }) &&
            line.find(' ') == std::string_view::npos;
   };
   if (source.AtEnd()) return -1;
@@ -260,7 +262,8 @@ bool ModernReader::Dispatch(std::string_view name) {
                     : section_ == "OBJECTS"                          ? kInObjects
                                                                      : 0;
   if (!kind) {
-    if (where == kInEntities && !name.empty()) Note("entity kind not drawn: " + std::string(name.substr(0, 64)));
+    if (where == kInEntities && !name.empty())
+      Note("entity kind not drawn: " + std::string(name.substr(0, 64)));
     return true;
   }
   if (!(kind->sections & where)) return true;
@@ -376,8 +379,10 @@ bool ModernReader::DXFLineTypes() {
   std::vector<double> elements;
   bool shapes = false;
   for (const auto& [code, value] : pairs_) {
-    if (code == 49) elements.push_back(Val(value));
-    else if (code == 74) shapes |= (HeldWhole(Val(value), 0, 0xFFFF) & 4) != 0;
+    if (code == 49)
+      elements.push_back(Val(value));
+    else if (code == 74)
+      shapes |= (HeldWhole(Val(value), 0, 0xFFFF) & 4) != 0;
   }
   // The shapes of a complex line type come from a shape file that is not here; its
   // dashes alone would leave dots where CAD tools draw a figure, so it is drawn solid.
@@ -433,7 +438,8 @@ int32_t ModernReader::LayerRow(std::string_view raw) {
   if (raw.size() <= 64 && IsAscii(raw) && Trim(raw).size() == raw.size()) {
     if (int32_t row = drawing_.FindLayer(raw)) return row;
   }
-  std::string name(Trim(CutChars(r_.decoder_.Decode(raw.substr(0, DXFReader::kMaxTextBytes)), kMaxNameChars)));
+  std::string name(
+      Trim(CutChars(r_.decoder_.Decode(raw.substr(0, DXFReader::kMaxTextBytes)), kMaxNameChars)));
   if (name.empty()) name = "0";
   if (int32_t row = drawing_.FindLayer(name)) return row;
   dxfimport::LayerEntry entry;
@@ -457,8 +463,10 @@ bool ModernReader::DXFStyle() {
   std::string family;
   bool acad = false;
   for (const auto& [code, value] : pairs_) {
-    if (code == 1001) acad = Trim(value) == "ACAD";
-    else if (code == 1000 && acad && family.empty()) family = r_.decoder_.Decode(value);
+    if (code == 1001)
+      acad = Trim(value) == "ACAD";
+    else if (code == 1000 && acad && family.empty())
+      family = r_.decoder_.Decode(value);
   }
   TextStyle style;
   style.Name = std::string(Trim(Text(2)));
@@ -491,14 +499,29 @@ bool ModernReader::DXFDimStyle() {
   for (const auto& [code, value] : pairs_) {
     const double v = Val(value);
     switch (code) {
-      case 40: if (v > 0) style.scale = v; break;
-      case 41: style.arrowSize = v; break;
-      case 42: style.extOffset = v; break;
-      case 44: style.extExtend = v; break;
-      case 140: style.textHeight = v; break;
-      case 147: style.gap = v; break;
-      case 271: style.decimals = int(std::clamp(v, 0.0, 8.0)); break;
-      default: break;
+      case 40:
+        if (v > 0) style.scale = v;
+        break;
+      case 41:
+        style.arrowSize = v;
+        break;
+      case 42:
+        style.extOffset = v;
+        break;
+      case 44:
+        style.extExtend = v;
+        break;
+      case 140:
+        style.textHeight = v;
+        break;
+      case 147:
+        style.gap = v;
+        break;
+      case 271:
+        style.decimals = int(std::clamp(v, 0.0, 8.0));
+        break;
+      default:
+        break;
     }
   }
   dimStyles_[std::string(Trim(Text(2)))] = style;
@@ -513,9 +536,9 @@ void ModernReader::ReadDimVariable(DimStyle& style, std::string_view name) {
     double DimStyle::*field;
   };
   static constexpr Variable kVariables[] = {
-      {"DIMSCALE", 40, &DimStyle::scale},      {"DIMASZ", 40, &DimStyle::arrowSize},
-      {"DIMEXO", 40, &DimStyle::extOffset},    {"DIMEXE", 40, &DimStyle::extExtend},
-      {"DIMTXT", 40, &DimStyle::textHeight},   {"DIMGAP", 40, &DimStyle::gap},
+      {"DIMSCALE", 40, &DimStyle::scale},    {"DIMASZ", 40, &DimStyle::arrowSize},
+      {"DIMEXO", 40, &DimStyle::extOffset},  {"DIMEXE", 40, &DimStyle::extExtend},
+      {"DIMTXT", 40, &DimStyle::textHeight}, {"DIMGAP", 40, &DimStyle::gap},
   };
   for (const Variable& v : kVariables)
     if (name == v.name && Has(v.code)) style.*v.field = Num(v.code);
@@ -544,7 +567,8 @@ int32_t ModernReader::LineTypeValue(int32_t layer) {
   const std::string key = upper(name);
   if (key.empty() || key == "BYLAYER") {
     if (output_) return kLineTypeByLayer;
-    return layer >= 1 && layer <= drawing_.LayerCount() ? drawing_.Layers[std::size_t(layer - 1)].LineType : 0;
+    return layer >= 1 && layer <= drawing_.LayerCount() ? drawing_.Layers[std::size_t(layer - 1)].LineType
+                                                        : 0;
   }
   if (key == "BYBLOCK") return output_ ? kLineTypeByBlock : 0;
   return LineTypeOfName(name, Num(48, 1));
@@ -584,7 +608,8 @@ void ModernReader::FinishExtents() {
   if (!box.Empty()) {
     d.ExtMinX = box.minX, d.ExtMinY = box.minY, d.ExtMaxX = box.maxX, d.ExtMaxY = box.maxY;
   } else if (headerExtMin_ && headerExtMax_) {
-    d.ExtMinX = headerExt_[0], d.ExtMinY = headerExt_[1], d.ExtMaxX = headerExt_[2], d.ExtMaxY = headerExt_[3];
+    d.ExtMinX = headerExt_[0], d.ExtMinY = headerExt_[1], d.ExtMaxX = headerExt_[2],
+    d.ExtMaxY = headerExt_[3];
   }
 }
 

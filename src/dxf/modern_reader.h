@@ -126,10 +126,10 @@ class ModernReader {
     Style style;
     int32_t flags = 0;
     double startWidth = 0, endWidth = 0;  // the defaults of the vertices (40/41)
-    Affine place;         // object (or world) coordinates to where the rows go
-    int32_t output = 0;   // the block the rows go to (0: the drawing)
+    Affine place;                         // object (or world) coordinates to where the rows go
+    int32_t output = 0;                   // the block the rows go to (0: the drawing)
     std::vector<PathVertex> vertices;
-    std::vector<std::array<int32_t, 4>> faces;        // polyface face records
+    std::vector<std::array<int32_t, 4>> faces;  // polyface face records
     int32_t meshM = 0, meshN = 0;
   };
   void FinishPolyline();
@@ -196,7 +196,7 @@ class ModernReader {
   bool recordDamaged_ = false;  // the record being read met an unreadable group code
   bool skippingBlock_ = false;  // inside a block definition that could not be opened
   std::string section_;
-  std::string_view name_;  // the record's name (after its code 0)
+  std::string_view name_;       // the record's name (after its code 0)
   std::size_t recordLine_ = 0;  // the line of the record's name
   int64_t budget_ = 0;          // rows the drawing may hold
   uint32_t ticks_ = 0;          // rows expanded, for Tick
@@ -204,12 +204,12 @@ class ModernReader {
   // Block state: rows go to the drawing (output_ 0) or to block output_, in its
   // coordinates (toBlock_ maps world coordinates there).
   int32_t output_ = 0;
-  int32_t block_ = 0;       // the block being defined
+  int32_t block_ = 0;  // the block being defined
   Affine toBlock_;
-  int32_t paperSpace_ = 0;  // the block that holds paper-space entities of ENTITIES
+  int32_t paperSpace_ = 0;          // the block that holds paper-space entities of ENTITIES
   std::vector<int32_t> expanding_;  // blocks being expanded, outermost first
-  int32_t layerZero_ = 0;   // row of layer "0", found when first needed
-  Style attribOwner_;       // the last INSERT, which the ATTRIBs that follow belong to
+  int32_t layerZero_ = 0;           // row of layer "0", found when first needed
+  Style attribOwner_;               // the last INSERT, which the ATTRIBs that follow belong to
 
   // Polyline state.
   bool inPolyline_ = false;
@@ -221,10 +221,10 @@ class ModernReader {
   double ltScale_ = 1;
   DimStyle headerDimStyle_;
   std::unordered_map<std::string, DimStyle> dimStyles_;
-  std::unordered_map<std::string, std::vector<double>> lineTypes_;            // LTYPE elements
-  std::map<std::pair<std::string, double>, int32_t> patternStyles_;            // (name, scale) -> style
-  std::unordered_map<std::string, std::string> blockRecords_;                 // handle -> block name
-  std::vector<std::pair<std::string, std::string>> layouts_;                  // layout name, block record handle
+  std::unordered_map<std::string, std::vector<double>> lineTypes_;   // LTYPE elements
+  std::map<std::pair<std::string, double>, int32_t> patternStyles_;  // (name, scale) -> style
+  std::unordered_map<std::string, std::string> blockRecords_;        // handle -> block name
+  std::vector<std::pair<std::string, std::string>> layouts_;         // layout name, block record handle
   // A viewport of a layout that shows model space in plan view: where it is on the paper
   // (centre 10/20, size 40/41) and what it shows (view centre 12/22 about the target
   // 17/27, view height 45, twist 51).

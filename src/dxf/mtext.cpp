@@ -13,11 +13,16 @@ namespace {
 // The signs of the %% codes.
 std::string PercentSign(char code) {
   switch (std::tolower(static_cast<unsigned char>(code))) {
-    case 'c': return "\u00D8";
-    case 'd': return "\u00B0";
-    case 'p': return "\u00B1";
-    case '%': return "%";
-    default: return "";
+    case 'c':
+      return "\u00D8";
+    case 'd':
+      return "\u00B0";
+    case 'p':
+      return "\u00B1";
+    case '%':
+      return "%";
+    default:
+      return "";
   }
 }
 
@@ -52,9 +57,7 @@ constexpr double kSmallestFactor = 1e-4, kLargestFactor = 1e4;
 
 class Parser {
  public:
-  Parser(std::string_view s, double height) : s_(s), height_(height) {
-    out_.emplace_back();
-  }
+  Parser(std::string_view s, double height) : s_(s), height_(height) { out_.emplace_back(); }
 
   std::vector<TextParagraph> Parse();
 
@@ -117,9 +120,12 @@ bool Parser::Caret() {
   if (c >= 0x80) return false;
   const int code = c == '?' ? 0x7F : ((c - 64) % 126 + 126) % 126;
   i_ += 2;
-  if (code == '\t') Piece(TextPiece::Kind::Tab);
-  else if (code == '\n') Paragraph(false);
-  else if (code >= 32 && code != 0x7F) word_ += char(code);
+  if (code == '\t')
+    Piece(TextPiece::Kind::Tab);
+  else if (code == '\n')
+    Paragraph(false);
+  else if (code >= 32 && code != 0x7F)
+    word_ += char(code);
   return true;
 }
 
@@ -172,9 +178,15 @@ void Parser::ParagraphProperties(std::string_view a) {
   while (k < a.size()) {
     const char c = a[k++];
     switch (c) {
-      case 'i': number(p.indentFirst); break;
-      case 'l': number(p.indentLeft); break;
-      case 'r': number(p.indentRight); break;
+      case 'i':
+        number(p.indentFirst);
+        break;
+      case 'l':
+        number(p.indentLeft);
+        break;
+      case 'r':
+        number(p.indentRight);
+        break;
       case 'q': {
         const char q = k < a.size() ? a[k++] : '*';
         p.alignment = q == 'l' ? 0 : q == 'c' ? 1 : q == 'r' ? 2 : (q == 'j' || q == 'd') ? 3 : -1;
@@ -199,7 +211,8 @@ void Parser::ParagraphProperties(std::string_view a) {
         }
         break;
       }
-      default: break;  // x, commas
+      default:
+        break;  // x, commas
     }
   }
   TextParagraph& current = out_.back();
@@ -240,29 +253,60 @@ void Parser::Code() {
     return relative ? current * v : v;
   };
   switch (code) {
-    case 'P': Paragraph(false); break;
-    case 'N': Paragraph(true); break;
-    case 'X': Paragraph(false); break;
-    case '~': word_ += "\u00A0"; break;
-    case '\\': case '{': case '}': word_ += code; break;
-    case 'L': case 'l': Flush(); format_.underline = code == 'L'; break;
-    case 'O': case 'o': Flush(); format_.overline = code == 'O'; break;
-    case 'K': case 'k': Flush(); format_.strike = code == 'K'; break;
+    case 'P':
+      Paragraph(false);
+      break;
+    case 'N':
+      Paragraph(true);
+      break;
+    case 'X':
+      Paragraph(false);
+      break;
+    case '~':
+      word_ += "\u00A0";
+      break;
+    case '\\':
+    case '{':
+    case '}':
+      word_ += code;
+      break;
+    case 'L':
+    case 'l':
+      Flush();
+      format_.underline = code == 'L';
+      break;
+    case 'O':
+    case 'o':
+      Flush();
+      format_.overline = code == 'O';
+      break;
+    case 'K':
+    case 'k':
+      Flush();
+      format_.strike = code == 'K';
+      break;
     case 'H': {
       Flush();
       std::string_view a = Argument();
       const bool relative = !a.empty() && (a.back() == 'x' || a.back() == 'X');
       const double v = HeldVal(a);
-      if (v > 0) format_.height = relative ? format_.height * v : (height_ > 0 ? v / height_ : format_.height);
+      if (v > 0)
+        format_.height = relative ? format_.height * v : (height_ > 0 ? v / height_ : format_.height);
       format_.height = std::clamp(format_.height, kSmallestFactor, kLargestFactor);
       break;
     }
     case 'W':
       Flush(), format_.widthFactor = std::clamp(factor(Argument(), format_.widthFactor), 0.01, 100.0);
       break;
-    case 'Q': Flush(), format_.oblique = std::clamp(HeldVal(Argument()), -85.0, 85.0); break;
-    case 'T': Flush(), format_.tracking = std::clamp(factor(Argument(), format_.tracking), 0.75, 4.0); break;
-    case 'A': Flush(), format_.align = int8_t(HeldWhole(HeldVal(Argument()), 0, 2)); break;
+    case 'Q':
+      Flush(), format_.oblique = std::clamp(HeldVal(Argument()), -85.0, 85.0);
+      break;
+    case 'T':
+      Flush(), format_.tracking = std::clamp(factor(Argument(), format_.tracking), 0.75, 4.0);
+      break;
+    case 'A':
+      Flush(), format_.align = int8_t(HeldWhole(HeldVal(Argument()), 0, 2));
+      break;
     case 'C': {
       Flush();
       const auto number = HeldWhole(HeldVal(Argument()), 0, 256);
@@ -275,7 +319,8 @@ void Parser::Code() {
       format_.color = bgr == 0 ? kExplicitBlack : bgr;
       break;
     }
-    case 'f': case 'F': {
+    case 'f':
+    case 'F': {
       Flush();
       std::string_view a = Argument();
       const std::size_t bar = a.find('|');
@@ -285,9 +330,15 @@ void Parser::Code() {
       format_.italic = a.find("|i1") != std::string_view::npos;
       break;
     }
-    case 'p': ParagraphProperties(Argument()); break;
-    case 'S': Stack(); break;
-    default: word_ += '\\', word_ += code; break;  // not a code: the backslash is text
+    case 'p':
+      ParagraphProperties(Argument());
+      break;
+    case 'S':
+      Stack();
+      break;
+    default:
+      word_ += '\\', word_ += code;
+      break;  // not a code: the backslash is text
   }
 }
 
@@ -361,7 +412,8 @@ std::string PlainText(std::string_view content) {
     if (!out.empty()) out += '\n';
     for (const TextPiece& piece : p.pieces) {
       out += piece.text;
-      if (piece.kind == TextPiece::Kind::Stack) out += std::string(1, piece.stack == '^' ? ' ' : '/') + piece.lower;
+      if (piece.kind == TextPiece::Kind::Stack)
+        out += std::string(1, piece.stack == '^' ? ' ' : '/') + piece.lower;
       if (piece.kind == TextPiece::Kind::Tab) out += '\t';
     }
   }

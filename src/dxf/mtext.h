@@ -9,16 +9,16 @@ namespace dxfimport {
 
 // How a piece of text is formatted: what the inline codes of MTEXT change.
 struct TextFormat {
-  std::string face;          // \f or \F: a family ("" the style's face)
-  bool stroke = false;       // \F of an SHX font (drawn in a face that stands in for it)
+  std::string face;     // \f or \F: a family ("" the style's face)
+  bool stroke = false;  // \F of an SHX font (drawn in a face that stands in for it)
   bool bold = false, italic = false;
-  double height = 1;         // \H: relative to the text's height
-  double widthFactor = 1;    // \W
-  double oblique = 0;        // \Q, degrees
-  double tracking = 1;       // \T: the spacing between characters
-  int32_t color = 0;         // \C or \c: a colour value; 0 the text's own
+  double height = 1;                                         // \H: relative to the text's height
+  double widthFactor = 1;                                    // \W
+  double oblique = 0;                                        // \Q, degrees
+  double tracking = 1;                                       // \T: the spacing between characters
+  int32_t color = 0;                                         // \C or \c: a colour value; 0 the text's own
   bool underline = false, overline = false, strike = false;  // \L \O \K
-  int8_t align = 0;          // \A: 0 bottom, 1 centre, 2 top of the line
+  int8_t align = 0;                                          // \A: 0 bottom, 1 centre, 2 top of the line
 };
 
 // A word (no breakable space in it), a breakable space, a tab, or a stacked fraction.
@@ -35,7 +35,7 @@ struct TextPiece {
 struct TextParagraph {
   std::vector<TextPiece> pieces;
   double indentFirst = 0, indentLeft = 0, indentRight = 0;  // \pi \pl \pr, in text heights
-  std::vector<double> tabs;                                   // \pt, in text heights
+  std::vector<double> tabs;                                 // \pt, in text heights
   int8_t alignment = -1;     // \pq: 0 left, 1 centre, 2 right, 3 justified; -1 the attachment's
   bool columnBreak = false;  // \N: it starts the next column
 };

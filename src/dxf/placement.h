@@ -40,8 +40,10 @@ void PlaceInto(const Row& row, const Affine& m, Sink&& sink) {
   if constexpr (std::is_same_v<Row, ArcEntity>) {
     ArcEntity arc;
     EllipseEntity ellipse;
-    if (PlaceArc(row, m, arc, ellipse)) sink(arc);
-    else sink(ellipse);
+    if (PlaceArc(row, m, arc, ellipse))
+      sink(arc);
+    else
+      sink(ellipse);
   } else if constexpr (std::is_same_v<Row, PolySegment>) {
     std::vector<PolySegment> segments;
     EllipseEntity ellipse;

@@ -1,12 +1,12 @@
 #include "dxf/reader.h"
-#include "dxf/binary_dxf.h"
-#include "dxf/modern_reader.h"
-#include "dxf/group_codes.h"
-#include "dxf/style_maps.h"
 
 #include <algorithm>
 #include <new>
 
+#include "dxf/binary_dxf.h"
+#include "dxf/group_codes.h"
+#include "dxf/modern_reader.h"
+#include "dxf/style_maps.h"
 #include "support/messages.h"
 #include "support/numbers.h"
 #include "support/runtime_error.h"
@@ -226,7 +226,8 @@ bool DXFReader::LoadEntity() {
     if (code == 0 || code == 9) return true;
     if (code < 0 || code > 80) throw RunTimeError(kErrSubscript);
     // After a comma the rest of the code line is the value.
-    std::string_view value = comma == std::string_view::npos ? source_.ReadLine() : codeLine.substr(comma + 1);
+    std::string_view value =
+        comma == std::string_view::npos ? source_.ReadLine() : codeLine.substr(comma + 1);
     if (GroupValues[code].data() == nullptr) setCodes_[setCount_++] = uint8_t(code);
     GroupValues[code] = value.data() ? value : std::string_view("", 0);
   }

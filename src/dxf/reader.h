@@ -1,8 +1,8 @@
 #pragma once
 
 #include <array>
-#include <new>
 #include <cstdint>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,11 +39,11 @@ class LoadProgress {
 
 // How the last load ended, for the command line and the logs.
 struct LoadOutcome {
-  bool Recognised = false;   // the file was taken as DXF
-  bool Complete = false;     // every line was read; false when a reader stopped the load
-  std::string StoppedIn;     // the reader that stopped it
-  std::size_t StopLine = 0;  // line of the file where reading stopped
-  std::string Layout;        // the paper-space layout drawn instead of model space ("" none)
+  bool Recognised = false;           // the file was taken as DXF
+  bool Complete = false;             // every line was read; false when a reader stopped the load
+  std::string StoppedIn;             // the reader that stopped it
+  std::size_t StopLine = 0;          // line of the file where reading stopped
+  std::string Layout;                // the paper-space layout drawn instead of model space ("" none)
   bool ModelSpaceEmpty = false;      // ... because model space holds nothing
   std::vector<std::string> Layouts;  // the paper-space layouts of the drawing, by name
   bool Cancelled = false;            // the user stopped the load (what was read is kept)

@@ -69,31 +69,31 @@ struct TextEntity {
   double Rotation = 0;      // degrees, group 50
   int32_t HorzJustify = 0;  // group 72
   int32_t Layer = 0;
-  int32_t Underline = 0;    // -1 when the text carried %%u
+  int32_t Underline = 0;  // -1 when the text carried %%u
   int32_t Color = 0;
-  std::string FontName;     // font face, at most 20 characters
-  double FontFactor = 0;    // size factor that goes with the face
+  std::string FontName;   // font face, at most 20 characters
+  double FontFactor = 0;  // size factor that goes with the face
   // Modern profile:
-  int32_t VertJustify = 0;  // 73 (74 of an ATTRIB): baseline, bottom, middle, top
-  int32_t Style = 0;        // row of Drawing::TextStyles (0: none)
-  double WidthFactor = 1;   // 41
-  double Oblique = 0;       // 51, degrees
-  int32_t Mirror = 0;       // 71: kTextBackward, kTextUpsideDown
+  int32_t VertJustify = 0;        // 73 (74 of an ATTRIB): baseline, bottom, middle, top
+  int32_t Style = 0;              // row of Drawing::TextStyles (0: none)
+  double WidthFactor = 1;         // 41
+  double Oblique = 0;             // 51, degrees
+  int32_t Mirror = 0;             // 71: kTextBackward, kTextUpsideDown
   double AlignX = 0, AlignY = 0;  // the second point (11/21) of an aligned or fitted text
 };
 
 // MTEXT (modern profile): its content in the inline-code markup, laid out with the
 // fonts' metrics when it is drawn.
 struct MTextEntity {
-  double X = 0, Y = 0;        // insertion point 10/20
-  double Rotation = 0;        // degrees: the direction 11/21 or the rotation 50
-  double Height = 0;          // 40, the height of a capital
-  double Width = 0;           // reference width 41 (0: lines are not wrapped)
-  int32_t Attachment = 1;     // 71: 1..9 top left .. bottom right
-  int32_t SpacingStyle = 1;   // 73: 1 at least, 2 exactly
-  double SpacingFactor = 1;   // 44
-  int32_t Style = 0;          // row of Drawing::TextStyles (0: none)
-  int32_t Mirror = 0;         // kTextBackward when mirrored (an extrusion along -Z, a mirroring insert)
+  double X = 0, Y = 0;       // insertion point 10/20
+  double Rotation = 0;       // degrees: the direction 11/21 or the rotation 50
+  double Height = 0;         // 40, the height of a capital
+  double Width = 0;          // reference width 41 (0: lines are not wrapped)
+  int32_t Attachment = 1;    // 71: 1..9 top left .. bottom right
+  int32_t SpacingStyle = 1;  // 73: 1 at least, 2 exactly
+  double SpacingFactor = 1;  // 44
+  int32_t Style = 0;         // row of Drawing::TextStyles (0: none)
+  int32_t Mirror = 0;        // kTextBackward when mirrored (an extrusion along -Z, a mirroring insert)
   int32_t Layer = 0;
   int32_t Color = 0;
   // Columns: 0 none, 1 static, 2 dynamic (75 or the embedded object's 71), their count,
@@ -111,14 +111,14 @@ struct MTextEntity {
 // A text style (STYLE table, modern profile): the face its texts are drawn in and their
 // defaults.
 struct TextStyle {
-  std::string Name;          // group 2
-  std::string Face;          // the family the texts are drawn in
-  bool Stroke = false;       // an SHX font (drawn in a face that stands in for it)
-  double FixedHeight = 0;    // 40 (0: the texts give theirs)
-  double WidthFactor = 1;    // 41
-  double Oblique = 0;        // 50, degrees
-  int32_t Mirror = 0;        // 71
-  bool Vertical = false;     // 70 bit 2
+  std::string Name;        // group 2
+  std::string Face;        // the family the texts are drawn in
+  bool Stroke = false;     // an SHX font (drawn in a face that stands in for it)
+  double FixedHeight = 0;  // 40 (0: the texts give theirs)
+  double WidthFactor = 1;  // 41
+  double Oblique = 0;      // 50, degrees
+  int32_t Mirror = 0;      // 71
+  bool Vertical = false;   // 70 bit 2
 };
 
 // CIRCLE and ARC (groups 10/20 centre, 40 radius, 50/51 angles in degrees).
@@ -214,10 +214,10 @@ struct InsertRef {
 };
 
 struct LayerEntry {
-  std::string Name;      // group 2, at most 20 characters, trailing blanks not kept
-  int32_t Color = 0;     // ColorMap of group 62
-  int32_t IsOn = -1;     // -1 on, 0 off (frozen)
-  int32_t LineType = 0;  // pen style of group 6, for entities drawn "by layer" (modern)
+  std::string Name;                     // group 2, at most 20 characters, trailing blanks not kept
+  int32_t Color = 0;                    // ColorMap of group 62
+  int32_t IsOn = -1;                    // -1 on, 0 off (frozen)
+  int32_t LineType = 0;                 // pen style of group 6, for entities drawn "by layer" (modern)
   int16_t LineWeight = kWeightDefault;  // group 370 (modern)
 };
 
@@ -228,7 +228,7 @@ enum EntityKind : int32_t {
   kKindArc = 4,
   kKindSolid = 5,
   kKindAttrib = 7,
-  kKindHatch = 8,    // modern profile from here on
+  kKindHatch = 8,  // modern profile from here on
   kKindEllipse = 9,
   kKindPoint = 10,
   kKindRay = 11,

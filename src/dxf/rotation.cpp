@@ -30,11 +30,12 @@ int RotatePointNormal(PointF& p, float angle) {
 }
 
 int RotateRectNormal(PointPair& r, float angle) {
-  return RunReported("RotateRectNormal", kEngineModule, [&] {
-           double theta = Theta(angle);
-           Rotate(r.x1, r.y1, theta);
-           Rotate(r.x2, r.y2, theta);
-         })
+  return RunReported("RotateRectNormal", kEngineModule,
+                     [&] {
+                       double theta = Theta(angle);
+                       Rotate(r.x1, r.y1, theta);
+                       Rotate(r.x2, r.y2, theta);
+                     })
              ? 1
              : 0;
 }

@@ -8,10 +8,13 @@
 
 namespace dxfimport {
 
-std::vector<std::string> StatsLines(const Drawing& d, const std::string& heading, const NumberSeparators& sep) {
+std::vector<std::string> StatsLines(const Drawing& d, const std::string& heading,
+                                    const NumberSeparators& sep) {
   auto whole = [&sep](int64_t n) { return FormatGrouped(n, sep); };
   const bool single = d.Rules().SinglePrecision;
-  auto extent = [&sep, single](double v) { return single ? FormatSingleUpToTwo(float(v), sep) : FormatUpToTwo(v, sep); };
+  auto extent = [&sep, single](double v) {
+    return single ? FormatSingleUpToTwo(float(v), sep) : FormatUpToTwo(v, sep);
+  };
   return {
       heading,
       "",
@@ -61,9 +64,8 @@ std::string StatsJson(const Drawing& d, const std::string& heading, const LoadRe
   if (report) {
     QJsonArray entries;
     for (const ReportEntry& e : report->Entries())
-      entries.append(QJsonObject{{"kind", QString::fromStdString(e.Kind)},
-                                 {"count", double(e.Count)},
-                                 {"line", double(e.Line)}});
+      entries.append(QJsonObject{
+          {"kind", QString::fromStdString(e.Kind)}, {"count", double(e.Count)}, {"line", double(e.Line)}});
     o.insert("report", entries);
     o.insert("loadedCleanly", report->Clean());
   }

@@ -38,10 +38,19 @@ int32_t LineTypeMap(std::string_view name) {
     int32_t style;
   };
   static constexpr std::array kStyles = std::to_array<Entry>({
-      {"CONTINUOUS", 0}, {"DASHED", 1}, {"DASHED2", 1}, {"DASHEDX2", 1},
-      {"DOT", 2}, {"DOT2", 2}, {"DOTX2", 2},
-      {"DASHDOT", 3}, {"DASHDOT2", 3}, {"DASHDOTX2", 3},
-      {"PHANTOM", 4}, {"PHANTOM2", 4}, {"PHANTOMX2", 4},
+      {"CONTINUOUS", 0},
+      {"DASHED", 1},
+      {"DASHED2", 1},
+      {"DASHEDX2", 1},
+      {"DOT", 2},
+      {"DOT2", 2},
+      {"DOTX2", 2},
+      {"DASHDOT", 3},
+      {"DASHDOT2", 3},
+      {"DASHDOTX2", 3},
+      {"PHANTOM", 4},
+      {"PHANTOM2", 4},
+      {"PHANTOMX2", 4},
   });
   for (const Entry& e : kStyles)
     if (e.name == name) return e.style;
@@ -54,13 +63,19 @@ FontChoice FontNameMap(std::string_view styleName) {
     FontChoice font;
   };
   static constexpr std::array kFonts = std::to_array<Entry>({
-      {"STANDARD", {"Courier New", 1.4f}}, {"ROMANC", {"Courier New", 1.4f}},
-      {"MONOTXT", {"Arial", 1.0f}},        {"TXT", {"Arial", 1.0f}},
-      {"SIMPLEX", {"Arial", 1.2f}},        {"DUPLEX", {"Arial", 1.2f}},
-      {"COMPLEX", {"Arial", 1.2f}},        {"GOTHICE", {"Arial", 1.2f}},
-      {"ROMANS", {"Arial", 2.0f}},         {"ROMANT", {"Arial", 2.0f}},
+      {"STANDARD", {"Courier New", 1.4f}},
+      {"ROMANC", {"Courier New", 1.4f}},
+      {"MONOTXT", {"Arial", 1.0f}},
+      {"TXT", {"Arial", 1.0f}},
+      {"SIMPLEX", {"Arial", 1.2f}},
+      {"DUPLEX", {"Arial", 1.2f}},
+      {"COMPLEX", {"Arial", 1.2f}},
+      {"GOTHICE", {"Arial", 1.2f}},
+      {"ROMANS", {"Arial", 2.0f}},
+      {"ROMANT", {"Arial", 2.0f}},
       {"CKSTANDARD", {"Arial Narrow", 1.3f}},
-      {"ROMAND", {"Arial", 1.4f}},         {"TITLE", {"Arial", 2.0f}},
+      {"ROMAND", {"Arial", 1.4f}},
+      {"TITLE", {"Arial", 2.0f}},
   });
   std::string style(Trim(styleName));
   std::transform(style.begin(), style.end(), style.begin(),

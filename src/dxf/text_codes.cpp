@@ -7,11 +7,20 @@ namespace dxfimport {
 std::string SpecialChar(std::u32string_view code) {
   if (code.size() != 1) return "";
   switch (code[0]) {
-    case U'c': case U'C': return "\u00D8";
-    case U'd': case U'D': return "\u00B0";
-    case U'p': case U'P': return "\u00B1";
-    case U'u': case U'U': return "U";
-    default: return "";
+    case U'c':
+    case U'C':
+      return "\u00D8";
+    case U'd':
+    case U'D':
+      return "\u00B0";
+    case U'p':
+    case U'P':
+      return "\u00B1";
+    case U'u':
+    case U'U':
+      return "U";
+    default:
+      return "";
   }
 }
 
@@ -19,8 +28,10 @@ std::string ReplaceQuote(std::string_view text) {
   std::string out;
   out.reserve(text.size());
   for (char c : text) {
-    if (c == '"') out += "''";
-    else out += c;
+    if (c == '"')
+      out += "''";
+    else
+      out += c;
   }
   return out;
 }

@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QStringDecoder>
-
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -33,11 +32,17 @@ int Hex4(std::string_view text, std::size_t at) {
 
 const char* MultiByteCodePage(char n) {
   switch (n) {
-    case '1': return "Shift_JIS";
-    case '2': return "Big5";
-    case '3': case '4': return "CP949";
-    case '5': return "GBK";
-    default: return nullptr;
+    case '1':
+      return "Shift_JIS";
+    case '2':
+      return "Big5";
+    case '3':
+    case '4':
+      return "CP949";
+    case '5':
+      return "GBK";
+    default:
+      return nullptr;
   }
 }
 
@@ -58,12 +63,21 @@ void TextDecoder::SetVersion(std::string_view acadver) {
 
 void TextDecoder::SetCodePage(std::string_view dwgcodepage) {
   std::string name(Trim(dwgcodepage));
-  std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return char(std::toupper(c)); });
+  std::transform(name.begin(), name.end(), name.begin(),
+                 [](unsigned char c) { return char(std::toupper(c)); });
   static const std::array<std::pair<std::string_view, const char*>, 13> kPages = {{
-      {"ANSI_874", "windows-874"},   {"ANSI_932", "Shift_JIS"},     {"ANSI_936", "GBK"},
-      {"ANSI_949", "CP949"},         {"ANSI_950", "Big5"},          {"ANSI_1250", "windows-1250"},
-      {"ANSI_1251", "windows-1251"}, {"ANSI_1252", "windows-1252"}, {"ANSI_1253", "windows-1253"},
-      {"ANSI_1254", "windows-1254"}, {"ANSI_1255", "windows-1255"}, {"ANSI_1256", "windows-1256"},
+      {"ANSI_874", "windows-874"},
+      {"ANSI_932", "Shift_JIS"},
+      {"ANSI_936", "GBK"},
+      {"ANSI_949", "CP949"},
+      {"ANSI_950", "Big5"},
+      {"ANSI_1250", "windows-1250"},
+      {"ANSI_1251", "windows-1251"},
+      {"ANSI_1252", "windows-1252"},
+      {"ANSI_1253", "windows-1253"},
+      {"ANSI_1254", "windows-1254"},
+      {"ANSI_1255", "windows-1255"},
+      {"ANSI_1256", "windows-1256"},
       {"ANSI_1257", "windows-1257"},
   }};
   if (name == "ANSI_1258") codePage_ = "windows-1258";
@@ -76,8 +90,10 @@ std::string TextDecoder::Decode(std::string_view raw) const {
   bool ascii = IsAscii(raw);
   if (ascii && raw.find('\\') == std::string_view::npos) return std::string(raw);
   std::string text;
-  if (ascii || IsValidUtf8(raw)) text = std::string(raw);
-  else text = DecodeCodePage(raw, utf8File_ ? std::string("windows-1252") : codePage_);
+  if (ascii || IsValidUtf8(raw))
+    text = std::string(raw);
+  else
+    text = DecodeCodePage(raw, utf8File_ ? std::string("windows-1252") : codePage_);
   return text.find('\\') == std::string::npos ? text : ResolveEscapes(std::move(text));
 }
 

@@ -256,7 +256,8 @@ void frmLayer::FilterRows(const QString& text) {
   cboOnOff_->hide();
   const QString wanted = text.trimmed();
   for (int i = 0; i < grdLayer_->rowCount(); ++i)
-    grdLayer_->setRowHidden(i, !wanted.isEmpty() && !grdLayer_->item(i, 0)->text().contains(wanted, Qt::CaseInsensitive));
+    grdLayer_->setRowHidden(
+        i, !wanted.isEmpty() && !grdLayer_->item(i, 0)->text().contains(wanted, Qt::CaseInsensitive));
 }
 
 }  // namespace dxfimport

@@ -2,7 +2,6 @@
 
 #include <QColor>
 #include <QDialog>
-
 #include <functional>
 #include <optional>
 

@@ -3,7 +3,6 @@
 #include <QFontMetrics>
 #include <QPainterPath>
 #include <QPolygon>
-
 #include <cmath>
 #include <map>
 
@@ -51,8 +50,10 @@ QVector<qreal> Canvas::PixelPattern(const std::vector<double>& elements, double 
     bool dash = element >= 0;
     double pixels = element == 0 ? 1.0 : std::abs(element) * scale;
     total += pixels;
-    if (!runs.empty() && runs.back().first == dash) runs.back().second += pixels;
-    else runs.emplace_back(dash, pixels);
+    if (!runs.empty() && runs.back().first == dash)
+      runs.back().second += pixels;
+    else
+      runs.emplace_back(dash, pixels);
   }
   if (runs.size() < 2 || total < 3 || !std::isfinite(total)) return {};
   // Qt takes dash, gap, dash, gap, ...: the pattern repeats, so a leading gap moves to the
@@ -72,7 +73,10 @@ QVector<qreal> Canvas::PixelPattern(const std::vector<double>& elements, double 
 }
 
 Canvas::Canvas(QPainter& painter)
-    : painter_(painter), currentPen_(Qt::black, 0), currentBrush_(Qt::NoBrush), currentFont_(CellFont("Arial", 16)) {
+    : painter_(painter),
+      currentPen_(Qt::black, 0),
+      currentBrush_(Qt::NoBrush),
+      currentFont_(CellFont("Arial", 16)) {
   painter_.setRenderHint(QPainter::Antialiasing, false);
   painter_.setRenderHint(QPainter::TextAntialiasing, false);
 }
@@ -81,11 +85,16 @@ QColor Canvas::ToQColor(int32_t rgb) { return QColor(rgb & 0xFF, (rgb >> 8) & 0x
 
 Qt::PenStyle Canvas::ToPenStyle(int32_t style) {
   switch (style) {
-    case 1: return Qt::DashLine;
-    case 2: return Qt::DotLine;
-    case 3: return Qt::DashDotLine;
-    case 4: return Qt::DashDotDotLine;
-    default: return Qt::SolidLine;
+    case 1:
+      return Qt::DashLine;
+    case 2:
+      return Qt::DotLine;
+    case 3:
+      return Qt::DashDotLine;
+    case 4:
+      return Qt::DashDotDotLine;
+    default:
+      return Qt::SolidLine;
   }
 }
 

@@ -5,14 +5,12 @@
 #include <QFontMetrics>
 #include <QPainter>
 #include <QPen>
-
+#include <QPolygon>
 #include <array>
-#include <optional>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
-
-#include <QPolygon>
 
 #include "render/engine.h"
 
@@ -53,8 +51,8 @@ class Canvas {
   // A text with its baseline at y; justification 1 and 4 centre on x, 2 ends at x, any
   // other starts at x; rotation in whole degrees (ties to even), counter-clockwise; the
   // character cell is `height` pixels high; weight 100.
-  void DrawText(const std::string& text, int32_t x, int32_t y, int32_t height, float rotation, int32_t justify,
-                int32_t color, const std::string& face);
+  void DrawText(const std::string& text, int32_t x, int32_t y, int32_t height, float rotation,
+                int32_t justify, int32_t color, const std::string& face);
   // The measured text's height and width with the current font; deliberately crossed:
   // CalcTxtWidth gives the height and CalcTxtHeight the width. Empty text measures 0.
   int16_t CalcTxtWidth(const std::string& text);

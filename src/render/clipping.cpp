@@ -10,7 +10,8 @@ namespace {
 
 // Liang-Barsky: narrows [t0, t1] and says which side of the rectangle (0 left, 1 right,
 // 2 top, 3 bottom; -1 none) each end was cut at.
-bool ClipRange(QPointF base, QPointF dir, const QRectF& rect, double& t0, double& t1, int& side0, int& side1) {
+bool ClipRange(QPointF base, QPointF dir, const QRectF& rect, double& t0, double& t1, int& side0,
+               int& side1) {
   const double p[4] = {-dir.x(), dir.x(), -dir.y(), dir.y()};
   const double q[4] = {base.x() - rect.left(), rect.right() - base.x(), base.y() - rect.top(),
                        rect.bottom() - base.y()};
@@ -21,8 +22,10 @@ bool ClipRange(QPointF base, QPointF dir, const QRectF& rect, double& t0, double
       continue;
     }
     const double r = q[i] / p[i];
-    if (p[i] < 0 && r > t0) t0 = r, side0 = i;
-    else if (p[i] > 0 && r < t1) t1 = r, side1 = i;
+    if (p[i] < 0 && r > t0)
+      t0 = r, side0 = i;
+    else if (p[i] > 0 && r < t1)
+      t1 = r, side1 = i;
   }
   return t0 <= t1 && std::isfinite(t0) && std::isfinite(t1);
 }
@@ -75,21 +78,25 @@ QPolygonF ClipPolygon(const QPolygonF& polygon, const QRectF& rect) {
   };
   auto at = [](QPointF p, QPointF q, double t) { return p + (q - p) * t; };
   const double l = rect.left(), r = rect.right(), t = rect.top(), b = rect.bottom();
-  clipEdge([l](QPointF p) { return p.x() >= l; }, [&](QPointF p, QPointF q) { return at(p, q, (l - p.x()) / (q.x() - p.x())); });
-  clipEdge([r](QPointF p) { return p.x() <= r; }, [&](QPointF p, QPointF q) { return at(p, q, (r - p.x()) / (q.x() - p.x())); });
-  clipEdge([t](QPointF p) { return p.y() >= t; }, [&](QPointF p, QPointF q) { return at(p, q, (t - p.y()) / (q.y() - p.y())); });
-  clipEdge([b](QPointF p) { return p.y() <= b; }, [&](QPointF p, QPointF q) { return at(p, q, (b - p.y()) / (q.y() - p.y())); });
+  clipEdge([l](QPointF p) { return p.x() >= l; },
+           [&](QPointF p, QPointF q) { return at(p, q, (l - p.x()) / (q.x() - p.x())); });
+  clipEdge([r](QPointF p) { return p.x() <= r; },
+           [&](QPointF p, QPointF q) { return at(p, q, (r - p.x()) / (q.x() - p.x())); });
+  clipEdge([t](QPointF p) { return p.y() >= t; },
+           [&](QPointF p, QPointF q) { return at(p, q, (t - p.y()) / (q.y() - p.y())); });
+  clipEdge([b](QPointF p) { return p.y() <= b; },
+           [&](QPointF p, QPointF q) { return at(p, q, (b - p.y()) / (q.y() - p.y())); });
   return current;
 }
 
-void DashRun(QPainter& painter, QPointF origin, QPointF dir, double t0, double t1, const std::vector<double>& dashes,
-             const QRectF& view) {
+void DashRun(QPainter& painter, QPointF origin, QPointF dir, double t0, double t1,
+             const std::vector<double>& dashes, const QRectF& view) {
   if (!ClipLineRange(origin, dir, view, t0, t1)) return;
   double period = 0;
   for (double d : dashes) period += std::abs(d);
   const double pixelsPerUnit = std::hypot(dir.x(), dir.y());
-  const bool solid = dashes.empty() || !(period * pixelsPerUnit >= 2) ||
-                     (t1 - t0) / period * double(dashes.size()) > 4000;
+  const bool solid =
+      dashes.empty() || !(period * pixelsPerUnit >= 2) || (t1 - t0) / period * double(dashes.size()) > 4000;
   if (solid) {
     painter.drawLine(QLineF(origin + dir * t0, origin + dir * t1));
     return;

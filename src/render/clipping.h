@@ -3,7 +3,6 @@
 #include <QPainter>
 #include <QPolygonF>
 #include <QRectF>
-
 #include <vector>
 
 namespace dxfimport {
@@ -23,7 +22,7 @@ QPolygonF ClipPolygon(const QPolygonF& polygon, const QRectF& rect);
 // dashed by `dashes` (in units of t: a dash positive, a gap negative, a dot 0; none is a
 // solid line), the pattern starting at t = 0. Only the part inside `view` is drawn; a
 // pattern too fine to see is drawn solid.
-void DashRun(QPainter& painter, QPointF origin, QPointF dir, double t0, double t1, const std::vector<double>& dashes,
-             const QRectF& view);
+void DashRun(QPainter& painter, QPointF origin, QPointF dir, double t0, double t1,
+             const std::vector<double>& dashes, const QRectF& view);
 
 }  // namespace dxfimport

@@ -57,8 +57,9 @@ QImage ToThreshold(const QImage& picture, QRgb background) {
     uchar* row = out.scanLine(y);
     for (int x = 0; x < picture.width(); ++x) {
       const QRgb p = in[x];
-      const int apart = std::max({std::abs(qRed(p) - qRed(background)), std::abs(qGreen(p) - qGreen(background)),
-                                  std::abs(qBlue(p) - qBlue(background))});
+      const int apart =
+          std::max({std::abs(qRed(p) - qRed(background)), std::abs(qGreen(p) - qGreen(background)),
+                    std::abs(qBlue(p) - qBlue(background))});
       if (apart > 51) row[x >> 3] |= uchar(0x80 >> (x & 7));
     }
   }
@@ -108,9 +109,13 @@ LineArtInks InksOf(const ZoomState& zoom, QColor background, ColorDepth depth) {
   const bool legacy = d.Rules().LegacyPainter;
   for (const SeqEntry& entry : d.DrawSeq) {
     VisitRow(d, entry, [&](const auto& row) {
-      if constexpr (requires { row.Color; row.Layer; }) {
+      if constexpr (requires {
+                      row.Color;
+                      row.Layer;
+                    }) {
         if (!legacy) {
-          if (d.LayerState(row.Layer) != 0) add(EntityRgb(row.Color, row.Layer, d.Layers, zoom.ColorByLayer, foreground));
+          if (d.LayerState(row.Layer) != 0)
+            add(EntityRgb(row.Color, row.Layer, d.Layers, zoom.ColorByLayer, foreground));
         } else if (row.Layer >= 1 && row.Layer <= d.LayerCount() && d.LayerState(row.Layer) != 0) {
           add(zoom.EntityColor(row.Layer, row.Color, false));
         }
@@ -126,13 +131,20 @@ QImage ReduceColors(const QImage& picture, ColorDepth depth, const LineArtInks& 
   if (depth >= ColorDepth::Palette && picture.format() != QImage::Format_RGB32)
     return ReduceColors(picture.convertToFormat(QImage::Format_RGB32), depth, inks);
   switch (depth) {
-    case ColorDepth::Colors256: return picture.convertToFormat(QImage::Format_Indexed8, dither);
-    case ColorDepth::Colors16: return picture.convertToFormat(QImage::Format_Indexed8, Vga16(), dither);
-    case ColorDepth::Mono: return picture.convertToFormat(QImage::Format_Mono, Qt::MonoOnly | dither);
-    case ColorDepth::Palette: return ToPalette(picture, inks.palette.isEmpty() ? QVector<QRgb>{inks.background} : inks.palette);
-    case ColorDepth::Threshold: return ToThreshold(picture, inks.background);
-    case ColorDepth::Grey: return ToGrey(picture);
-    case ColorDepth::Full: break;
+    case ColorDepth::Colors256:
+      return picture.convertToFormat(QImage::Format_Indexed8, dither);
+    case ColorDepth::Colors16:
+      return picture.convertToFormat(QImage::Format_Indexed8, Vga16(), dither);
+    case ColorDepth::Mono:
+      return picture.convertToFormat(QImage::Format_Mono, Qt::MonoOnly | dither);
+    case ColorDepth::Palette:
+      return ToPalette(picture, inks.palette.isEmpty() ? QVector<QRgb>{inks.background} : inks.palette);
+    case ColorDepth::Threshold:
+      return ToThreshold(picture, inks.background);
+    case ColorDepth::Grey:
+      return ToGrey(picture);
+    case ColorDepth::Full:
+      break;
   }
   return picture;
 }

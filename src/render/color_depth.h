@@ -2,7 +2,6 @@
 
 #include <QImage>
 #include <QVector>
-
 #include <optional>
 #include <string>
 
@@ -15,12 +14,12 @@ class ZoomState;
 // picture drawn a strip at a time reduces strip by strip to the same pixels.
 enum class ColorDepth {
   Full,
-  Colors256,   // 256 colours chosen for the picture, dithered
-  Colors16,    // the 16 standard VGA colours, dithered
-  Mono,        // black and white, dithered
-  Palette,     // line art: the drawing's own colours exactly, every other pixel the nearest
-  Threshold,   // line art: black where a pixel stands apart from the background, else white
-  Grey,        // line art: 256 shades of grey
+  Colors256,  // 256 colours chosen for the picture, dithered
+  Colors16,   // the 16 standard VGA colours, dithered
+  Mono,       // black and white, dithered
+  Palette,    // line art: the drawing's own colours exactly, every other pixel the nearest
+  Threshold,  // line art: black where a pixel stands apart from the background, else white
+  Grey,       // line art: 256 shades of grey
 };
 
 // The depth a --depth name stands for ("" is Full); nullopt for an unknown name.

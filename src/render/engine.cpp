@@ -28,7 +28,8 @@ int32_t Add(int32_t a, int32_t b) {
 
 }  // namespace
 
-int DXFEngine::Initialize(int32_t deviceHeight, double originX, double originY, double scale, int32_t windowHandle) {
+int DXFEngine::Initialize(int32_t deviceHeight, double originX, double originY, double scale,
+                          int32_t windowHandle) {
   DeviceHeight = deviceHeight;
   OriginX = originX;
   OriginY = originY;

@@ -45,7 +45,8 @@ bool LegacyPainter::Visible(const RECT& device) const {
   if (!DXFEngine::MakeTestRect(device, test)) return false;
   int32_t left = std::min(test.left, test.right), right = std::max(test.left, test.right);
   int32_t top = std::min(test.top, test.bottom), bottom = std::max(test.top, test.bottom);
-  return right > 0 && left < e_.DeviceWidth && bottom > 0 && top < e_.DeviceHeight && left < right && top < bottom;
+  return right > 0 && left < e_.DeviceWidth && bottom > 0 && top < e_.DeviceHeight && left < right &&
+         top < bottom;
 }
 
 void LegacyPainter::Draw(const SeqEntry& entry) {
@@ -137,7 +138,8 @@ void LegacyPainter::DrawArcEntity(const ArcEntity& a) {
 
 }  // namespace
 
-std::unique_ptr<EntityPainter> MakeLegacyPainter(ZoomState& zoom, Drawing& drawing, Canvas& canvas, bool toPrinter) {
+std::unique_ptr<EntityPainter> MakeLegacyPainter(ZoomState& zoom, Drawing& drawing, Canvas& canvas,
+                                                 bool toPrinter) {
   return std::make_unique<LegacyPainter>(zoom, drawing, canvas, toPrinter);
 }
 

@@ -5,7 +5,6 @@
 // lines as CAD tools show them.
 #include <QFontMetricsF>
 #include <QPainterPath>
-
 #include <algorithm>
 #include <cmath>
 #include <map>
@@ -168,7 +167,8 @@ void ModernPainter::UsePen(QColor color, double width, int32_t style) {
     const std::size_t i = std::size_t(style - Drawing::kFirstDashPattern);
     if (i < dashPatterns_.size() && !dashPatterns_[i].isEmpty()) {
       QVector<qreal> pattern = dashPatterns_[i];
-      if (width > 1) for (qreal& v : pattern) v = std::max(0.1, v / width);
+      if (width > 1)
+        for (qreal& v : pattern) v = std::max(0.1, v / width);
       pen.setDashPattern(pattern);
     }
   } else if (style > 0) {
@@ -213,7 +213,8 @@ void ModernPainter::Draw(const SeqEntry& entry) {
         DrawText(zoom_.Texts.Of(row, kKindText, entry.Index, drawing_), row.Color, row.Layer);
     } else if constexpr (std::is_same_v<Row, AttribEntity>) {
       if (LayerOn(row.Text.Layer) && zoom_.AttributesVisible && WorthLayingOut(row.Text))
-        DrawText(zoom_.Texts.Of(row.Text, kKindAttrib, entry.Index, drawing_), row.Text.Color, row.Text.Layer);
+        DrawText(zoom_.Texts.Of(row.Text, kKindAttrib, entry.Index, drawing_), row.Text.Color,
+                 row.Text.Layer);
     } else if constexpr (std::is_same_v<Row, MTextEntity>) {
       if (LayerOn(row.Layer) && WorthLayingOut(row))
         DrawText(zoom_.Texts.Of(row, entry.Index, drawing_), row.Color, row.Layer);
@@ -246,7 +247,8 @@ void ModernPainter::DrawLine(const LineEntity& l) {
 
 void ModernPainter::DrawSegment(const PolySegment& s, int32_t row) {
   const QColor color = ColorOf(s.Color, s.Layer);
-  if (std::max(std::abs(s.Width), std::abs(s.EndWidth)) * e_.ViewScale > 1.5) return DrawWideSegment(s, row, color);
+  if (std::max(std::abs(s.Width), std::abs(s.EndWidth)) * e_.ViewScale > 1.5)
+    return DrawWideSegment(s, row, color);
   UsePen(color, WeightPixels(s.LineWeight), s.LineType);
   BulgeArc arc;
   const bool curved = s.Bulge != 0 && ArcOfBulge({s.X1, s.Y1}, {s.X2, s.Y2}, s.Bulge, arc);
@@ -268,8 +270,8 @@ void ModernPainter::FillPolygon(const QPolygonF& polygon, QColor color) {
 // Moves a band's corners at `vertex` (its sides offset by `w` along `n` from the line
 // along `u`) to where they meet the sides of the straight wide `neighbour` (half width
 // `nw` there), as long as that stays within a few widths of the vertex.
-void JoinSides(const PolySegment& neighbour, double nw, PointD vertex, PointD u, PointD n, double w, PointD& left,
-               PointD& right) {
+void JoinSides(const PolySegment& neighbour, double nw, PointD vertex, PointD u, PointD n, double w,
+               PointD& left, PointD& right) {
   if (neighbour.Bulge != 0 || (neighbour.Width == 0 && neighbour.EndWidth == 0)) return;
   const PointD nd{neighbour.X2 - neighbour.X1, neighbour.Y2 - neighbour.Y1};
   const double length = Length(nd);
@@ -300,7 +302,8 @@ void ModernPainter::DrawWideSegment(const PolySegment& s, int32_t row, QColor co
     const Sweep ccw = s.Bulge > 0 ? SweepOf(a0, a1) : SweepOf(a1, a0);
     const double sweep = s.Bulge > 0 ? ccw.end - ccw.start : ccw.start - ccw.end;
     const double pixels = (arc.radius + std::max(w0, w1)) * e_.ViewScale;
-    const int chords = int(std::clamp(std::ceil(std::abs(sweep) * std::sqrt(std::max(pixels, 1.0))), 4.0, 4096.0));
+    const int chords =
+        int(std::clamp(std::ceil(std::abs(sweep) * std::sqrt(std::max(pixels, 1.0))), 4.0, 4096.0));
     QPolygonF inner;
     for (int i = 0; i <= chords; ++i) {
       const double f = double(i) / chords, t = a0 + sweep * f, w = w0 + (w1 - w0) * f;
@@ -318,7 +321,8 @@ void ModernPainter::DrawWideSegment(const PolySegment& s, int32_t row, QColor co
   PointD left0 = p1 + n * w0, right0 = p1 - n * w0, left1 = p2 + n * w1, right1 = p2 - n * w1;
   const auto& segs = drawing_.PolySegs;
   const PolySegment* previous = s.Joined && row >= 2 ? &segs[std::size_t(row - 2)] : nullptr;
-  const PolySegment* next = std::size_t(row) < segs.size() && segs[std::size_t(row)].Joined ? &segs[std::size_t(row)] : nullptr;
+  const PolySegment* next =
+      std::size_t(row) < segs.size() && segs[std::size_t(row)].Joined ? &segs[std::size_t(row)] : nullptr;
   if (previous && previous->X2 == s.X1 && previous->Y2 == s.Y1)
     JoinSides(*previous, std::abs(previous->EndWidth) / 2, p1, u, n, w0, left0, right0);
   if (next && next->X1 == s.X2 && next->Y1 == s.Y2)
@@ -332,17 +336,20 @@ void ModernPainter::DrawArc(const ArcEntity& a) {
   const Box circle{a.CenterX - a.Radius, a.CenterY - a.Radius, a.CenterX + a.Radius, a.CenterY + a.Radius};
   if (!VisibleRow(circle)) return;
   const ZoomRect& z = e_.CurrentZoom;
-  const bool inside = circle.minX >= z.left && circle.maxX <= z.right && circle.minY >= z.bottom && circle.maxY <= z.top;
+  const bool inside =
+      circle.minX >= z.left && circle.maxX <= z.right && circle.minY >= z.bottom && circle.maxY <= z.top;
   if (!inside && !VisibleRow(RowBox(a))) return;
   UsePen(ColorOf(a.Color, a.Layer), WeightPixels(a.LineWeight), a.LineType);
-  const Sweep sweep = a.StartAngle == a.EndAngle ? Sweep{} : SweepOf(Radians(a.StartAngle), Radians(a.EndAngle));
+  const Sweep sweep =
+      a.StartAngle == a.EndAngle ? Sweep{} : SweepOf(Radians(a.StartAngle), Radians(a.EndAngle));
   StrokeCurve({a.CenterX, a.CenterY}, {a.Radius, 0}, {0, a.Radius}, sweep.start, sweep.end);
 }
 
 void ModernPainter::DrawEllipse(const EllipseEntity& el) {
   if (!VisibleRow(RowBox(el))) return;
   UsePen(ColorOf(el.Color, el.Layer), WeightPixels(el.LineWeight), el.LineType);
-  StrokeCurve({el.CenterX, el.CenterY}, {el.UX, el.UY}, {el.VX, el.VY}, el.Start, std::min(el.End, el.Start + 2 * M_PI));
+  StrokeCurve({el.CenterX, el.CenterY}, {el.UX, el.UY}, {el.VX, el.VY}, el.Start,
+              std::min(el.End, el.Start + 2 * M_PI));
 }
 
 void ModernPainter::StrokeCurve(PointD c, PointD u, PointD v, double t0, double t1) {
@@ -368,7 +375,8 @@ void ModernPainter::StrokeCurve(PointD c, PointD u, PointD v, double t0, double 
     if (i > 0) {
       QPointF a = previous, b = p;
       auto in = [&bounds](QPointF q) {
-        return q.x() >= bounds.left() && q.x() <= bounds.right() && q.y() >= bounds.top() && q.y() <= bounds.bottom();
+        return q.x() >= bounds.left() && q.x() <= bounds.right() && q.y() >= bounds.top() &&
+               q.y() <= bounds.bottom();
       };
       const bool inside = in(a) && in(b);
       if (inside || ClipSegment(a, b, bounds)) {
@@ -427,9 +435,11 @@ void ModernPainter::DrawHatch(const HatchEntity& h) {
 // Pattern lines across the boundary (even-odd inside), dashed as the pattern says. A
 // family whose lines would fall closer than about a pixel apart (or be too many to draw)
 // is drawn as a tint: the boundary filled with the colour at half cover.
-void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<QPolygonF>& loops, const Box& box) {
+void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<QPolygonF>& loops,
+                                     const Box& box) {
   const QColor color = ColorOf(h.Color, h.Layer);
-  const QRectF area = QRectF(QPointF(box.minX, box.minY), QPointF(box.maxX, box.maxY)).intersected(view_.adjusted(-2, -2, 2, 2));
+  const QRectF area = QRectF(QPointF(box.minX, box.minY), QPointF(box.maxX, box.maxY))
+                          .intersected(view_.adjusted(-2, -2, 2, 2));
   if (area.isEmpty()) return;
   bool tint = false;
   std::size_t edges = 0;
@@ -500,7 +510,8 @@ void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<QPo
 // larger than the picture, is left out.
 void ModernPainter::DrawText(const TextLayout& layout, int32_t colorValue, int32_t layer) {
   const double capPixels = layout.height * e_.ViewScale;
-  if (!(capPixels >= kSmallestTextPixels) || capPixels > 16.0 * std::max(e_.DeviceWidth, e_.DeviceHeight)) return;
+  if (!(capPixels >= kSmallestTextPixels) || capPixels > 16.0 * std::max(e_.DeviceWidth, e_.DeviceHeight))
+    return;
   const QTransform toDevice = TextLayouts::FrameTransform(layout) * device_;
   QRectF covered = layout.box;
   if (layout.fill) covered |= *layout.fill;
@@ -545,7 +556,9 @@ void ModernPainter::DrawPoint(const PointEntity& p) {
   if (!Visible({c.x() - r, c.y() - r, c.x() + r, c.y() + r})) return;
   UsePen(ColorOf(p.Color, p.Layer), 0, 0);
   switch (style.Mode & 7) {
-    case 0: painter_.drawPoint(c); break;
+    case 0:
+      painter_.drawPoint(c);
+      break;
     case 2:
       painter_.drawLine(QLineF(c.x() - r, c.y(), c.x() + r, c.y()));
       painter_.drawLine(QLineF(c.x(), c.y() - r, c.x(), c.y() + r));
@@ -554,8 +567,11 @@ void ModernPainter::DrawPoint(const PointEntity& p) {
       painter_.drawLine(QLineF(c.x() - r, c.y() - r, c.x() + r, c.y() + r));
       painter_.drawLine(QLineF(c.x() - r, c.y() + r, c.x() + r, c.y() - r));
       break;
-    case 4: painter_.drawLine(QLineF(c, QPointF(c.x(), c.y() - r))); break;
-    default: break;
+    case 4:
+      painter_.drawLine(QLineF(c, QPointF(c.x(), c.y() - r)));
+      break;
+    default:
+      break;
   }
   UseBrush(QColor());
   if (style.Mode & 32) painter_.drawEllipse(c, r, r);

@@ -3,7 +3,6 @@
 #include <png.h>
 
 #include <QtEndian>
-
 #include <array>
 #include <csetjmp>
 #include <vector>
@@ -54,7 +53,8 @@ class BmpStream : public PictureStream {
       uchar* at = head.data() + 54 + 4 * i;
       at[0] = uchar(qBlue(c)), at[1] = uchar(qGreen(c)), at[2] = uchar(qRed(c));
     }
-    return file_.write(reinterpret_cast<const char*>(head.data()), qint64(head.size())) == qint64(head.size());
+    return file_.write(reinterpret_cast<const char*>(head.data()), qint64(head.size())) ==
+           qint64(head.size());
   }
 
   bool BottomUp() const override { return true; }
@@ -95,7 +95,8 @@ class PngStream : public PictureStream {
     if (!info_) return false;
     placement_ = header_.placement.toUtf8();
     palette_.clear();
-    for (QRgb c : header_.colors) palette_.push_back({png_byte(qRed(c)), png_byte(qGreen(c)), png_byte(qBlue(c))});
+    for (QRgb c : header_.colors)
+      palette_.push_back({png_byte(qRed(c)), png_byte(qGreen(c)), png_byte(qBlue(c))});
     return WriteHead();
   }
 
@@ -110,8 +111,10 @@ class PngStream : public PictureStream {
 
   bool Commit() override {
     if (failed_) return PictureStream::Commit();
-    if (setjmp(png_jmpbuf(png_))) failed_ = true;
-    else png_write_end(png_, nullptr);
+    if (setjmp(png_jmpbuf(png_)))
+      failed_ = true;
+    else
+      png_write_end(png_, nullptr);
     return PictureStream::Commit();
   }
 
@@ -129,8 +132,8 @@ class PngStream : public PictureStream {
     const bool rgb = header_.format == QImage::Format_RGB32;
     const int depth = header_.format == QImage::Format_Mono ? 1 : 8;
     png_set_IHDR(png_, info_, png_uint_32(header_.size.width()), png_uint_32(header_.size.height()), depth,
-                 rgb ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
-                 PNG_FILTER_TYPE_DEFAULT);
+                 rgb ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     if (!rgb) png_set_PLTE(png_, info_, palette_.data(), int(palette_.size()));
     png_set_pHYs(png_, info_, png_uint_32(header_.dotsPerMetre), png_uint_32(header_.dotsPerMetre),
                  PNG_RESOLUTION_METER);
@@ -158,8 +161,8 @@ class PngStream : public PictureStream {
 
 }  // namespace
 
-PictureStream::Header PictureStream::HeaderFor(QSize size, ColorDepth depth, const LineArtInks& inks, double dpi,
-                                               const QString& placement) {
+PictureStream::Header PictureStream::HeaderFor(QSize size, ColorDepth depth, const LineArtInks& inks,
+                                               double dpi, const QString& placement) {
   // The format and colour table a reduction gives, read off a one-pixel picture.
   const QImage sample = ReduceColors(QImage(1, 1, QImage::Format_RGB32), depth, inks);
   Header header{size, sample.format(), sample.colorTable(), 3780, placement};
@@ -167,7 +170,8 @@ PictureStream::Header PictureStream::HeaderFor(QSize size, ColorDepth depth, con
   return header;
 }
 
-std::unique_ptr<PictureStream> PictureStream::Open(const QString& path, const char* format, const Header& header) {
+std::unique_ptr<PictureStream> PictureStream::Open(const QString& path, const char* format,
+                                                   const Header& header) {
   if (qstrcmp(format, "BMP") == 0) {
     auto stream = std::make_unique<BmpStream>(path, header);
     if (stream->Begin()) return stream;
@@ -186,8 +190,9 @@ bool PictureStream::Commit() {
   return file_.commit();
 }
 
-bool WriteInStrips(ZoomState& zoom, QColor background, int32_t rows, ColorDepth depth, const LineArtInks& inks,
-                   PictureStream& stream, const std::function<void(int, int)>& progress) {
+bool WriteInStrips(ZoomState& zoom, QColor background, int32_t rows, ColorDepth depth,
+                   const LineArtInks& inks, PictureStream& stream,
+                   const std::function<void(int, int)>& progress) {
   const int32_t width = zoom.Engine.DeviceWidth, height = zoom.Engine.DeviceHeight;
   rows = std::clamp(rows, 1, height);
   const int count = int((height + rows - 1) / rows);
@@ -195,7 +200,8 @@ bool WriteInStrips(ZoomState& zoom, QColor background, int32_t rows, ColorDepth 
     const int index = stream.BottomUp() ? count - 1 - done : done;
     const int32_t top = index * rows;
     QImage strip(width, std::min(rows, height - top), QImage::Format_RGB32);
-    if (strip.isNull() || !zoom.DrawStrip(strip, top, background) || !stream.Write(ReduceColors(strip, depth, inks))) {
+    if (strip.isNull() || !zoom.DrawStrip(strip, top, background) ||
+        !stream.Write(ReduceColors(strip, depth, inks))) {
       stream.Cancel();
       return false;
     }

@@ -5,7 +5,6 @@
 #include <QSize>
 #include <QString>
 #include <QVector>
-
 #include <functional>
 #include <memory>
 
@@ -21,15 +20,16 @@ class ZoomState;
 class PictureStream {
  public:
   struct Header {
-    QSize size;                                // the whole picture
+    QSize size;                                    // the whole picture
     QImage::Format format = QImage::Format_RGB32;  // the strips': RGB32, Indexed8 or Mono
-    QVector<QRgb> colors;                      // their colour table (indexed formats)
-    int dotsPerMetre = 3780;                   // the resolution (3780: 96 dpi)
-    QString placement;                         // the world file's text, kept in a PNG
+    QVector<QRgb> colors;                          // their colour table (indexed formats)
+    int dotsPerMetre = 3780;                       // the resolution (3780: 96 dpi)
+    QString placement;                             // the world file's text, kept in a PNG
   };
 
   // The header of a picture whose strips are reduced to `depth` (`dpi` 0: not said).
-  static Header HeaderFor(QSize size, ColorDepth depth, const LineArtInks& inks, double dpi, const QString& placement);
+  static Header HeaderFor(QSize size, ColorDepth depth, const LineArtInks& inks, double dpi,
+                          const QString& placement);
 
   // A stream for "BMP" or "PNG"; nullptr when the file cannot be made or the picture is
   // too large for the format (a BMP holds at most 4 GB).
@@ -56,7 +56,8 @@ class PictureStream {
 // reduced to `depth` and handed to `stream` in the order it wants, which is then
 // committed. `progress` (optional) hears the strips done and their count. False when
 // drawing or writing failed; the stream is then cancelled.
-bool WriteInStrips(ZoomState& zoom, QColor background, int32_t rows, ColorDepth depth, const LineArtInks& inks,
-                   PictureStream& stream, const std::function<void(int, int)>& progress = {});
+bool WriteInStrips(ZoomState& zoom, QColor background, int32_t rows, ColorDepth depth,
+                   const LineArtInks& inks, PictureStream& stream,
+                   const std::function<void(int, int)>& progress = {});
 
 }  // namespace dxfimport

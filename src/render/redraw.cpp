@@ -1,11 +1,12 @@
 #include "render/redraw.h"
 
+#include <unistd.h>
+
+#include <QElapsedTimer>
 #include <QFontMetrics>
 #include <QPagedPaintDevice>
-#include <QElapsedTimer>
 #include <QPainter>
 #include <QThreadPool>
-
 #include <atomic>
 #include <cmath>
 #include <functional>
@@ -13,8 +14,6 @@
 #include <memory>
 #include <mutex>
 #include <thread>
-
-#include <unistd.h>
 
 #if defined(__SANITIZE_THREAD__)
 #include <sanitizer/tsan_interface.h>
@@ -397,7 +396,8 @@ void ZoomState::DrawRows(QImage& strip, int32_t top, QColor background, const st
     const int32_t columns = std::min(width - left, kRasterSide);
     const uintptr_t first = reinterpret_cast<uintptr_t>(strip.bits()) + uintptr_t(left) * 4 -
                             uintptr_t(top - deviceTop) * uintptr_t(strip.bytesPerLine());
-    QImage device(reinterpret_cast<uchar*>(first), columns, deviceHeight, strip.bytesPerLine(), strip.format());
+    QImage device(reinterpret_cast<uchar*>(first), columns, deviceHeight, strip.bytesPerLine(),
+                  strip.format());
     QPainter painter(&device);
     painter.translate(-left, -deviceTop);
     painter.setClipRect(QRect(left, top, columns, strip.height()));

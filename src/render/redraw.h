@@ -2,16 +2,16 @@
 
 #include <array>
 #include <atomic>
-#include <functional>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
 #include "dxf/drawing.h"
 #include "render/canvas.h"
 #include "render/engine.h"
-#include "render/surface.h"
 #include "render/spatial_index.h"
+#include "render/surface.h"
 #include "render/text_layout.h"
 
 class QElapsedTimer;
@@ -43,17 +43,17 @@ class ZoomState {
  public:
   explicit ZoomState(Drawing& drawing) : drawing_(drawing) {}
 
-  DXFEngine Engine;                 // the viewport; Engine.CurrentZoom is the window drawn
-  ZoomRect NextZoom;                // the window StationaryZoom computed
-  std::array<ZoomRect, 5> PrevZoom{};  // newest first; slots 0..3 used, 4 never written
-  ZoomRect ExtentsZoom;             // the drawing's extents
-  bool ColorByLayer = true;         // entities of colour 0 take their layer's colour
-  bool AttributesVisible = true;    // attributes are drawn
-  bool MonochromePrint = false;     // the printer draws every entity in colour 0
-  DisplayOptions Display;           // modern profile
-  TextLayouts Texts;                // the texts laid out, kept between redraws
-  std::unique_ptr<SpatialIndex> Index;  // built at the first redraw of part of the drawing
-  std::string FileName;             // named in the print border's caption
+  DXFEngine Engine;                      // the viewport; Engine.CurrentZoom is the window drawn
+  ZoomRect NextZoom;                     // the window StationaryZoom computed
+  std::array<ZoomRect, 5> PrevZoom{};    // newest first; slots 0..3 used, 4 never written
+  ZoomRect ExtentsZoom;                  // the drawing's extents
+  bool ColorByLayer = true;              // entities of colour 0 take their layer's colour
+  bool AttributesVisible = true;         // attributes are drawn
+  bool MonochromePrint = false;          // the printer draws every entity in colour 0
+  DisplayOptions Display;                // modern profile
+  TextLayouts Texts;                     // the texts laid out, kept between redraws
+  std::unique_ptr<SpatialIndex> Index;   // built at the first redraw of part of the drawing
+  std::string FileName;                  // named in the print border's caption
   QPagedPaintDevice* Printer = nullptr;  // the printer target (a PDF writer)
   // Asked at the redraw's refresh points, at most every 50 ms: lets the window run its
   // messages; false stops the redraw there, keeping what was drawn (Interrupted is then
@@ -74,7 +74,8 @@ class ZoomState {
   // there is nothing to draw, 1052 when the window has no width, and after a reported
   // run-time error; a bad entity's conversion or primitive error is reported without
   // stopping the redraw.
-  bool Zoom(const ZoomRect& window, Surface& surface, QPaintDevice* metafile = nullptr, bool toPrinter = false);
+  bool Zoom(const ZoomRect& window, Surface& surface, QPaintDevice* metafile = nullptr,
+            bool toPrinter = false);
 
   // The colour an entity is drawn in by the legacy redraw: 0 on a monochrome printer; its
   // layer's colour when ColorByLayer and its own colour is 0; else its own colour.
@@ -141,7 +142,8 @@ class ZoomState {
 };
 
 // The painters (legacy_painter.cpp, modern_painter.cpp).
-std::unique_ptr<EntityPainter> MakeLegacyPainter(ZoomState& zoom, Drawing& drawing, Canvas& canvas, bool toPrinter);
+std::unique_ptr<EntityPainter> MakeLegacyPainter(ZoomState& zoom, Drawing& drawing, Canvas& canvas,
+                                                 bool toPrinter);
 std::unique_ptr<EntityPainter> MakeModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& canvas,
                                                  QColor background, bool toPrinter);
 

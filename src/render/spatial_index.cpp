@@ -53,9 +53,12 @@ SpatialIndex::SpatialIndex(const Drawing& drawing)
   items_.reserve(drawing.DrawSeq.size());
   for (std::size_t i = 0; i < drawing.DrawSeq.size(); ++i) {
     const Box b = EntryBox(drawing, drawing.DrawSeq[i]);
-    const bool finite = std::isfinite(b.minX) && std::isfinite(b.minY) && std::isfinite(b.maxX) && std::isfinite(b.maxY);
-    if (b.Empty() || !finite) always_.push_back(int32_t(i));
-    else items_.push_back({Down(b.minX), Down(b.minY), Up(b.maxX), Up(b.maxY), int32_t(i)});
+    const bool finite =
+        std::isfinite(b.minX) && std::isfinite(b.minY) && std::isfinite(b.maxX) && std::isfinite(b.maxY);
+    if (b.Empty() || !finite)
+      always_.push_back(int32_t(i));
+    else
+      items_.push_back({Down(b.minX), Down(b.minY), Up(b.maxX), Up(b.maxY), int32_t(i)});
   }
   Build();
 }
@@ -67,7 +70,8 @@ void SpatialIndex::Build() {
   if (items_.empty()) return;
   auto centreX = [](const Item& a) { return double(a.minX) + double(a.maxX); };
   auto centreY = [](const Item& a) { return double(a.minY) + double(a.maxY); };
-  std::sort(items_.begin(), items_.end(), [&](const Item& a, const Item& b) { return centreX(a) < centreX(b); });
+  std::sort(items_.begin(), items_.end(),
+            [&](const Item& a, const Item& b) { return centreX(a) < centreX(b); });
   const std::size_t leaves = (items_.size() + kFanOut - 1) / kFanOut;
   const std::size_t slice = std::size_t(std::ceil(std::sqrt(double(leaves)))) * kFanOut;
   for (std::size_t at = 0; at < items_.size(); at += slice) {
@@ -77,7 +81,11 @@ void SpatialIndex::Build() {
   }
   std::vector<Node> level;
   for (uint32_t at = 0; at < items_.size(); at += kFanOut) {
-    Node n{items_[at].minX, items_[at].minY, items_[at].maxX, items_[at].maxY, at,
+    Node n{items_[at].minX,
+           items_[at].minY,
+           items_[at].maxX,
+           items_[at].maxY,
+           at,
            std::min<uint32_t>(kFanOut, uint32_t(items_.size()) - at)};
     for (uint32_t i = at; i < at + n.count; ++i) {
       n.minX = std::min(n.minX, items_[i].minX), n.minY = std::min(n.minY, items_[i].minY);

@@ -48,11 +48,11 @@ class SpatialIndex {
   void Build();
   void Collect(std::size_t level, uint32_t node, const Box& window, std::vector<uint64_t>& marks) const;
 
-  std::vector<Item> items_;              // in leaf order
+  std::vector<Item> items_;                // in leaf order
   std::vector<std::vector<Node>> levels_;  // levels_[0] the leaves' parents ... back() the root
   std::vector<int32_t> always_;
   uint64_t generation_ = 0;
-  std::size_t entries_ = 0;                // the draw sequence's length
+  std::size_t entries_ = 0;  // the draw sequence's length
 };
 
 }  // namespace dxfimport

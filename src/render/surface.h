@@ -2,7 +2,6 @@
 
 #include <QColor>
 #include <QImage>
-
 #include <cstdint>
 
 class QPaintDevice;

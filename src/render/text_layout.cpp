@@ -5,7 +5,6 @@
 #include "render/text_layout.h"
 
 #include <QTextLayout>
-
 #include <algorithm>
 #include <cmath>
 
@@ -17,8 +16,8 @@ namespace {
 
 constexpr int kReferencePixels = 96;  // the em of the reference size
 constexpr double kLineSpacing = 5.0 / 3.0;
-constexpr double kStackSize = 0.7;    // stacked parts, of the text around them
-constexpr double kTabStop = 4;        // default tab stops, in text heights
+constexpr double kStackSize = 0.7;  // stacked parts, of the text around them
+constexpr double kTabStop = 4;      // default tab stops, in text heights
 
 // The family a face named inside MTEXT (\f, \F) is drawn in.
 std::string FamilyOf(const TextFormat& format, const std::string& base) {
@@ -34,13 +33,13 @@ std::string FamilyOf(const TextFormat& format, const std::string& base) {
 class TextComposer {
  public:
   struct Settings {
-    std::string face;         // the text's face
-    double height = 1;        // the text's height (of a capital), frame units
+    std::string face;   // the text's face
+    double height = 1;  // the text's height (of a capital), frame units
     double widthFactor = 1;
-    double oblique = 0;       // degrees
-    double wrap = 0;          // reference width; 0: no wrapping
-    int8_t alignment = 0;     // 0 left, 1 centre, 2 right: paragraphs without their own
-    double spacing = 1;       // line spacing factor
+    double oblique = 0;    // degrees
+    double wrap = 0;       // reference width; 0: no wrapping
+    int8_t alignment = 0;  // 0 left, 1 centre, 2 right: paragraphs without their own
+    double spacing = 1;    // line spacing factor
     bool exactSpacing = false;
     double columnHeight = 0;  // a column holds lines down to this depth (0: one column)
     double columnStep = 0;    // from one column to the next
@@ -69,7 +68,8 @@ class TextComposer {
   };
 
   Item Measure(const TextPiece& piece) const;
-  double Advance(const TextLayouts::Face& face, const std::string& text, double size, const TextFormat& f) const;
+  double Advance(const TextLayouts::Face& face, const std::string& text, double size,
+                 const TextFormat& f) const;
   void Finish(Line& line);
   void Place(std::vector<Line>& lines, TextLayout& out);
   void Shape(const Line& line, double baseline, double dx, TextLayout& out);
@@ -87,9 +87,14 @@ TextComposer::Item TextComposer::Measure(const TextPiece& piece) const {
   Item item{&piece, &face};
   item.size = s_.height * f.height;
   switch (piece.kind) {
-    case TextPiece::Kind::Word: item.width = Advance(face, piece.text, item.size, f); break;
-    case TextPiece::Kind::Space: item.width = Advance(face, " ", item.size, f), item.space = true; break;
-    case TextPiece::Kind::Tab: break;
+    case TextPiece::Kind::Word:
+      item.width = Advance(face, piece.text, item.size, f);
+      break;
+    case TextPiece::Kind::Space:
+      item.width = Advance(face, " ", item.size, f), item.space = true;
+      break;
+    case TextPiece::Kind::Tab:
+      break;
     case TextPiece::Kind::Stack: {
       const double part = item.size * kStackSize;
       const double upper = Advance(face, piece.text, part, f), lower = Advance(face, piece.lower, part, f);
@@ -103,7 +108,8 @@ TextComposer::Item TextComposer::Measure(const TextPiece& piece) const {
 double TextComposer::Advance(const TextLayouts::Face& face, const std::string& text, double size,
                              const TextFormat& f) const {
   const QFontMetricsF metrics(face.font);
-  return metrics.horizontalAdvance(QString::fromStdString(text)) * size / face.cap * s_.widthFactor * f.widthFactor;
+  return metrics.horizontalAdvance(QString::fromStdString(text)) * size / face.cap * s_.widthFactor *
+         f.widthFactor;
 }
 
 void TextComposer::Finish(Line& line) {
@@ -171,9 +177,11 @@ void TextComposer::Place(std::vector<Line>& lines, TextLayout& out) {
   double baseline = 0, bottom = 0, columnX = 0;
   bool first = true;
   for (Line& line : lines) {
-    const double gap = kLineSpacing * s_.spacing * (s_.exactSpacing ? s_.height : std::max(line.size, s_.height));
-    const bool nextColumn = !first && s_.columnStep > 0 &&
-                            (line.columnBreak || (s_.columnHeight > 0 && -(baseline - gap) > s_.columnHeight));
+    const double gap =
+        kLineSpacing * s_.spacing * (s_.exactSpacing ? s_.height : std::max(line.size, s_.height));
+    const bool nextColumn =
+        !first && s_.columnStep > 0 &&
+        (line.columnBreak || (s_.columnHeight > 0 && -(baseline - gap) > s_.columnHeight));
     if (nextColumn) {
       columnX += s_.columnStep;
       first = true;
@@ -182,8 +190,10 @@ void TextComposer::Place(std::vector<Line>& lines, TextLayout& out) {
     first = false;
     const double free = columnWidth - line.right - line.indent - line.width;
     double dx = columnX;
-    if (line.alignment == 1) dx += free / 2;
-    else if (line.alignment == 2) dx += free;
+    if (line.alignment == 1)
+      dx += free / 2;
+    else if (line.alignment == 2)
+      dx += free;
     if (line.alignment == 3 && !line.last && free > 0) {
       // Justified: the free room goes to the spaces.
       int spaces = 0;
@@ -219,7 +229,9 @@ void TextComposer::AddRun(const Item& first, const std::string& text, double x, 
     out.runs.push_back({glyphs, QPointF(x, baseline), scale, stretch, shear, f.color});
   }
   const double end = x + line.naturalTextWidth() * scale * stretch;
-  auto stroke = [&](double at) { out.strokes.push_back({QLineF(x, baseline + at, end, baseline + at), f.color}); };
+  auto stroke = [&](double at) {
+    out.strokes.push_back({QLineF(x, baseline + at, end, baseline + at), f.color});
+  };
   if (f.underline) stroke(-size * 0.2);
   if (f.overline) stroke(size * 1.25);
   if (f.strike) stroke(size * 0.5);
@@ -243,7 +255,8 @@ void TextComposer::Shape(const Line& line, double baseline, double dx, TextLayou
         AddRun(item, p.lower, x + upper + part * 0.5, bar - part * 1.1, part, out);
         out.strokes.push_back({QLineF(x + upper, bar - part, x + upper + part * 0.5, bar + part), f.color});
       } else {
-        const double upper = Advance(*item.face, p.text, part, f), lower = Advance(*item.face, p.lower, part, f);
+        const double upper = Advance(*item.face, p.text, part, f),
+                     lower = Advance(*item.face, p.lower, part, f);
         AddRun(item, p.text, x + (item.width - upper) / 2, bar + part * 0.25, part, out);
         AddRun(item, p.lower, x + (item.width - lower) / 2, bar - part * 1.25, part, out);
         if (p.stack == '/') out.strokes.push_back({QLineF(x, bar, x + item.width, bar), f.color});
@@ -259,9 +272,10 @@ void TextComposer::Shape(const Line& line, double baseline, double dx, TextLayou
       const Item& next = line.items[j];
       const TextPiece& np = *next.piece;
       if (np.kind == TextPiece::Kind::Stack || next.face != item.face || next.size != item.size ||
-          np.format.color != f.color || np.format.widthFactor != f.widthFactor || np.format.oblique != f.oblique ||
-          np.format.underline != f.underline || np.format.overline != f.overline || np.format.strike != f.strike ||
-          np.format.align != f.align || std::abs(next.x - (line.items[j - 1].x + line.items[j - 1].width)) > 1e-9)
+          np.format.color != f.color || np.format.widthFactor != f.widthFactor ||
+          np.format.oblique != f.oblique || np.format.underline != f.underline ||
+          np.format.overline != f.overline || np.format.strike != f.strike || np.format.align != f.align ||
+          std::abs(next.x - (line.items[j - 1].x + line.items[j - 1].width)) > 1e-9)
         break;
       text += np.text;
       ++j;
@@ -271,7 +285,8 @@ void TextComposer::Shape(const Line& line, double baseline, double dx, TextLayou
   }
 }
 
-const TextLayouts::Face& TextLayouts::FaceOf(const std::string& family, bool bold, bool italic, double tracking) {
+const TextLayouts::Face& TextLayouts::FaceOf(const std::string& family, bool bold, bool italic,
+                                             double tracking) {
   const std::string key = family + (bold ? "|b" : "|") + (italic ? "i" : "") + "|" + std::to_string(tracking);
   auto found = faces_.find(key);
   if (found != faces_.end()) return found->second;
@@ -298,7 +313,9 @@ void TextLayouts::Forget(const Drawing& drawing) {
 }
 
 std::unique_ptr<TextLayout>& TextLayouts::Slot(int32_t kind, int32_t row) {
-  std::vector<std::unique_ptr<TextLayout>>& table = layouts_[kind == kKindText ? 0 : kind == kKindAttrib ? 1 : 2];
+  std::vector<std::unique_ptr<TextLayout>>& table = layouts_[kind == kKindText     ? 0
+                                                             : kind == kKindAttrib ? 1
+                                                                                   : 2];
   if (std::size_t(row) >= table.size()) table.resize(std::size_t(row) + 1);
   return table[std::size_t(row)];
 }
@@ -333,8 +350,9 @@ const TextLayout& TextLayouts::Of(const MTextEntity& text, int32_t row, const Dr
 // bottom, the middle or the top.
 TextLayout TextLayouts::LayOutText(const TextEntity& t, const Drawing& drawing) {
   TextLayout out;
-  const TextStyle* style =
-      t.Style >= 1 && std::size_t(t.Style) <= drawing.TextStyles.size() ? &drawing.TextStyles[std::size_t(t.Style - 1)] : nullptr;
+  const TextStyle* style = t.Style >= 1 && std::size_t(t.Style) <= drawing.TextStyles.size()
+                               ? &drawing.TextStyles[std::size_t(t.Style - 1)]
+                               : nullptr;
   TextComposer::Settings s;
   s.face = t.FontName;
   s.height = std::abs(t.Height);
@@ -347,7 +365,8 @@ TextLayout TextLayouts::LayOutText(const TextEntity& t, const Drawing& drawing) 
     space.kind = TextPiece::Kind::Space;
     space.text = " ";
     paragraphs[0].pieces.push_back(space);
-    paragraphs[0].pieces.insert(paragraphs[0].pieces.end(), paragraphs[i].pieces.begin(), paragraphs[i].pieces.end());
+    paragraphs[0].pieces.insert(paragraphs[0].pieces.end(), paragraphs[i].pieces.begin(),
+                                paragraphs[i].pieces.end());
   }
   paragraphs.resize(std::min<std::size_t>(paragraphs.size(), 1));
   // A vertical style stacks the characters downwards, each centred under the point.
@@ -380,8 +399,10 @@ TextLayout TextLayouts::LayOutText(const TextEntity& t, const Drawing& drawing) 
     TextComposer(*this, s).Compose(paragraphs, probe);
     const double natural = probe.box.width();
     if (natural > 0) {
-      if (t.HorzJustify == 3) s.height *= span / natural;
-      else s.widthFactor *= span / natural;
+      if (t.HorzJustify == 3)
+        s.height *= span / natural;
+      else
+        s.widthFactor *= span / natural;
     }
   }
   TextComposer(*this, s).Compose(paragraphs, out);
@@ -391,15 +412,25 @@ TextLayout TextLayouts::LayOutText(const TextEntity& t, const Drawing& drawing) 
   const double width = out.box.width();
   double dx = 0, dy = h;
   if (!twoPoints && !vertical) {
-    if (t.HorzJustify == 1 || t.HorzJustify == 4) dx = -width / 2;
-    else if (t.HorzJustify == 2) dx = -width;
+    if (t.HorzJustify == 1 || t.HorzJustify == 4)
+      dx = -width / 2;
+    else if (t.HorzJustify == 2)
+      dx = -width;
   }
   const Face& face = FaceOf(s.face, false, false, 1);
   switch (t.VertJustify) {
-    case 1: dy += face.descent / face.cap * h; break;
-    case 2: dy -= h / 2; break;
-    case 3: dy -= h; break;
-    default: if (t.HorzJustify == 4) dy -= h / 2; break;
+    case 1:
+      dy += face.descent / face.cap * h;
+      break;
+    case 2:
+      dy -= h / 2;
+      break;
+    case 3:
+      dy -= h;
+      break;
+    default:
+      if (t.HorzJustify == 4) dy -= h / 2;
+      break;
   }
   if (vertical) dx = -width / 2, dy = 0;
   for (TextLayout::Run& r : out.runs) r.origin += QPointF(dx, dy);
@@ -416,8 +447,9 @@ TextLayout TextLayouts::LayOutText(const TextEntity& t, const Drawing& drawing) 
 // text, its background filled.
 TextLayout TextLayouts::LayOutMText(const MTextEntity& m, const Drawing& drawing) {
   TextLayout out;
-  const TextStyle* style =
-      m.Style >= 1 && std::size_t(m.Style) <= drawing.TextStyles.size() ? &drawing.TextStyles[std::size_t(m.Style - 1)] : nullptr;
+  const TextStyle* style = m.Style >= 1 && std::size_t(m.Style) <= drawing.TextStyles.size()
+                               ? &drawing.TextStyles[std::size_t(m.Style - 1)]
+                               : nullptr;
   TextComposer::Settings s;
   // The style gives the face; its width factor and oblique angle are those of TEXT
   // (MTEXT carries its own as inline codes).

@@ -6,7 +6,6 @@
 #include <QLineF>
 #include <QRectF>
 #include <QTransform>
-
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -25,24 +24,24 @@ namespace dxfimport {
 // the device.
 struct TextLayout {
   struct Run {
-    QGlyphRun glyphs;     // positions in reference pixels, y down, baseline at y = 0
-    QPointF origin;       // the run's baseline start in the frame
-    double scale = 1;     // frame units per reference pixel, vertically
+    QGlyphRun glyphs;       // positions in reference pixels, y down, baseline at y = 0
+    QPointF origin;         // the run's baseline start in the frame
+    double scale = 1;       // frame units per reference pixel, vertically
     double widthScale = 1;  // horizontal stretch over `scale` (width factor)
-    double shear = 0;     // tan of the oblique angle
-    int32_t color = 0;    // a colour value; 0 the text's own
+    double shear = 0;       // tan of the oblique angle
+    int32_t color = 0;      // a colour value; 0 the text's own
   };
-  struct Stroke {         // underlines, overlines, strike-throughs, fraction bars
+  struct Stroke {  // underlines, overlines, strike-throughs, fraction bars
     QLineF line;
     int32_t color = 0;
   };
   std::vector<Run> runs;
   std::vector<Stroke> strokes;
-  QRectF box;               // what the text covers, in the frame
-  std::optional<QRectF> fill;  // a background behind it
-  int32_t fillColor = 0;       // its colour value; kForeground's opposite for the background
-  bool fillBackground = false; // filled with the picture's background colour
-  double height = 0;           // the text height, for leaving out unreadably small text
+  QRectF box;                   // what the text covers, in the frame
+  std::optional<QRectF> fill;   // a background behind it
+  int32_t fillColor = 0;        // its colour value; kForeground's opposite for the background
+  bool fillBackground = false;  // filled with the picture's background colour
+  double height = 0;            // the text height, for leaving out unreadably small text
   // The frame: anchor, rotation and mirroring in drawing coordinates.
   double x = 0, y = 0, rotation = 0;
   bool backward = false, upsideDown = false;

@@ -2,7 +2,6 @@
 
 #include <QFileInfo>
 #include <QSaveFile>
-
 #include <charconv>
 #include <cmath>
 #include <iterator>
@@ -25,9 +24,9 @@ std::string PicturePlacement::WorldFileText() const {
 }
 
 std::string PicturePlacement::Json() const {
-  return "{\"pixelWidth\":" + Exact(PixelWidth) + ",\"rotationY\":" + Exact(RotationY) + ",\"rotationX\":" +
-         Exact(RotationX) + ",\"pixelHeight\":" + Exact(PixelHeight) + ",\"x\":" + Exact(CentreX) +
-         ",\"y\":" + Exact(CentreY) + "}";
+  return "{\"pixelWidth\":" + Exact(PixelWidth) + ",\"rotationY\":" + Exact(RotationY) +
+         ",\"rotationX\":" + Exact(RotationX) + ",\"pixelHeight\":" + Exact(PixelHeight) +
+         ",\"x\":" + Exact(CentreX) + ",\"y\":" + Exact(CentreY) + "}";
 }
 
 // A drawing point maps to device (x - OriginX) * ViewScale and DeviceHeight - (y -
@@ -47,8 +46,10 @@ QString WorldFilePath(const QString& picture) {
   const QFileInfo info(picture);
   const QString suffix = info.suffix();
   QString world = "wld";
-  if (suffix.size() == 3) world = QString(suffix[0]) + suffix[2] + (suffix[2].isUpper() ? "W" : "w");
-  else if (suffix.compare("tiff", Qt::CaseInsensitive) == 0) world = suffix[0] == 't' ? "tfw" : "TFW";
+  if (suffix.size() == 3)
+    world = QString(suffix[0]) + suffix[2] + (suffix[2].isUpper() ? "W" : "w");
+  else if (suffix.compare("tiff", Qt::CaseInsensitive) == 0)
+    world = suffix[0] == 't' ? "tfw" : "TFW";
   const QString base = suffix.isEmpty() ? picture : picture.left(picture.size() - suffix.size() - 1);
   return base + "." + world;
 }
@@ -65,11 +66,31 @@ bool WriteWorldFile(const PicturePlacement& placement, const QString& picture) {
 }
 
 double MillimetresPerUnit(int insUnits) {
-  static constexpr double kMillimetres[] = {
-      0,        25.4,        304.8,       1609344,     1,           10,          1000,          1e6,
-      25.4e-6,  0.0254,      914.4,       1e-7,        1e-6,        1e-3,        100,           1e4,
-      1e5,      1e12,        1.495978707e14, 9.4607304725808e18, 3.0856775814913673e19, 304.8006096012192,
-      25.40005080010160,     914.4018288036576,       1609347.218694437};
+  static constexpr double kMillimetres[] = {0,
+                                            25.4,
+                                            304.8,
+                                            1609344,
+                                            1,
+                                            10,
+                                            1000,
+                                            1e6,
+                                            25.4e-6,
+                                            0.0254,
+                                            914.4,
+                                            1e-7,
+                                            1e-6,
+                                            1e-3,
+                                            100,
+                                            1e4,
+                                            1e5,
+                                            1e12,
+                                            1.495978707e14,
+                                            9.4607304725808e18,
+                                            3.0856775814913673e19,
+                                            304.8006096012192,
+                                            25.40005080010160,
+                                            914.4018288036576,
+                                            1609347.218694437};
   return insUnits >= 0 && insUnits < int(std::size(kMillimetres)) ? kMillimetres[insUnits] : 0;
 }
 

@@ -2,7 +2,6 @@
 
 #include <QImage>
 #include <QString>
-
 #include <optional>
 #include <string>
 
@@ -14,7 +13,7 @@ namespace dxfimport {
 // centre at column c, row r is at drawing (CentreX + c * PixelWidth + r * RotationX,
 // CentreY + c * RotationY + r * PixelHeight).
 struct PicturePlacement {
-  double PixelWidth = 0;   // drawing units per pixel along a row
+  double PixelWidth = 0;  // drawing units per pixel along a row
   double RotationY = 0;
   double RotationX = 0;
   double PixelHeight = 0;  // negative: rows run down the drawing

@@ -31,9 +31,12 @@ FileLogSink::FileLogSink(std::string path) : path_(std::move(path)) {}
 std::string FileLogSink::DefaultPath() {
   if (const char* env = std::getenv("DXFIMPORT_LOG"); env && *env) return env;
   std::filesystem::path dir;
-  if (const char* state = std::getenv("XDG_STATE_HOME"); state && *state) dir = state;
-  else if (const char* home = std::getenv("HOME"); home && *home) dir = std::filesystem::path(home) / ".local/state";
-  else dir = std::filesystem::temp_directory_path();
+  if (const char* state = std::getenv("XDG_STATE_HOME"); state && *state)
+    dir = state;
+  else if (const char* home = std::getenv("HOME"); home && *home)
+    dir = std::filesystem::path(home) / ".local/state";
+  else
+    dir = std::filesystem::temp_directory_path();
   return (dir / "dxfimport" / "dxfimport.log").string();
 }
 

@@ -66,8 +66,7 @@ bool RunReported(std::string_view procedure, std::string_view module, Body&& bod
 
 // The one error routine: logs "Error <number>: <text> in module <module> procedure
 // <procedure>" at the critical level and shows text 1049 with the number and the text.
-void ReportError(std::string_view procedure, std::string_view module, const std::string& text,
-                 int number);
+void ReportError(std::string_view procedure, std::string_view module, const std::string& text, int number);
 
 template <class Body>
 bool RunReported(std::string_view procedure, std::string_view module, Body&& body) {

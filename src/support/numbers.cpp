@@ -1,12 +1,11 @@
 #include "support/numbers.h"
 
 #include <QLocale>
-
 #include <algorithm>
 #include <cfloat>
 #include <charconv>
-#include <cstdint>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 #include "support/runtime_error.h"
@@ -59,12 +58,21 @@ long MagnitudeOf(std::string_view number) {
   std::size_t i = 0;
   for (; i < number.size(); ++i) {
     char c = number[i];
-    if (c == '.') { inFraction = true; continue; }
+    if (c == '.') {
+      inFraction = true;
+      continue;
+    }
     if (!IsDigit(c)) break;
     if (!inFraction) {
-      if (seenNonZero || c != '0') { seenNonZero = true; ++intDigits; }
+      if (seenNonZero || c != '0') {
+        seenNonZero = true;
+        ++intDigits;
+      }
     } else if (!seenNonZero) {
-      if (c == '0') ++leadingFracZeros; else seenNonZero = true;
+      if (c == '0')
+        ++leadingFracZeros;
+      else
+        seenNonZero = true;
     }
   }
   long exponent = 0;
@@ -146,8 +154,7 @@ double HeldVal(std::string_view text) {
 void ThrowOverflow() { throw RunTimeError(kErrOverflow); }
 
 float CSng(double value) {
-  if (std::isnan(value) || std::abs(value) > static_cast<double>(FLT_MAX))
-    throw RunTimeError(kErrOverflow);
+  if (std::isnan(value) || std::abs(value) > static_cast<double>(FLT_MAX)) throw RunTimeError(kErrOverflow);
   return static_cast<float>(value);
 }
 
@@ -188,7 +195,8 @@ namespace {
 // fraction after the point.
 std::string SignedGrouped(bool negative, const std::string& intPart, const std::string& fracPart,
                           const NumberSeparators& sep) {
-  bool zero = std::all_of(intPart.begin(), intPart.end(), [](char c) { return c == '0'; }) && fracPart.empty();
+  bool zero =
+      std::all_of(intPart.begin(), intPart.end(), [](char c) { return c == '0'; }) && fracPart.empty();
   std::string out = (negative && !zero) ? "-" : "";
   out += GroupDigits(intPart, sep.group);
   if (!fracPart.empty()) out += sep.point + fracPart;
@@ -201,15 +209,14 @@ std::string FormatSingleUpToTwo(float value, const NumberSeparators& sep) {
   if (!std::isfinite(value)) return std::isnan(value) ? "NaN" : (value < 0 ? "-Inf" : "Inf");
   // Seven significant digits, as the run time shows a single.
   char sci[32];
-  auto sciEnd = std::to_chars(sci, sci + sizeof sci, std::abs(double(value)),
-                              std::chars_format::scientific, 6).ptr;
+  auto sciEnd =
+      std::to_chars(sci, sci + sizeof sci, std::abs(double(value)), std::chars_format::scientific, 6).ptr;
   std::string_view s(sci, sciEnd - sci);
   std::string mantissa;  // the seven digits
   for (char c : s.substr(0, s.find('e')))
     if (IsDigit(c)) mantissa += c;
   int exponent = 0;
-  std::from_chars(s.data() + s.find('e') + 1 + (s[s.find('e') + 1] == '+'), s.data() + s.size(),
-                  exponent);
+  std::from_chars(s.data() + s.find('e') + 1 + (s[s.find('e') + 1] == '+'), s.data() + s.size(), exponent);
 
   std::string intPart;
   std::string fracPart;

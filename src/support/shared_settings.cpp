@@ -4,7 +4,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QSettings>
-
 #include <cstdlib>
 
 #include "support/log.h"
@@ -54,7 +53,8 @@ void RestoreSharedSettings(bool flag) {
   std::string bitmaps, help;
   if (!flag && converted) {
     LogDebug("getting settings from the registry");
-    QSettings registry(QSettings::NativeFormat, QSettings::UserScope, kOrganization, "Corvath Professional Design");
+    QSettings registry(QSettings::NativeFormat, QSettings::UserScope, kOrganization,
+                       "Corvath Professional Design");
     bitmaps = Read(registry, "Bitmap Directory", install + "BACKGRND");
     help = Read(registry, "Application Helpfile", install);
   } else {

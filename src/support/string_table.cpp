@@ -96,13 +96,16 @@ constexpr std::array kTable = std::to_array<Entry>({
     {1062, "Line &Weights", "線の太さ(&W)"},
     {1063, "La&yout", "レイアウト(&Y)"},
     {1064, "Model", "モデル"},
-    {1065, "Model space is empty; the layout %1 is shown.", "モデル空間が空のため、レイアウト %1 を表示しています。"},
+    {1065, "Model space is empty; the layout %1 is shown.",
+     "モデル空間が空のため、レイアウト %1 を表示しています。"},
     {1066, "The layout %1 is shown.", "レイアウト %1 を表示しています。"},
     {1067, "Cancel", "キャンセル"},
     {1068, "The drawing is incomplete: loading was stopped.", "図面は不完全です: 読み込みを中止しました。"},
     {1069, "The drawing is incomplete: drawing was stopped.", "図面は不完全です: 描画を中止しました。"},
     {1070, "Entity &Budget...", "図形数の上限(&B)..."},
-    {1071, "Rows a drawing may hold; an insert that would pass them is left out (0: as many as a quarter of the memory holds, at most 50 million):",
+    {1071,
+     "Rows a drawing may hold; an insert that would pass them is left out (0: as many as a quarter of the "
+     "memory holds, at most 50 million):",
      "図面が保持できる行数。これを超える挿入は省略されます (0: メモリの 4 分の 1 に収まる数、最大 5000 万):"},
     {1072, "Picture &Follows the Window", "ウィンドウに合わせて表示(&F)"},
     {1073, "S&mooth Lines", "線を滑らかに表示(&M)"},
@@ -110,7 +113,8 @@ constexpr std::array kTable = std::to_array<Entry>({
     {1075, "Recent &Files", "最近使ったファイル(&R)"},
     {1076, "X: %1   Y: %2   Zoom: %3 %", "X: %1   Y: %2   ズーム: %3 %"},
     {1077, "Zoom &In", "中心で拡大(&I)"},
-    {1078, "Write a &world file beside the bitmap (where it lies on the drawing)", "ビットマップの横にワールド ファイルを書く(図面上の位置)(&W)"},
+    {1078, "Write a &world file beside the bitmap (where it lies on the drawing)",
+     "ビットマップの横にワールド ファイルを書く(図面上の位置)(&W)"},
     {1079, "256, the Drawing's Own &Colours", "256 色、図面の色そのまま(&C)"},
     {1080, "&Black and White Lines", "白黒の線(&B)"},
     {1081, "&Greyscale", "グレースケール(&G)"},
@@ -119,8 +123,11 @@ constexpr std::array kTable = std::to_array<Entry>({
     {1084, "Resolution (dpi):", "解像度 (dpi):"},
     {1085, "Drawing unit:", "図面の単位:"},
     {1086, "The extents at this scale: %1 x %2 pixels", "この縮尺での図面範囲: %1 x %2 ピクセル"},
-    {1087, "At this scale the picture would be %1 x %2 pixels; the viewer draws up to %3 on a side (dxfimport render draws any size).",
-     "この縮尺では %1 x %2 ピクセルになります。ビューアーは一辺 %3 まで表示できます (dxfimport render はどの大きさでも描けます)。"},
+    {1087,
+     "At this scale the picture would be %1 x %2 pixels; the viewer draws up to %3 on a side (dxfimport "
+     "render draws any size).",
+     "この縮尺では %1 x %2 ピクセルになります。ビューアーは一辺 %3 まで表示できます (dxfimport render "
+     "はどの大きさでも描けます)。"},
 });
 
 static_assert(std::is_sorted(kTable.begin(), kTable.end(),
@@ -129,8 +136,8 @@ static_assert(std::is_sorted(kTable.begin(), kTable.end(),
 }  // namespace
 
 std::optional<std::string_view> StringTableEntry(int id, Language language) {
-  auto it = std::lower_bound(kTable.begin(), kTable.end(), id,
-                             [](const Entry& e, int key) { return e.id < key; });
+  auto it =
+      std::lower_bound(kTable.begin(), kTable.end(), id, [](const Entry& e, int key) { return e.id < key; });
   if (it == kTable.end() || it->id != id) return std::nullopt;
   return language == Language::Japanese ? it->japanese : it->english;
 }

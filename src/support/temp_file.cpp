@@ -1,9 +1,9 @@
 #include "support/temp_file.h"
 
-#include <QDir>
-
-#include <cstdlib>
 #include <unistd.h>
+
+#include <QDir>
+#include <cstdlib>
 
 #include "support/log.h"
 #include "support/runtime_error.h"

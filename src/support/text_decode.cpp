@@ -21,10 +21,14 @@ std::size_t SequenceLength(std::string_view s, std::size_t i) {
   if (c < 0x80) return 1;
   std::size_t len = 0;
   char32_t min = 0;
-  if ((c & 0xE0) == 0xC0) len = 2, min = 0x80;
-  else if ((c & 0xF0) == 0xE0) len = 3, min = 0x800;
-  else if ((c & 0xF8) == 0xF0) len = 4, min = 0x10000;
-  else return 0;
+  if ((c & 0xE0) == 0xC0)
+    len = 2, min = 0x80;
+  else if ((c & 0xF0) == 0xE0)
+    len = 3, min = 0x800;
+  else if ((c & 0xF8) == 0xF0)
+    len = 4, min = 0x10000;
+  else
+    return 0;
   if (i + len > s.size()) return 0;
   char32_t cp = c & (0x7F >> len);
   for (std::size_t k = 1; k < len; ++k) {
@@ -85,8 +89,10 @@ std::string DecodeText(std::string_view raw) {
   out.reserve(raw.size() * 2);
   for (char ch : raw) {
     auto c = static_cast<unsigned char>(ch);
-    if (c >= 0x80 && c < 0xA0) AppendUtf8(out, kCp1252High[c - 0x80]);
-    else AppendUtf8(out, c);
+    if (c >= 0x80 && c < 0xA0)
+      AppendUtf8(out, kCp1252High[c - 0x80]);
+    else
+      AppendUtf8(out, c);
   }
   return out;
 }

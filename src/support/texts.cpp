@@ -2,7 +2,6 @@
 
 #include <QString>
 #include <QTime>
-
 #include <cstdlib>
 
 #include "support/log.h"
@@ -28,9 +27,7 @@ bool EqualIgnoringCase(std::string_view a, std::string_view b) {
 }
 
 // "Medium time" of the run time: hours and minutes on a 12-hour clock with AM/PM.
-std::string MediumTime() {
-  return QTime::currentTime().toString(QStringLiteral("hh:mm AP")).toStdString();
-}
+std::string MediumTime() { return QTime::currentTime().toString(QStringLiteral("hh:mm AP")).toStdString(); }
 
 }  // namespace
 
@@ -38,8 +35,8 @@ Language CurrentLanguage() {
   if (g_languageOverride) return *g_languageOverride;
   for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
     const char* value = std::getenv(name);
-    if (value && *value) return std::string_view(value).starts_with("ja") ? Language::Japanese
-                                                                          : Language::English;
+    if (value && *value)
+      return std::string_view(value).starts_with("ja") ? Language::Japanese : Language::English;
   }
   return Language::English;
 }
@@ -77,8 +74,8 @@ const std::string& ApplicationTitle() {
 void SetApplicationTitle(std::string title) { g_applicationTitle = std::move(title); }
 
 std::string VersionText() {
-  return std::to_string(DXFIMPORT_VERSION_MAJOR) + "." + std::to_string(DXFIMPORT_VERSION_MINOR) +
-         "." + std::to_string(DXFIMPORT_VERSION_PATCH);
+  return std::to_string(DXFIMPORT_VERSION_MAJOR) + "." + std::to_string(DXFIMPORT_VERSION_MINOR) + "." +
+         std::to_string(DXFIMPORT_VERSION_PATCH);
 }
 
 }  // namespace dxfimport

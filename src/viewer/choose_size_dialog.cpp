@@ -3,14 +3,13 @@
 #include <QButtonGroup>
 #include <QComboBox>
 #include <QFormLayout>
-#include <QLabel>
-#include <QSpinBox>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSpinBox>
 #include <QVBoxLayout>
-
 #include <cmath>
 
 #include "render/world_file.h"
@@ -101,14 +100,22 @@ frmChooseSize::frmChooseSize(frmImport& owner) : QDialog(&owner), owner_(owner) 
 
 int frmChooseSize::PreselectedOption(int width, int height) {
   switch (width) {
-    case 640: return 0;
-    case 800: return 1;
-    case 1152: return 3;
-    case 480: return 4;
-    case 600: return 5;
-    case 768: return 6;
-    case 1024: return height == 768 ? 2 : height == 1152 ? 7 : -1;
-    default: return -1;
+    case 640:
+      return 0;
+    case 800:
+      return 1;
+    case 1152:
+      return 3;
+    case 480:
+      return 4;
+    case 600:
+      return 5;
+    case 768:
+      return 6;
+    case 1024:
+      return height == 768 ? 2 : height == 1152 ? 7 : -1;
+    default:
+      return -1;
   }
 }
 
@@ -117,15 +124,17 @@ QSize frmChooseSize::ScaledSize() const {
   const int said = d.InsUnits;
   const int units = MillimetresPerUnit(said) != 0 ? said : units_->currentData().toInt();
   const double perUnit = PixelsPerUnit(scale_->value(), dpi_->value(), units);
-  const double width = std::abs(d.ExtMaxX - d.ExtMinX) * perUnit, height = std::abs(d.ExtMaxY - d.ExtMinY) * perUnit;
+  const double width = std::abs(d.ExtMaxX - d.ExtMinX) * perUnit,
+               height = std::abs(d.ExtMaxY - d.ExtMinY) * perUnit;
   if (!(width >= 0.5 && height >= 0.5) || !(width < 1e9 && height < 1e9)) return {};
   return {int(std::ceil(width - 1e-6)), int(std::ceil(height - 1e-6))};
 }
 
 void frmChooseSize::ShowScaledSize() {
   const QSize size = ScaledSize();
-  scaledSize_->setText(SubstituteArgs(LoadResText(1086), {std::to_string(size.width()), std::to_string(size.height())})
-                           .c_str());
+  scaledSize_->setText(
+      SubstituteArgs(LoadResText(1086), {std::to_string(size.width()), std::to_string(size.height())})
+          .c_str());
 }
 
 int frmChooseSize::SelectedOption() const {
@@ -145,9 +154,10 @@ void frmChooseSize::cmd1_Click(int index) {
       if (selected == kScaleOption) {
         const QSize size = ScaledSize();
         if (size.isEmpty() || size.width() > kLargestSide || size.height() > kLargestSide) {
-          ShowMessage(MessageIcon::Information,
-                      SubstituteArgs(LoadResText(1087), {std::to_string(size.width()), std::to_string(size.height()),
-                                                         std::to_string(kLargestSide)}));
+          ShowMessage(
+              MessageIcon::Information,
+              SubstituteArgs(LoadResText(1087), {std::to_string(size.width()), std::to_string(size.height()),
+                                                 std::to_string(kLargestSide)}));
           return;
         }
         owner_.ChoosePictureSize(size.width(), size.height(), dpi_->value());

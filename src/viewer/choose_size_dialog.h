@@ -1,9 +1,7 @@
 #pragma once
 
 #include <QDialog>
-
 #include <QSize>
-
 #include <array>
 
 class QComboBox;
@@ -24,8 +22,8 @@ class frmChooseSize : public QDialog {
   struct Size {
     int width, height;
   };
-  static constexpr std::array<Size, 8> kSizes = {{{640, 480}, {800, 600}, {1024, 768}, {1152, 864},
-                                                  {480, 640}, {600, 800}, {768, 1024}, {864, 1152}}};
+  static constexpr std::array<Size, 8> kSizes = {
+      {{640, 480}, {800, 600}, {1024, 768}, {1152, 864}, {480, 640}, {600, 800}, {768, 1024}, {864, 1152}}};
 
   frmChooseSize(frmImport& owner);
 

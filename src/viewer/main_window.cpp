@@ -1,28 +1,28 @@
 #include "viewer/main_window.h"
 
 #include <QAction>
-#include <QCheckBox>
-#include <QGridLayout>
 #include <QActionGroup>
 #include <QApplication>
+#include <QCheckBox>
 #include <QClipboard>
-#include <QColorDialog>
-#include <QSettings>
 #include <QCloseEvent>
+#include <QColorDialog>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGridLayout>
+#include <QInputDialog>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QInputDialog>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
+#include <QSettings>
 #include <QStatusBar>
 #include <QToolBar>
 #include <QUrl>
@@ -94,8 +94,9 @@ frmImport::frmImport(bool startedForAutomation, QWidget* parent)
     if (!chosen.isValid()) return std::nullopt;
     return chosen;
   };
-  profile_ = QSettings(kOrganization, kProgram).value(kLegacySetting, false).toBool() ? ReadingProfile::Legacy
-                                                                                      : ReadingProfile::Modern;
+  profile_ = QSettings(kOrganization, kProgram).value(kLegacySetting, false).toBool()
+                 ? ReadingProfile::Legacy
+                 : ReadingProfile::Modern;
   zoom_.Display.LineWeights = QSettings(kOrganization, kProgram).value(kLineWeightsSetting, false).toBool();
 
   viewport_ = new QScrollArea(this);
@@ -118,7 +119,8 @@ frmImport::frmImport(bool startedForAutomation, QWidget* parent)
   cancel_->setGeometry(330, 18, 100, 26);
   cancel_->hide();
   connect(cancel_, &QPushButton::clicked, this, [this] { RequestStop(); });
-  qApp->installEventFilter(new BusyInputGate([this] { return Busy(); }, [this] { RequestStop(); }, cancel_, this));
+  qApp->installEventFilter(
+      new BusyInputGate([this] { return Busy(); }, [this] { RequestStop(); }, cancel_, this));
   zoom_.KeepDrawing = [this] { return KeepDrawing(); };
   entityBudget_ = QSettings(kOrganization, kProgram).value(kBudgetSetting, 0).toLongLong();
   setCentralWidget(viewport_);
@@ -168,7 +170,8 @@ void frmImport::CreateMenus() {
   QMenu* file = menu(1026, "mnuFile");
   connect(file, &QMenu::aboutToShow, this, &frmImport::mnuFile_Click);
   item(file, 1027, "MnuFileOpen", [this] { FileOpen(true); })->setShortcut(QKeySequence::Open);
-  item(file, 1028, "mnuFileSaveAsBitmap", &frmImport::mnuFileSaveAsBitmap_Click)->setShortcut(QKeySequence::Save);
+  item(file, 1028, "mnuFileSaveAsBitmap", &frmImport::mnuFileSaveAsBitmap_Click)
+      ->setShortcut(QKeySequence::Save);
   recentMenu_ = file->addMenu(QString());
   recentMenu_->setObjectName("mnuFileRecent");
   captioned_[1075] = recentMenu_->menuAction();
@@ -197,7 +200,8 @@ void frmImport::CreateMenus() {
   // The dithered reductions, the default, then the reductions for line art.
   for (int i = 0; i < kReductions; ++i) {
     if (i == 4) depth->addSeparator();
-    QAction* choice = item(depth, i < 4 ? 1056 + i : 1075 + i, "", [this, i] { mnuOptionReduceChoice_Click(i); });
+    QAction* choice =
+        item(depth, i < 4 ? 1056 + i : 1075 + i, "", [this, i] { mnuOptionReduceChoice_Click(i); });
     choice->setObjectName(QString("mnuOptionReduceChoice%1").arg(i));
     choice->setCheckable(true);
     choice->setChecked(i == 3);
@@ -234,8 +238,10 @@ void frmImport::CreateMenus() {
   item(zoomMenu, 1040, "mnuZoomMinus", &frmImport::mnuZoomMinus_Click)
       ->setShortcuts({QKeySequence(Qt::Key_Minus), QKeySequence(QKeySequence::ZoomOut)});
   item(zoomMenu, 1077, "mnuZoomIn", &frmImport::ZoomIn)
-      ->setShortcuts({QKeySequence(Qt::Key_Plus), QKeySequence(Qt::Key_Equal), QKeySequence(QKeySequence::ZoomIn)});
-  item(zoomMenu, 1074, "mnuZoomPrevious", &frmImport::PreviousView)->setShortcut(QKeySequence(Qt::Key_Backspace));
+      ->setShortcuts(
+          {QKeySequence(Qt::Key_Plus), QKeySequence(Qt::Key_Equal), QKeySequence(QKeySequence::ZoomIn)});
+  item(zoomMenu, 1074, "mnuZoomPrevious", &frmImport::PreviousView)
+      ->setShortcut(QKeySequence(Qt::Key_Backspace));
 
   QMenu* help = menu(1041, "mnuHelp");
   item(help, 1042, "mnuHelpHelp", &frmImport::mnuHelpHelp_Click)->setShortcut(QKeySequence::HelpContents);
@@ -250,7 +256,7 @@ void frmImport::CreateToolbar() {
     const char* key;
     int tooltip;
   };
-  const Button buttons[] = {{"Open", 1016}, {nullptr, 0}, {"Resize", 1017}, {nullptr, 0},
+  const Button buttons[] = {{"Open", 1016},      {nullptr, 0},      {"Resize", 1017},  {nullptr, 0},
                             {"MagNormal", 1018}, {"MagPlus", 1019}, {"MagMinus", 1020}};
   for (const Button& b : buttons) {
     if (!b.key) {
@@ -381,11 +387,14 @@ void frmImport::ShowLoadStatus(const LoadOutcome& outcome) {
   QStringList parts;
   if (outcome.Cancelled) parts << Text(1068);
   if (!outcome.Layout.empty())
-    parts << QString::fromStdString(SubstituteArgs(LoadResText(outcome.ModelSpaceEmpty ? 1065 : 1066), {outcome.Layout}));
+    parts << QString::fromStdString(
+        SubstituteArgs(LoadResText(outcome.ModelSpaceEmpty ? 1065 : 1066), {outcome.Layout}));
   for (const ReportEntry& entry : outcome.Report.Entries())
     if (!entry.Notice.empty()) parts << QString::fromStdString(entry.Notice);
-  if (parts.isEmpty()) statusBar()->clearMessage();
-  else statusBar()->showMessage(parts.join("  "));
+  if (parts.isEmpty())
+    statusBar()->clearMessage();
+  else
+    statusBar()->showMessage(parts.join("  "));
 }
 
 // Between the redraw's refresh points: window messages run (user input waits, see
@@ -419,8 +428,10 @@ void frmImport::SetEntityBudget(int64_t budget) {
 
 void frmImport::ChooseDXFFile() {
   QString chosen = ChooseOpenFile();
-  if (!chosen.isEmpty()) gstrDXFFileName = chosen.toStdString();
-  else gstrDXFFileName.clear();  // a cancelled dialog leaves nothing to open
+  if (!chosen.isEmpty())
+    gstrDXFFileName = chosen.toStdString();
+  else
+    gstrDXFFileName.clear();  // a cancelled dialog leaves nothing to open
 }
 
 QString frmImport::DefaultOpenFile() {
@@ -443,7 +454,8 @@ QString frmImport::DefaultSaveFile() {
   auto* worldFile = new QCheckBox(Text(1078), &dialog);
   worldFile->setObjectName("worldFile");
   worldFile->setChecked(QSettings(kOrganization, kProgram).value(kWorldFileSetting, false).toBool());
-  if (auto* grid = qobject_cast<QGridLayout*>(dialog.layout())) grid->addWidget(worldFile, grid->rowCount(), 0, 1, -1);
+  if (auto* grid = qobject_cast<QGridLayout*>(dialog.layout()))
+    grid->addWidget(worldFile, grid->rowCount(), 0, 1, -1);
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
   QSettings(kOrganization, kProgram).setValue(kWorldFileSetting, worldFile->isChecked());
   return dialog.selectedFiles().front();
@@ -523,13 +535,15 @@ void frmImport::mnuoptions_Click() {
   for (const char* name : {"mnuOptionForecolor", "mnuOptionProperties", "mnuOptionReduce"})
     Action(name)->setEnabled(booPictureLoaded);
   if (!gear1Visible_) {
-    for (int i = 0; i < kReductions; ++i) Action(QString("mnuOptionReduceChoice%1").arg(i))->setChecked(i == 3);
+    for (int i = 0; i < kReductions; ++i)
+      Action(QString("mnuOptionReduceChoice%1").arg(i))->setChecked(i == 3);
   }
 }
 
 void frmImport::mnuOptionReduceChoice_Click(int index) {
   HourGlass hourglass;
-  for (int i = 0; i < kReductions; ++i) Action(QString("mnuOptionReduceChoice%1").arg(i))->setChecked(i == index);
+  for (int i = 0; i < kReductions; ++i)
+    Action(QString("mnuOptionReduceChoice%1").arg(i))->setChecked(i == index);
   static constexpr ColorDepth kDepths[] = {ColorDepth::Colors256, ColorDepth::Colors16, ColorDepth::Mono,
                                            ColorDepth::Full,      ColorDepth::Palette,  ColorDepth::Threshold,
                                            ColorDepth::Grey};
@@ -610,9 +624,9 @@ void frmImport::mnuFileSaveAsBitmap_Click() {
   if (!SavePictureAtomically(CurrentPicture(), file, "BMP") ||
       (QSettings(kOrganization, kProgram).value(kWorldFileSetting, false).toBool() &&
        !WriteWorldFile(CurrentPlacement(), file))) {
-    ShowMessage(MessageIcon::Critical,
-                SubstituteArgs(LoadResText(1049), {std::to_string(kErrPathFileAccess), RunTimeText(kErrPathFileAccess)}) +
-                    "\n\n" + file.toStdString());
+    ShowMessage(MessageIcon::Critical, SubstituteArgs(LoadResText(1049), {std::to_string(kErrPathFileAccess),
+                                                                          RunTimeText(kErrPathFileAccess)}) +
+                                           "\n\n" + file.toStdString());
   }
 }
 
@@ -662,12 +676,18 @@ void frmImport::keyPressEvent(QKeyEvent* event) {
 }
 
 void frmImport::Toolbar1_ButtonClick(const QString& key) {
-  if (key == "Open") FileOpen(true);
-  else if (key == "Resize") mnuOptionSize_Click();
-  else if (key == "MagNormal") mnuZoomReset_Click();
-  else if (key == "MagPlus") mnuZoomPlus_Click();
-  else if (key == "MagMinus") mnuZoomMinus_Click();
-  else LogCritical("unsupported toolbar button: " + key.toStdString());
+  if (key == "Open")
+    FileOpen(true);
+  else if (key == "Resize")
+    mnuOptionSize_Click();
+  else if (key == "MagNormal")
+    mnuZoomReset_Click();
+  else if (key == "MagPlus")
+    mnuZoomPlus_Click();
+  else if (key == "MagMinus")
+    mnuZoomMinus_Click();
+  else
+    LogCritical("unsupported toolbar button: " + key.toStdString());
 }
 
 void frmImport::mnuHelpHelp_Click() {
@@ -680,8 +700,9 @@ void frmImport::mnuHelpHelp_Click() {
 }
 
 void frmImport::mnuHelpAbout_Click() {
-  QMessageBox::about(this, Text(1001),
-                     "<b>" + QString::fromStdString(ApplicationTitle()) + "</b><br>" + Text(1002) + "<br><br>" + Text(1003));
+  QMessageBox::about(
+      this, Text(1001),
+      "<b>" + QString::fromStdString(ApplicationTitle()) + "</b><br>" + Text(1002) + "<br><br>" + Text(1003));
 }
 
 }  // namespace dxfimport

@@ -4,19 +4,17 @@
 #include <QImage>
 #include <QMainWindow>
 #include <QStringList>
-
-#include "render/world_file.h"
-
 #include <functional>
-#include <optional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "dxf/drawing.h"
 #include "dxf/reader.h"
 #include "render/color_depth.h"
 #include "render/redraw.h"
+#include "render/world_file.h"
 
 class QAction;
 class QActionGroup;
@@ -125,8 +123,8 @@ class frmImport : public QMainWindow {
   // A fixed picture size (and the resolution its bitmaps are saved with; 0 leaves it unsaid).
   void ChoosePictureSize(int width, int height, double dpi = 0);
   void WheelZoom(QPointF at, double notches);
-  void ZoomIn();                  // about the picture's centre, twice
-  void PreviousView();            // back to the view before the last zoom or pan
+  void ZoomIn();        // about the picture's centre, twice
+  void PreviousView();  // back to the view before the last zoom or pan
   QString coordinatesText() const;
   void OpenFile(const QString& file);  // as a dropped file or a recent file is opened
   QStringList recentFiles() const { return recent_; }
@@ -223,10 +221,10 @@ class frmImport : public QMainWindow {
   bool followWindow_ = true;
   QTimer* fitTimer_ = nullptr;
   bool panning_ = false, spaceDown_ = false, panRedrawPending_ = false;
-  QPoint panFrom_;                 // where the drag started (picture pixels)
+  QPoint panFrom_;                       // where the drag started (picture pixels)
   std::optional<ZoomRect> pendingView_;  // asked for while a redraw ran: drawn next
   bool supersede_ = false;               // the running redraw stops for pendingView_
-  std::vector<ZoomRect> history_;  // the views before each zoom or pan, newest last
+  std::vector<ZoomRect> history_;        // the views before each zoom or pan, newest last
   QLabel* coordinates_ = nullptr;
   QMenu* recentMenu_ = nullptr;
   QStringList recent_;

@@ -13,7 +13,6 @@
 #include <QSettings>
 #include <QStatusBar>
 #include <QTimer>
-
 #include <cmath>
 
 #include "render/surface.h"
@@ -64,7 +63,8 @@ void frmImport::SetupNavigation() {
 // A resize of the window's viewing area: the picture follows it (a little later, once
 // the resizing stops).
 bool frmImport::eventFilter(QObject* watched, QEvent* event) {
-  if (watched == viewport_->viewport() && event->type() == QEvent::Resize && followWindow_) fitTimer_->start();
+  if (watched == viewport_->viewport() && event->type() == QEvent::Resize && followWindow_)
+    fitTimer_->start();
   return QMainWindow::eventFilter(watched, event);
 }
 
@@ -201,7 +201,8 @@ void frmImport::PreviousView() {
 bool frmImport::Gesture(QMouseEvent* event) {
   if (!booPictureLoaded) return false;
   const QPoint at = event->position().toPoint();
-  const bool dragButton = event->button() == Qt::MiddleButton || (event->button() == Qt::LeftButton && spaceDown_);
+  const bool dragButton =
+      event->button() == Qt::MiddleButton || (event->button() == Qt::LeftButton && spaceDown_);
   switch (event->type()) {
     case QEvent::MouseButtonDblClick:
       if (event->button() != Qt::MiddleButton) return false;
@@ -262,9 +263,9 @@ void frmImport::ShowCoordinates(std::optional<QPoint> at) {
   const double extents = std::max(std::abs(all.right - all.left), std::abs(all.top - all.bottom) * aspect);
   const double zoom = now.right - now.left != 0 ? extents / (now.right - now.left) * 100 : 100;
   coordinates_->setText(QString::fromStdString(SubstituteArgs(
-      LoadResText(1076), {QString::number(p.x, 'f', decimals).toStdString(),
-                          QString::number(p.y, 'f', decimals).toStdString(),
-                          QString::number(zoom, 'f', zoom < 10 ? 1 : 0).toStdString()})));
+      LoadResText(1076),
+      {QString::number(p.x, 'f', decimals).toStdString(), QString::number(p.y, 'f', decimals).toStdString(),
+       QString::number(zoom, 'f', zoom < 10 ? 1 : 0).toStdString()})));
 }
 
 void frmImport::keyReleaseEvent(QKeyEvent* event) {

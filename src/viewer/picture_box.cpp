@@ -38,8 +38,10 @@ void PictureBox::Cls() {
 }
 
 void PictureBox::SetBusy(bool busy) {
-  if (busy) QApplication::setOverrideCursor(Qt::WaitCursor);
-  else QApplication::restoreOverrideCursor();
+  if (busy)
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+  else
+    QApplication::restoreOverrideCursor();
 }
 
 void PictureBox::SetRubberBand(const QRect& band) {

@@ -1,21 +1,19 @@
 #include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <QImage>
-
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string>
 #include <vector>
 
 #include "app/child_process.h"
@@ -51,10 +49,11 @@ TEST(CommandLine, StatsOfTheSampleDrawing) {
   ProgramRun run = Dxfimport("stats " + sample);
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.err, "");
-  EXPECT_EQ(run.out, sample +
-                         "\n\nEntities: 91\nLines: 31\nPolylines: 25\nArcs and circles: 13\nSolids: 6\nText: 13\n"
-                         "Layers: 9\nBlocks: 4\nAttributes: 3\n\nLeft: -0.5\nTop: 12.5\nRight: 20.5\nBottom: -1.6\n"
-                         "\nLoaded cleanly: nothing was skipped, repaired or left out.\n");
+  EXPECT_EQ(run.out,
+            sample +
+                "\n\nEntities: 91\nLines: 31\nPolylines: 25\nArcs and circles: 13\nSolids: 6\nText: 13\n"
+                "Layers: 9\nBlocks: 4\nAttributes: 3\n\nLeft: -0.5\nTop: 12.5\nRight: 20.5\nBottom: -1.6\n"
+                "\nLoaded cleanly: nothing was skipped, repaired or left out.\n");
   ProgramRun json = Dxfimport("stats --json " + sample);
   EXPECT_EQ(json.status, 0);
   EXPECT_NE(json.out.find("\"entities\":91"), std::string::npos);
@@ -67,7 +66,8 @@ TEST(CommandLine, StatsOfTheSampleDrawing) {
 TEST(CommandLine, DumpPrintsTablesAsTabSeparatedText) {
   ProgramRun run = Dxfimport("dump " + testing::SamplePath());
   EXPECT_EQ(run.status, 0);
-  EXPECT_NE(run.out.find("# Lines\nX1\tY1\tX2\tY2\tLayer\tColor\tLineType\n8\t0\t8\t5\t2\t0\t0\n"), std::string::npos);
+  EXPECT_NE(run.out.find("# Lines\nX1\tY1\tX2\tY2\tLayer\tColor\tLineType\n8\t0\t8\t5\t2\t0\t0\n"),
+            std::string::npos);
   EXPECT_NE(run.out.find("# DrawSeq\nKind\tIndex\n2\t1\n"), std::string::npos);
 }
 
@@ -120,9 +120,13 @@ TEST(CommandLine, RenderWritesTheSamePictureInEveryBitmapFormat) {
     return n;
   };
   EXPECT_GT(magenta(fromPng), 50);
-  ASSERT_EQ(Dxfimport("render " + testing::SamplePath() + " -o " + dir + "/off.png --layer-off NETWORK").status, 0);
+  ASSERT_EQ(
+      Dxfimport("render " + testing::SamplePath() + " -o " + dir + "/off.png --layer-off NETWORK").status, 0);
   EXPECT_EQ(magenta(QImage(QString::fromStdString(dir + "/off.png"))), 0);
-  ASSERT_EQ(Dxfimport("render " + testing::SamplePath() + " -o " + dir + "/m.bmp --depth mono --background black").status, 0);
+  ASSERT_EQ(
+      Dxfimport("render " + testing::SamplePath() + " -o " + dir + "/m.bmp --depth mono --background black")
+          .status,
+      0);
   EXPECT_EQ(QImage(QString::fromStdString(dir + "/m.bmp")).depth(), 1);
 
   ProgramRun svg = Dxfimport("render " + testing::SamplePath() + " -o " + dir + "/s.svg");
@@ -161,13 +165,24 @@ void ExpectPointsWhereTheWorldFileSays(const QImage& picture, const std::vector<
 
 TEST(CommandLine, APictureAtAScaleCarriesItsPlacementAndResolution) {
   // Metres; three points, the middle one where neither extent nor window puts it.
-  testing::TempFile drawing(testing::DxfText({{0, "SECTION"}, {2, "HEADER"}, {9, "$INSUNITS"}, {70, "6"}, {0, "ENDSEC"}}) +
-                            testing::EntitiesFile({{0, "POINT"}, {8, "0"}, {10, "0"}, {20, "0"},
-                                                   {0, "POINT"}, {8, "0"}, {10, "10"}, {20, "8"},
-                                                   {0, "POINT"}, {8, "0"}, {10, "3.7"}, {20, "2.2"}}));
+  testing::TempFile drawing(
+      testing::DxfText({{0, "SECTION"}, {2, "HEADER"}, {9, "$INSUNITS"}, {70, "6"}, {0, "ENDSEC"}}) +
+      testing::EntitiesFile({{0, "POINT"},
+                             {8, "0"},
+                             {10, "0"},
+                             {20, "0"},
+                             {0, "POINT"},
+                             {8, "0"},
+                             {10, "10"},
+                             {20, "8"},
+                             {0, "POINT"},
+                             {8, "0"},
+                             {10, "3.7"},
+                             {20, "2.2"}}));
   const std::string dir = std::filesystem::temp_directory_path() / "dxfimport-placement-test";
   std::filesystem::create_directories(dir);
-  ProgramRun all = Dxfimport("render " + drawing.path() + " -o " + dir + "/p.bmp --window -1,9,11,-1 --scale 1:100 --dpi 100 --world-file");
+  ProgramRun all = Dxfimport("render " + drawing.path() + " -o " + dir +
+                             "/p.bmp --window -1,9,11,-1 --scale 1:100 --dpi 100 --world-file");
   ASSERT_EQ(all.status, 0) << all.err;
   QImage bmp(QString::fromStdString(dir + "/p.bmp"));
   // 100 dpi at 1:100: 1 m of drawing is 10 mm of paper, 39.37 pixels.
@@ -182,7 +197,8 @@ TEST(CommandLine, APictureAtAScaleCarriesItsPlacementAndResolution) {
   ExpectPointsWhereTheWorldFileSays(bmp, w, {{0, 0}, {10, 8}, {3.7, 2.2}});
 
   // A zoomed window, as PNG: the same numbers in the picture's text and beside it.
-  ProgramRun part = Dxfimport("render " + drawing.path() + " -o " + dir + "/z.png --window 3,3,5,1 --scale 1:50 --dpi 300 --world-file");
+  ProgramRun part = Dxfimport("render " + drawing.path() + " -o " + dir +
+                              "/z.png --window 3,3,5,1 --scale 1:50 --dpi 300 --world-file");
   ASSERT_EQ(part.status, 0) << part.err;
   QImage png(QString::fromStdString(dir + "/z.png"));
   EXPECT_EQ(png.dotsPerMeterX(), 11811);
@@ -198,30 +214,50 @@ TEST(CommandLine, APictureAtAScaleCarriesItsPlacementAndResolution) {
   EXPECT_NE(stats.out.find("\"pixelHeight\":-"), std::string::npos) << stats.out;
 
   // Without units in the drawing --units is needed; with it the scale holds.
-  testing::TempFile unitless(testing::EntitiesFile({{0, "LINE"}, {8, "0"}, {10, "0"}, {20, "0"}, {11, "254"}, {21, "0"}}));
+  testing::TempFile unitless(
+      testing::EntitiesFile({{0, "LINE"}, {8, "0"}, {10, "0"}, {20, "0"}, {11, "254"}, {21, "0"}}));
   ProgramRun asked = Dxfimport("render " + unitless.path() + " -o " + dir + "/u.bmp --scale 1:10 --dpi 100");
   EXPECT_EQ(asked.status, 2);
   EXPECT_NE(asked.err.find("--units"), std::string::npos);
-  ASSERT_EQ(Dxfimport("render " + unitless.path() + " -o " + dir + "/u.bmp --window 0,1,254,0 --scale 1:10 --dpi 100 --units mm").status, 0);
+  ASSERT_EQ(Dxfimport("render " + unitless.path() + " -o " + dir +
+                      "/u.bmp --window 0,1,254,0 --scale 1:10 --dpi 100 --units mm")
+                .status,
+            0);
   EXPECT_EQ(QImage(QString::fromStdString(dir + "/u.bmp")).width(), 100);
   std::filesystem::remove_all(dir);
 }
 
 TEST(CommandLine, AnInsertOverTheEntityBudgetIsNamedAndTheRestIsDrawn) {
-  testing::TempFile grid(testing::DxfText({{0, "SECTION"}, {2, "BLOCKS"}, {0, "BLOCK"}, {2, "POLE"}, {0, "CIRCLE"},
-                                           {40, "1"}, {0, "ENDBLK"}, {0, "ENDSEC"}}) +
-                         testing::EntitiesFile({{0, "INSERT"}, {8, "POLES"}, {2, "POLE"}, {70, "100"}, {71, "100"},
-                                                {44, "3"}, {45, "3"}, {0, "LINE"}, {11, "100"}, {21, "100"}}));
+  testing::TempFile grid(testing::DxfText({{0, "SECTION"},
+                                           {2, "BLOCKS"},
+                                           {0, "BLOCK"},
+                                           {2, "POLE"},
+                                           {0, "CIRCLE"},
+                                           {40, "1"},
+                                           {0, "ENDBLK"},
+                                           {0, "ENDSEC"}}) +
+                         testing::EntitiesFile({{0, "INSERT"},
+                                                {8, "POLES"},
+                                                {2, "POLE"},
+                                                {70, "100"},
+                                                {71, "100"},
+                                                {44, "3"},
+                                                {45, "3"},
+                                                {0, "LINE"},
+                                                {11, "100"},
+                                                {21, "100"}}));
   const std::string png = (std::filesystem::temp_directory_path() / "dxfimport-budget.png").string();
   ProgramRun run = Dxfimport("render " + grid.path() + " -o " + png + " --max-entities 500");
   EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.err, "dxfimport: Block POLE on layer POLES (10,000 entities) left out: over the entity budget\n");
+  EXPECT_EQ(run.err,
+            "dxfimport: Block POLE on layer POLES (10,000 entities) left out: over the entity budget\n");
   EXPECT_TRUE(std::filesystem::exists(png));
   ProgramRun stats = Dxfimport("stats --json --max-entities 500 " + grid.path());
   EXPECT_NE(stats.out.find("\"entities\":1,"), std::string::npos);
   EXPECT_NE(stats.out.find("{\"count\":1,\"kind\":\"insert over the entity budget: POLE\",\"line\":"),
             std::string::npos);
-  EXPECT_EQ(Dxfimport("stats --json " + grid.path()).out.find("left out"), std::string::npos);  // the default budget
+  EXPECT_EQ(Dxfimport("stats --json " + grid.path()).out.find("left out"),
+            std::string::npos);  // the default budget
   EXPECT_EQ(Dxfimport("stats --max-entities 0 " + grid.path()).status, 2);
 }
 
@@ -237,10 +273,24 @@ TEST(CommandLine, RenderFailuresWriteNoFile) {
   EXPECT_EQ(noDir.status, 1);
   EXPECT_TRUE(std::filesystem::is_empty(dir));
 
-  std::string layers = testing::DxfText({{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "LAYER"}, {0, "LAYER"},
-                                         {2, "0"}, {0, "ENDTAB"}, {0, "ENDSEC"}});
-  testing::TempFile far(layers + testing::EntitiesFile({{0, "LINE"}, {10, "0"}, {20, "0"}, {11, "1"}, {21, "1"},
-                                               {0, "LINE"}, {10, "3e38"}, {20, "0"}, {11, "3e38"}, {21, "1"}}));
+  std::string layers = testing::DxfText({{0, "SECTION"},
+                                         {2, "TABLES"},
+                                         {0, "TABLE"},
+                                         {2, "LAYER"},
+                                         {0, "LAYER"},
+                                         {2, "0"},
+                                         {0, "ENDTAB"},
+                                         {0, "ENDSEC"}});
+  testing::TempFile far(layers + testing::EntitiesFile({{0, "LINE"},
+                                                        {10, "0"},
+                                                        {20, "0"},
+                                                        {11, "1"},
+                                                        {21, "1"},
+                                                        {0, "LINE"},
+                                                        {10, "3e38"},
+                                                        {20, "0"},
+                                                        {11, "3e38"},
+                                                        {21, "1"}}));
   ProgramRun overflow = Dxfimport("render " + far.path() + " -o " + dir + "/o.png --window 0,1,1,0 --legacy");
   EXPECT_EQ(overflow.status, 0);
   EXPECT_NE(overflow.err.find("Error 6: Overflow"), std::string::npos);
@@ -261,9 +311,20 @@ TEST(CommandLine, RenderFailuresWriteNoFile) {
 TEST(CommandLine, RenderDrawsAPaperSpaceLayoutWhenModelSpaceIsEmptyOrOneIsAsked) {
   std::string dir = std::filesystem::temp_directory_path() / "dxfimport-render-layout";
   std::filesystem::create_directories(dir);
-  std::string paper = testing::DxfText({{0, "SECTION"}, {2, "BLOCKS"}, {0, "BLOCK"}, {2, "*Paper_Space"},
-                                        {0, "ENDBLK"}, {0, "BLOCK"}, {2, "*Paper_Space0"}, {0, "LINE"}, {10, "0"},
-                                        {20, "0"}, {11, "5"}, {21, "5"}, {0, "ENDBLK"}, {0, "ENDSEC"}}) +
+  std::string paper = testing::DxfText({{0, "SECTION"},
+                                        {2, "BLOCKS"},
+                                        {0, "BLOCK"},
+                                        {2, "*Paper_Space"},
+                                        {0, "ENDBLK"},
+                                        {0, "BLOCK"},
+                                        {2, "*Paper_Space0"},
+                                        {0, "LINE"},
+                                        {10, "0"},
+                                        {20, "0"},
+                                        {11, "5"},
+                                        {21, "5"},
+                                        {0, "ENDBLK"},
+                                        {0, "ENDSEC"}}) +
                       testing::EntitiesFile({{0, "CIRCLE"}, {67, "1"}, {10, "0"}, {20, "0"}, {40, "10"}});
   testing::TempFile file(paper);
   ProgramRun active = Dxfimport("render " + file.path() + " -o " + dir + "/a.png");
@@ -286,7 +347,8 @@ namespace {
 
 TEST(CommandLine, ABatchDrawsAFolderAndSumsUpEveryFile) {
   namespace fs = std::filesystem;
-  const fs::path in = fs::temp_directory_path() / "dxfimport-batch-in", out = fs::temp_directory_path() / "dxfimport-batch-out";
+  const fs::path in = fs::temp_directory_path() / "dxfimport-batch-in",
+                 out = fs::temp_directory_path() / "dxfimport-batch-out";
   fs::remove_all(in), fs::remove_all(out);
   fs::create_directories(in / "sub");
   fs::copy_file(testing::SamplePath(), in / "plan.dxf");
@@ -311,12 +373,19 @@ TEST(CommandLine, ABatchDrawsAFolderAndSumsUpEveryFile) {
   // A picture in strips, reduced for line art, is the picture drawn whole; the dithered
   // depths need the whole picture and say so beyond what one image holds.
   const std::string sample = testing::SamplePath();
-  ASSERT_EQ(Dxfimport("render " + sample + " -o " + (out / "whole.png").string() + " --size 700x500 --depth grey").status, 0);
+  ASSERT_EQ(
+      Dxfimport("render " + sample + " -o " + (out / "whole.png").string() + " --size 700x500 --depth grey")
+          .status,
+      0);
   ASSERT_EQ(Dxfimport("render " + sample + " -o " + (out / "strips.png").string() +
-                      " --size 700x500 --depth grey --strip-rows 33").status, 0);
-  EXPECT_EQ(QImage(QString::fromStdString((out / "whole.png").string())).convertToFormat(QImage::Format_RGB32),
-            QImage(QString::fromStdString((out / "strips.png").string())).convertToFormat(QImage::Format_RGB32));
-  ProgramRun dithered = Dxfimport("render " + sample + " -o " + (out / "x.bmp").string() + " --size 40000x30000 --depth 256");
+                      " --size 700x500 --depth grey --strip-rows 33")
+                .status,
+            0);
+  EXPECT_EQ(
+      QImage(QString::fromStdString((out / "whole.png").string())).convertToFormat(QImage::Format_RGB32),
+      QImage(QString::fromStdString((out / "strips.png").string())).convertToFormat(QImage::Format_RGB32));
+  ProgramRun dithered =
+      Dxfimport("render " + sample + " -o " + (out / "x.bmp").string() + " --size 40000x30000 --depth 256");
   EXPECT_EQ(dithered.status, 2);
   EXPECT_NE(dithered.err.find("palette, bw and grey take any size"), std::string::npos) << dithered.err;
   fs::remove_all(in), fs::remove_all(out);
@@ -374,15 +443,17 @@ TEST(NonDrawings, EachGetsOneClearLineAndNothingIsWritten) {
 // are drawn.
 TEST(CommandLine, ABatchEndsAFileAtItsTimeLimitAndGoesOn) {
   namespace fs = std::filesystem;
-  const fs::path in = fs::temp_directory_path() / "dxfimport-timeout-in", out = fs::temp_directory_path() / "dxfimport-timeout-out";
+  const fs::path in = fs::temp_directory_path() / "dxfimport-timeout-in",
+                 out = fs::temp_directory_path() / "dxfimport-timeout-out";
   fs::remove_all(in), fs::remove_all(out);
   fs::create_directories(in);
   ASSERT_EQ(mkfifo((in / "stuck.dxf").c_str(), 0600), 0);
   fs::copy_file(testing::SamplePath(), in / "plan.dxf");
-  ProgramRun run = Dxfimport("render " + (in / "stuck.dxf").string() + " " + (in / "plan.dxf").string() + " -o " +
-                             out.string() + " --format png --jobs 1 --file-timeout 1");
+  ProgramRun run = Dxfimport("render " + (in / "stuck.dxf").string() + " " + (in / "plan.dxf").string() +
+                             " -o " + out.string() + " --format png --jobs 1 --file-timeout 1");
   EXPECT_EQ(run.status, 1);
-  EXPECT_NE(run.out.find("| " + (in / "stuck.dxf").string() + " | timed out |"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("| " + (in / "stuck.dxf").string() + " | timed out |"), std::string::npos)
+      << run.out;
   EXPECT_NE(run.out.find("ended after 1 s (--file-timeout)"), std::string::npos) << run.out;
   EXPECT_NE(run.out.find("| " + (in / "plan.dxf").string() + " | ok |"), std::string::npos) << run.out;
   EXPECT_TRUE(fs::exists(out / "plan.png"));

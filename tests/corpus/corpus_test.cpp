@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
-
-#include <chrono>
-#include <filesystem>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
 
 #include "dxf/reader.h"
 #include "testing/dxf_fixture.h"
@@ -42,9 +42,10 @@ TEST(Corpus, EveryRealDrawingLoadsWithoutCrashOrHang) {
     if (ext != ".dxf" && ext != ".DXF") continue;
     ++files;
     int status = LoadInChild(entry.path());
-    ASSERT_TRUE(WIFEXITED(status)) << entry.path() << (WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM
-                                                           ? " did not finish in time"
-                                                           : " crashed");
+    ASSERT_TRUE(WIFEXITED(status)) << entry.path()
+                                   << (WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM
+                                           ? " did not finish in time"
+                                           : " crashed");
     ASSERT_TRUE(WEXITSTATUS(status) == 0 || WEXITSTATUS(status) == kExitReported)
         << entry.path() << " ended with status " << WEXITSTATUS(status);
     if (WEXITSTATUS(status) == kExitReported) ++reported;

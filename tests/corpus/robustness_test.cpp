@@ -43,22 +43,44 @@ TEST(Robustness, SeedsAndFuzzerFindingsLoadAndDraw) {
 std::string NestedBlocks() {
   testing::Pairs blocks = {{0, "SECTION"}, {2, "BLOCKS"}, {0, "BLOCK"}, {2, "B1"}, {10, "0"}, {20, "0"}};
   for (int i = 0; i < 10; ++i)
-    blocks.insert(blocks.end(), {{0, "LINE"}, {10, std::to_string(i)}, {20, "0"}, {11, std::to_string(i)}, {21, "1"}});
+    blocks.insert(blocks.end(),
+                  {{0, "LINE"}, {10, std::to_string(i)}, {20, "0"}, {11, std::to_string(i)}, {21, "1"}});
   blocks.push_back({0, "ENDBLK"});
   for (int k = 2; k <= 9; ++k) {
     blocks.insert(blocks.end(), {{0, "BLOCK"}, {2, "B" + std::to_string(k)}, {10, "0"}, {20, "0"}});
     for (int i = 0; i < 10; ++i)
-      blocks.insert(blocks.end(), {{0, "INSERT"}, {2, "B" + std::to_string(k - 1)}, {10, std::to_string(i * 10)}, {20, "0"}});
+      blocks.insert(
+          blocks.end(),
+          {{0, "INSERT"}, {2, "B" + std::to_string(k - 1)}, {10, std::to_string(i * 10)}, {20, "0"}});
     blocks.push_back({0, "ENDBLK"});
   }
   blocks.push_back({0, "ENDSEC"});
   return testing::DxfText(blocks) +
-         testing::EntitiesFile({{0, "INSERT"}, {8, "SYMBOLS"}, {2, "B9"}, {10, "0"}, {20, "0"},
-                                {0, "LINE"}, {10, "0"}, {20, "0"}, {11, "100"}, {21, "100"},
-                                {0, "CIRCLE"}, {10, "50"}, {20, "50"}, {40, "10"},
+         testing::EntitiesFile({{0, "INSERT"},
+                                {8, "SYMBOLS"},
+                                {2, "B9"},
+                                {10, "0"},
+                                {20, "0"},
+                                {0, "LINE"},
+                                {10, "0"},
+                                {20, "0"},
+                                {11, "100"},
+                                {21, "100"},
+                                {0, "CIRCLE"},
+                                {10, "50"},
+                                {20, "50"},
+                                {40, "10"},
                                 // a grid of 100 x 100 copies of a block of ten lines
-                                {0, "INSERT"}, {2, "B1"}, {70, "100"}, {71, "100"}, {44, "20"}, {45, "20"},
-                                {0, "INSERT"}, {2, "B2"}, {10, "0"}, {20, "-50"}});
+                                {0, "INSERT"},
+                                {2, "B1"},
+                                {70, "100"},
+                                {71, "100"},
+                                {44, "20"},
+                                {45, "20"},
+                                {0, "INSERT"},
+                                {2, "B2"},
+                                {10, "0"},
+                                {20, "-50"}});
 }
 
 TEST(Robustness, BlocksThatMultiplyPastTheBudgetAreLeftOutWholeAndTheRestLoads) {
@@ -71,7 +93,8 @@ TEST(Robustness, BlocksThatMultiplyPastTheBudgetAreLeftOutWholeAndTheRestLoads) 
   ASSERT_FALSE(loaded->outcome.Report.Clean());
   const ReportEntry& left = loaded->outcome.Report.Entries()[0];
   EXPECT_EQ(left.Kind, "insert over the entity budget: B9");
-  EXPECT_EQ(left.Notice, "Block B9 on layer SYMBOLS (1,000,000,000 entities) left out: over the entity budget");
+  EXPECT_EQ(left.Notice,
+            "Block B9 on layer SYMBOLS (1,000,000,000 entities) left out: over the entity budget");
   EXPECT_GT(left.Line, 0u);
 
   // A budget of 5,000 rows: the MINSERT grid (100,000 rows) goes too, the small insert stays.
@@ -89,8 +112,8 @@ TEST(Robustness, TheLoadReportCountsWhatWasNotDrawnOrWasRepaired) {
   auto clean = testing::LoadModern(testing::EntitiesFile({{0, "LINE"}, {11, "1"}}));
   EXPECT_TRUE(clean->outcome.Report.Clean());
   EXPECT_EQ(clean->outcome.Report.Lines()[0], "Loaded cleanly: nothing was skipped, repaired or left out.");
-  auto odd = testing::LoadModern(testing::EntitiesFile({{0, "3DSOLID"}, {0, "3DSOLID"}, {0, "LINE"}, {62, "99999"},
-                                                        {0, "INSERT"}, {2, "SELF"}}) );
+  auto odd = testing::LoadModern(testing::EntitiesFile(
+      {{0, "3DSOLID"}, {0, "3DSOLID"}, {0, "LINE"}, {62, "99999"}, {0, "INSERT"}, {2, "SELF"}}));
   const auto& entries = odd->outcome.Report.Entries();
   ASSERT_GE(entries.size(), 2u);
   EXPECT_EQ(entries[0].Kind, "entity kind not drawn: 3DSOLID");

@@ -11,9 +11,9 @@ using testing::Pairs;
 
 // A layer table of 0 and WALLS, then a BLOCKS section, then the entities.
 std::string Drawing3(const Pairs& blocks, const Pairs& entities) {
-  Pairs head = {{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "LAYER"}, {0, "LAYER"}, {2, "0"},
-                {0, "LAYER"}, {2, "WALLS"}, {0, "LAYER"}, {2, "NET"}, {0, "ENDTAB"}, {0, "ENDSEC"},
-                {0, "SECTION"}, {2, "BLOCKS"}};
+  Pairs head = {{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"},   {2, "LAYER"}, {0, "LAYER"},
+                {2, "0"},       {0, "LAYER"},  {2, "WALLS"},   {0, "LAYER"}, {2, "NET"},
+                {0, "ENDTAB"},  {0, "ENDSEC"}, {0, "SECTION"}, {2, "BLOCKS"}};
   Pairs mid = {{0, "ENDSEC"}, {0, "SECTION"}, {2, "ENTITIES"}};
   Pairs tail = {{0, "ENDSEC"}, {0, "EOF"}};
   return DxfText(head) + DxfText(blocks) + DxfText(mid) + DxfText(entities) + DxfText(tail);
@@ -21,12 +21,10 @@ std::string Drawing3(const Pairs& blocks, const Pairs& entities) {
 
 // Block B, based at (10, 10): a line on layer 0 and a line on WALLS, an arc and a text.
 const Pairs kBlockB = {
-    {0, "BLOCK"}, {8, "0"}, {2, "B"}, {10, "10"}, {20, "10"},
-    {0, "LINE"}, {8, "0"}, {10, "10"}, {20, "10"}, {11, "12"}, {21, "10"},
-    {0, "LINE"}, {8, "WALLS"}, {10, "10"}, {20, "10"}, {11, "10"}, {21, "11"},
-    {0, "ARC"}, {8, "0"}, {10, "10"}, {20, "10"}, {40, "1"}, {50, "10"}, {51, "80"},
-    {0, "TEXT"}, {8, "0"}, {10, "11"}, {20, "10"}, {40, "0.5"}, {1, "T"}, {50, "5"},
-    {0, "ENDBLK"}};
+    {0, "BLOCK"}, {8, "0"},   {2, "B"},   {10, "10"},  {20, "10"},   {0, "LINE"}, {8, "0"},   {10, "10"},
+    {20, "10"},   {11, "12"}, {21, "10"}, {0, "LINE"}, {8, "WALLS"}, {10, "10"},  {20, "10"}, {11, "10"},
+    {21, "11"},   {0, "ARC"}, {8, "0"},   {10, "10"},  {20, "10"},   {40, "1"},   {50, "10"}, {51, "80"},
+    {0, "TEXT"},  {8, "0"},   {10, "11"}, {20, "10"},  {40, "0.5"},  {1, "T"},    {50, "5"},  {0, "ENDBLK"}};
 
 Pairs Insert(const char* name, Pairs extra) {
   Pairs p = {{0, "INSERT"}, {8, "NET"}, {2, name}};
@@ -51,7 +49,7 @@ TEST(DXFInsert, PlacesTheBlockAtScaleOneAndSubstitutesLayerOne) {
 
 TEST(DXFInsert, ScalesMirrorsAndRotates) {
   auto scaled = Load(Drawing3(kBlockB, Insert("B", {{41, "2"}, {42, "0"}})));
-  EXPECT_EQ(scaled->drawing.Lines[0].X2, 4);      // 41 = 2 and 42 = 0: scale 2, 1
+  EXPECT_EQ(scaled->drawing.Lines[0].X2, 4);  // 41 = 2 and 42 = 0: scale 2, 1
   EXPECT_EQ(scaled->drawing.Lines[1].Y2, 1);
   EXPECT_EQ(scaled->drawing.Arcs[0].Radius, 2);
   EXPECT_EQ(scaled->drawing.Texts[0].Height, 1);
@@ -87,8 +85,10 @@ TEST(DXFInsert, NestedAndPendingInsertsResolveIntoTheirContainer) {
   Pairs outer = {{0, "BLOCK"}, {2, "OUTER"}, {10, "1"}, {20, "1"}};
   Pairs nestedB = Insert("B", {{10, "1"}, {20, "1"}});
   Pairs pending = Insert("LATER", {{10, "5"}, {20, "0"}});
-  Pairs later = {{0, "ENDBLK"}, {0, "BLOCK"}, {2, "LATER"}, {0, "CIRCLE"}, {8, "WALLS"}, {40, "1"}, {0, "ENDBLK"}};
-  for (const Pairs* p : {&outer, &nestedB, &pending, &later}) blocks.insert(blocks.end(), p->begin(), p->end());
+  Pairs later = {{0, "ENDBLK"}, {0, "BLOCK"}, {2, "LATER"}, {0, "CIRCLE"},
+                 {8, "WALLS"},  {40, "1"},    {0, "ENDBLK"}};
+  for (const Pairs* p : {&outer, &nestedB, &pending, &later})
+    blocks.insert(blocks.end(), p->begin(), p->end());
   auto loaded = Load(Drawing3(blocks, Insert("OUTER", {{10, "100"}, {20, "100"}})));
   const Drawing& d = loaded->drawing;
   ASSERT_EQ(d.PendingInsertCount(), 1);
@@ -121,12 +121,12 @@ TEST(DXFInsert, ScaleBeyondTheSingleRangeIsReported) {
 }
 
 TEST(DXFDimension, DrawsLinesAndTextsOfItsBlockOrLogsAMissingOne) {
-  Pairs dimBlock = {{0, "BLOCK"}, {2, "*D1"}, {10, "0"}, {20, "0"},
-                    {0, "LINE"}, {8, "0"}, {10, "0"}, {20, "-1"}, {11, "20"}, {21, "-1"},
-                    {0, "SOLID"}, {10, "0"}, {20, "-1"}, {11, "1"}, {21, "-1"},
-                    {0, "TEXT"}, {10, "10"}, {20, "-1"}, {1, "20.00"}, {0, "ENDBLK"}};
-  auto loaded = Load(Drawing3(dimBlock, {{0, "DIMENSION"}, {8, "WALLS"}, {2, "*D1"},
-                                         {0, "DIMENSION"}, {8, "WALLS"}, {2, "*D9 "}}));
+  Pairs dimBlock = {{0, "BLOCK"}, {2, "*D1"}, {10, "0"},  {20, "0"},    {0, "LINE"},
+                    {8, "0"},     {10, "0"},  {20, "-1"}, {11, "20"},   {21, "-1"},
+                    {0, "SOLID"}, {10, "0"},  {20, "-1"}, {11, "1"},    {21, "-1"},
+                    {0, "TEXT"},  {10, "10"}, {20, "-1"}, {1, "20.00"}, {0, "ENDBLK"}};
+  auto loaded = Load(Drawing3(
+      dimBlock, {{0, "DIMENSION"}, {8, "WALLS"}, {2, "*D1"}, {0, "DIMENSION"}, {8, "WALLS"}, {2, "*D9 "}}));
   const Drawing& d = loaded->drawing;
   EXPECT_EQ(d.LineCount(), 1);
   EXPECT_EQ(d.TextCount(), 1);
@@ -139,8 +139,9 @@ TEST(DXFDimension, DrawsLinesAndTextsOfItsBlockOrLogsAMissingOne) {
 }
 
 TEST(Blocks, PolylinesInsideBlocksInsertStraight) {
-  Pairs block = {{0, "BLOCK"}, {2, "P"}, {0, "POLYLINE"}, {70, "0"}, {0, "VERTEX"}, {10, "0"}, {20, "0"},
-                 {42, "1"}, {0, "VERTEX"}, {10, "2"}, {20, "0"}, {0, "SEQEND"}, {0, "ENDBLK"}};
+  Pairs block = {{0, "BLOCK"}, {2, "P"},      {0, "POLYLINE"}, {70, "0"},     {0, "VERTEX"},
+                 {10, "0"},    {20, "0"},     {42, "1"},       {0, "VERTEX"}, {10, "2"},
+                 {20, "0"},    {0, "SEQEND"}, {0, "ENDBLK"}};
   auto loaded = Load(Drawing3(block, Insert("P", {{41, "-2"}})));
   ASSERT_EQ(loaded->drawing.PolySegCount(), 1);
   EXPECT_EQ(loaded->drawing.PolySegs[0].Bulge, 0);

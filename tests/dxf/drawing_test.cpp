@@ -1,6 +1,7 @@
+#include "dxf/drawing.h"
+
 #include <gtest/gtest.h>
 
-#include "dxf/drawing.h"
 #include "support/runtime_error.h"
 
 namespace dxfimport {

@@ -36,8 +36,18 @@ TEST(DXFLine, MissingGroupsGiveBlackSolidOnLayerOne) {
 }
 
 TEST(DXFCircle, CirclesAndArcsShareTheArcTable) {
-  auto loaded = Load(EntitiesFile({{0, "CIRCLE"}, {8, "0"}, {10, "5"}, {20, "6"}, {40, "2"},
-                                   {0, "ARC"}, {6, "DASHED"}, {10, "0"}, {20, "0"}, {40, "1"}, {50, "450"}, {51, "-30"}}));
+  auto loaded = Load(EntitiesFile({{0, "CIRCLE"},
+                                   {8, "0"},
+                                   {10, "5"},
+                                   {20, "6"},
+                                   {40, "2"},
+                                   {0, "ARC"},
+                                   {6, "DASHED"},
+                                   {10, "0"},
+                                   {20, "0"},
+                                   {40, "1"},
+                                   {50, "450"},
+                                   {51, "-30"}}));
   const Drawing& d = loaded->drawing;
   ASSERT_EQ(d.ArcCount(), 2);
   EXPECT_EQ(d.Arcs[0].StartAngle, 0);
@@ -51,10 +61,10 @@ TEST(DXFCircle, CirclesAndArcsShareTheArcTable) {
 }
 
 TEST(DXFSolidAnd3DFace, CornerOrderAndEdges) {
-  auto loaded = Load(EntitiesFile({{0, "SOLID"}, {10, "0"}, {20, "0"}, {11, "1"}, {21, "0"}, {12, "0"}, {22, "1"},
-                                   {13, "1"}, {23, "1"},
-                                   {0, "3DFACE"}, {62, "1"}, {10, "0"}, {20, "0"}, {30, "9"}, {11, "4"}, {21, "0"},
-                                   {12, "4"}, {22, "3"}, {13, "4"}, {23, "3"}}));
+  auto loaded =
+      Load(EntitiesFile({{0, "SOLID"}, {10, "0"}, {20, "0"},     {11, "1"}, {21, "0"}, {12, "0"}, {22, "1"},
+                         {13, "1"},    {23, "1"}, {0, "3DFACE"}, {62, "1"}, {10, "0"}, {20, "0"}, {30, "9"},
+                         {11, "4"},    {21, "0"}, {12, "4"},     {22, "3"}, {13, "4"}, {23, "3"}}));
   const Drawing& d = loaded->drawing;
   ASSERT_EQ(d.SolidCount(), 1);
   const SolidEntity& s = d.Solids[0];
@@ -88,10 +98,35 @@ TEST(ControlCodes, SpecialCharactersUnderlineAndQuotes) {
 
 TEST(DXFText, PositionByJustificationAndFittedRotation) {
   auto loaded = Load(EntitiesFile({
-      {0, "TEXT"}, {10, "1"}, {20, "2"}, {11, "5"}, {21, "9"}, {72, "4"}, {1, "mid"}, {40, "2.5"},
-      {0, "TEXT"}, {10, "1"}, {20, "2"}, {11, "5"}, {21, "9"}, {72, "2"}, {1, "say \"x\""}, {7, "romans"},
-      {0, "TEXT"}, {10, "2"}, {20, "2"}, {11, "1"}, {21, "1"}, {72, "5"}, {1, "fit"}, {50, "33"},
-      {0, "TEXT"}, {10, "1"}, {20, "2"}, {72, "9"}, {1, std::string(150, 'z')},
+      {0, "TEXT"},
+      {10, "1"},
+      {20, "2"},
+      {11, "5"},
+      {21, "9"},
+      {72, "4"},
+      {1, "mid"},
+      {40, "2.5"},
+      {0, "TEXT"},
+      {10, "1"},
+      {20, "2"},
+      {11, "5"},
+      {21, "9"},
+      {72, "2"},
+      {1, "say \"x\""},
+      {7, "romans"},
+      {0, "TEXT"},
+      {10, "2"},
+      {20, "2"},
+      {11, "1"},
+      {21, "1"},
+      {72, "5"},
+      {1, "fit"},
+      {50, "33"},
+      {0, "TEXT"},
+      {10, "1"},
+      {20, "2"},
+      {72, "9"},
+      {1, std::string(150, 'z')},
   }));
   const Drawing& d = loaded->drawing;
   ASSERT_EQ(d.TextCount(), 4);
@@ -110,12 +145,30 @@ TEST(DXFText, PositionByJustificationAndFittedRotation) {
 }
 
 TEST(DXFAttrib, OnlyFlaglessAttributesOnTheInsertLayer) {
-  auto loaded = Load(testing::DxfText({{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "LAYER"},
-                                       {0, "LAYER"}, {2, "0"}, {0, "LAYER"}, {2, "NET"}, {0, "ENDTAB"},
+  auto loaded = Load(testing::DxfText({{0, "SECTION"},
+                                       {2, "TABLES"},
+                                       {0, "TABLE"},
+                                       {2, "LAYER"},
+                                       {0, "LAYER"},
+                                       {2, "0"},
+                                       {0, "LAYER"},
+                                       {2, "NET"},
+                                       {0, "ENDTAB"},
                                        {0, "ENDSEC"}}) +
-                     EntitiesFile({{0, "INSERT"}, {8, "NET"}, {2, "UNKNOWN"}, {66, "1"},
-                                   {0, "ATTRIB"}, {8, "0"}, {10, "1"}, {20, "1"}, {1, "N-1"}, {70, "0"},
-                                   {0, "ATTRIB"}, {8, "0"}, {1, "hidden"}, {70, "1"},
+                     EntitiesFile({{0, "INSERT"},
+                                   {8, "NET"},
+                                   {2, "UNKNOWN"},
+                                   {66, "1"},
+                                   {0, "ATTRIB"},
+                                   {8, "0"},
+                                   {10, "1"},
+                                   {20, "1"},
+                                   {1, "N-1"},
+                                   {70, "0"},
+                                   {0, "ATTRIB"},
+                                   {8, "0"},
+                                   {1, "hidden"},
+                                   {70, "1"},
                                    {0, "SEQEND"}}));
   const Drawing& d = loaded->drawing;
   ASSERT_EQ(d.AttribCount(), 1);

@@ -24,7 +24,7 @@ TEST(MTextMarkup, ParagraphsWordsAndFormats) {
   const auto paragraphs = ParseMText("{\\H5;big \\C1;red} \\W0.5;\\Q15;\\Lnarrow\\l\\Pnext", 2.5);
   ASSERT_EQ(paragraphs.size(), 2u);
   const auto& pieces = paragraphs[0].pieces;
-  ASSERT_EQ(pieces.size(), 5u);  // big, space, red, space, narrow
+  ASSERT_EQ(pieces.size(), 5u);           // big, space, red, space, narrow
   EXPECT_EQ(pieces[0].format.height, 2);  // 5 of 2.5
   EXPECT_EQ(pieces[2].format.color, 0x0000FF);
   EXPECT_EQ(pieces[3].format.height, 1);  // the group restored the height
@@ -78,16 +78,17 @@ TEST(Curves, EllipsesAndSplinesStayWithinTheTolerance) {
 }
 
 TEST(ModernEntities, MTextKeepsItsContentFrameAndColumns) {
-  auto loaded = LoadModern(EntitiesFile({{0, "MTEXT"}, {10, "100"}, {20, "50"}, {40, "3"}, {41, "40"}, {71, "5"},
-                                         {3, "first\\Psec"}, {1, "ond"}, {11, "0"}, {21, "1"}, {73, "2"},
-                                         {44, "1.5"}, {90, "3"}, {45, "1.2"},
-                                         {101, "Embedded Object"}, {70, "1"}, {10, "999"}, {71, "1"}, {72, "2"},
-                                         {44, "20"}, {45, "2"}, {46, "30"}}));
+  auto loaded = LoadModern(
+      EntitiesFile({{0, "MTEXT"}, {10, "100"},        {20, "50"}, {40, "3"},   {41, "40"},
+                    {71, "5"},    {3, "first\\Psec"}, {1, "ond"}, {11, "0"},   {21, "1"},
+                    {73, "2"},    {44, "1.5"},        {90, "3"},  {45, "1.2"}, {101, "Embedded Object"},
+                    {70, "1"},    {10, "999"},        {71, "1"},  {72, "2"},   {44, "20"},
+                    {45, "2"},    {46, "30"}}));
   const Drawing& d = loaded->drawing;
   ASSERT_EQ(d.MTexts.size(), 1u);
   const MTextEntity& m = d.MTexts[0];
   EXPECT_EQ(m.Content, "first\\Psecond");  // 3 chunks, then 1
-  EXPECT_EQ(m.X, 100);                       // not the embedded object's 10
+  EXPECT_EQ(m.X, 100);                     // not the embedded object's 10
   EXPECT_EQ(m.Height, 3);
   EXPECT_EQ(m.Width, 40);
   EXPECT_EQ(m.Attachment, 5);
@@ -101,24 +102,43 @@ TEST(ModernEntities, MTextKeepsItsContentFrameAndColumns) {
   EXPECT_EQ(m.FillFlags, 3);
   EXPECT_EQ(m.FillScale, 1.2);
   // Seen from below (an extrusion along -Z) the text is mirrored.
-  auto mirrored = LoadModern(EntitiesFile({{0, "MTEXT"}, {10, "5"}, {20, "5"}, {40, "1"}, {1, "x"},
-                                           {210, "0"}, {220, "0"}, {230, "-1"}}));
+  auto mirrored = LoadModern(EntitiesFile(
+      {{0, "MTEXT"}, {10, "5"}, {20, "5"}, {40, "1"}, {1, "x"}, {210, "0"}, {220, "0"}, {230, "-1"}}));
   EXPECT_EQ(mirrored->drawing.MTexts[0].Mirror, kTextUpsideDown);
   EXPECT_EQ(mirrored->drawing.MTexts[0].Rotation, 0);  // the rotation is in world coordinates
-  EXPECT_EQ(mirrored->drawing.MTexts[0].X, 5);           // the point is in world coordinates
+  EXPECT_EQ(mirrored->drawing.MTexts[0].X, 5);         // the point is in world coordinates
 }
 
 TEST(ModernEntities, TextsTakeTheirStyleFontAndDefaults) {
-  std::string styles = testing::DxfText({{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "STYLE"},
-                                         {0, "STYLE"}, {2, "Notes"}, {70, "0"}, {40, "0"}, {41, "0.8"}, {50, "10"},
-                                         {71, "2"}, {3, "arial.ttf"},
-                                         {0, "STYLE"}, {2, "Plot"}, {70, "0"}, {40, "2.5"}, {3, "romans.shx"},
-                                         {0, "STYLE"}, {2, "Family"}, {3, ""}, {1001, "ACAD"}, {1000, "Times New Roman"},
-                                         {0, "ENDTAB"}, {0, "ENDSEC"}});
-  auto loaded = LoadModern(styles + EntitiesFile({{0, "TEXT"}, {7, "notes"}, {40, "2"}, {1, "a"},
-                                                  {0, "TEXT"}, {7, "Notes"}, {40, "2"}, {41, "1.5"}, {71, "0"}, {1, "b"},
-                                                  {0, "TEXT"}, {7, "Plot"}, {1, "c"},
-                                                  {0, "TEXT"}, {7, "Family"}, {40, "1"}, {1, "d"}}));
+  std::string styles = testing::DxfText({{0, "SECTION"},    {2, "TABLES"},
+                                         {0, "TABLE"},      {2, "STYLE"},
+                                         {0, "STYLE"},      {2, "Notes"},
+                                         {70, "0"},         {40, "0"},
+                                         {41, "0.8"},       {50, "10"},
+                                         {71, "2"},         {3, "arial.ttf"},
+                                         {0, "STYLE"},      {2, "Plot"},
+                                         {70, "0"},         {40, "2.5"},
+                                         {3, "romans.shx"}, {0, "STYLE"},
+                                         {2, "Family"},     {3, ""},
+                                         {1001, "ACAD"},    {1000, "Times New Roman"},
+                                         {0, "ENDTAB"},     {0, "ENDSEC"}});
+  auto loaded = LoadModern(styles + EntitiesFile({{0, "TEXT"},
+                                                  {7, "notes"},
+                                                  {40, "2"},
+                                                  {1, "a"},
+                                                  {0, "TEXT"},
+                                                  {7, "Notes"},
+                                                  {40, "2"},
+                                                  {41, "1.5"},
+                                                  {71, "0"},
+                                                  {1, "b"},
+                                                  {0, "TEXT"},
+                                                  {7, "Plot"},
+                                                  {1, "c"},
+                                                  {0, "TEXT"},
+                                                  {7, "Family"},
+                                                  {40, "1"},
+                                                  {1, "d"}}));
   const Drawing& d = loaded->drawing;
   ASSERT_EQ(d.TextCount(), 4);
   EXPECT_EQ(d.Texts[0].FontName, "Arial");
@@ -133,18 +153,19 @@ TEST(ModernEntities, TextsTakeTheirStyleFontAndDefaults) {
 }
 
 TEST(ModernEntities, CurvesKeepTheirShapeLeadersGetArrowsAndTracesBecomeSolids) {
-  auto loaded = LoadModern(EntitiesFile({
-      {0, "ELLIPSE"}, {10, "0"}, {20, "0"}, {11, "10"}, {21, "0"}, {40, "0.5"}, {41, "0"}, {42, "3.14159265"},
-      {0, "LEADER"}, {10, "0"}, {20, "0"}, {10, "5"}, {20, "5"}, {10, "9"}, {20, "5"},
-      {0, "TRACE"}, {10, "0"}, {20, "0"}, {11, "1"}, {21, "0"}, {12, "0"}, {22, "1"}, {13, "1"}, {23, "1"},
-      {0, "SPLINE"}, {71, "2"}, {10, "0"}, {20, "0"}, {10, "5"}, {20, "10"}, {10, "10"}, {20, "0"}}));
+  auto loaded = LoadModern(EntitiesFile(
+      {{0, "ELLIPSE"},     {10, "0"},     {20, "0"},  {11, "10"},    {21, "0"}, {40, "0.5"}, {41, "0"},
+       {42, "3.14159265"}, {0, "LEADER"}, {10, "0"},  {20, "0"},     {10, "5"}, {20, "5"},   {10, "9"},
+       {20, "5"},          {0, "TRACE"},  {10, "0"},  {20, "0"},     {11, "1"}, {21, "0"},   {12, "0"},
+       {22, "1"},          {13, "1"},     {23, "1"},  {0, "SPLINE"}, {71, "2"}, {10, "0"},   {20, "0"},
+       {10, "5"},          {20, "10"},    {10, "10"}, {20, "0"}}));
   const Drawing& d = loaded->drawing;
   ASSERT_EQ(d.Ellipses.size(), 1u);
   EXPECT_EQ(d.Ellipses[0].UX, 10);  // the half ellipse starts on its major axis
   EXPECT_EQ(d.Ellipses[0].VY, 5);   // and turns towards the extrusion's left
   EXPECT_DOUBLE_EQ(d.Ellipses[0].End, 3.14159265);
-  EXPECT_EQ(d.SolidCount(), 2);     // the trace and the leader's arrowhead
-  EXPECT_EQ(d.Solids[0].X1, 0);     // the arrow's tip on the leader's first point
+  EXPECT_EQ(d.SolidCount(), 2);  // the trace and the leader's arrowhead
+  EXPECT_EQ(d.Solids[0].X1, 0);  // the arrow's tip on the leader's first point
   ASSERT_GT(d.PolySegCount(), 10);
   int leader = 0;
   for (const PolySegment& s : d.PolySegs) leader += (s.X1 == 5 && s.Y1 == 5 && s.X2 == 9);
@@ -155,12 +176,11 @@ TEST(ModernEntities, CurvesKeepTheirShapeLeadersGetArrowsAndTracesBecomeSolids) 
 }
 
 TEST(ModernEntities, HatchesKeepTheirLoopsAndTheirPatternLines) {
-  testing::Pairs square = {{91, "2"},
-                           {92, "2"}, {72, "0"}, {73, "1"}, {93, "4"}, {10, "0"}, {20, "0"}, {10, "10"}, {20, "0"},
-                           {10, "10"}, {20, "10"}, {10, "0"}, {20, "10"}, {97, "0"},
-                           {92, "1"}, {93, "2"}, {72, "1"}, {10, "4"}, {20, "4"}, {11, "6"}, {21, "4"},
-                           {72, "2"}, {10, "5"}, {20, "4"}, {40, "1"}, {50, "0"}, {51, "180"}, {73, "1"}, {97, "0"},
-                           {75, "0"}, {76, "1"}, {98, "1"}, {10, "5"}, {20, "5"}};
+  testing::Pairs square = {{91, "2"},  {92, "2"}, {72, "0"},  {73, "1"},  {93, "4"}, {10, "0"},   {20, "0"},
+                           {10, "10"}, {20, "0"}, {10, "10"}, {20, "10"}, {10, "0"}, {20, "10"},  {97, "0"},
+                           {92, "1"},  {93, "2"}, {72, "1"},  {10, "4"},  {20, "4"}, {11, "6"},   {21, "4"},
+                           {72, "2"},  {10, "5"}, {20, "4"},  {40, "1"},  {50, "0"}, {51, "180"}, {73, "1"},
+                           {97, "0"},  {75, "0"}, {76, "1"},  {98, "1"},  {10, "5"}, {20, "5"}};
   testing::Pairs solid = {{0, "HATCH"}, {62, "1"}, {10, "0"}, {20, "0"}, {2, "SOLID"}, {70, "1"}};
   solid.insert(solid.end(), square.begin(), square.end());
   auto filled = LoadModern(EntitiesFile(solid));
@@ -173,8 +193,15 @@ TEST(ModernEntities, HatchesKeepTheirLoopsAndTheirPatternLines) {
   EXPECT_EQ(d.DrawSeq[0].Kind, kKindHatch);
   testing::Pairs pattern = {{0, "HATCH"}, {2, "ANSI31"}, {70, "0"}};
   pattern.insert(pattern.end(), square.begin(), square.end());
-  pattern.insert(pattern.end(), {{78, "1"}, {53, "45"}, {43, "0"}, {44, "0"}, {45, "-0.5"}, {46, "0.5"},
-                                 {79, "2"}, {49, "1"}, {49, "-0.5"}});
+  pattern.insert(pattern.end(), {{78, "1"},
+                                 {53, "45"},
+                                 {43, "0"},
+                                 {44, "0"},
+                                 {45, "-0.5"},
+                                 {46, "0.5"},
+                                 {79, "2"},
+                                 {49, "1"},
+                                 {49, "-0.5"}});
   auto patterned = LoadModern(EntitiesFile(pattern));
   ASSERT_EQ(patterned->drawing.HatchCount(), 1);
   const HatchEntity& h = patterned->drawing.Hatches[0];
@@ -186,17 +213,47 @@ TEST(ModernEntities, HatchesKeepTheirLoopsAndTheirPatternLines) {
 }
 
 TEST(ModernEntities, LineTypePatternsComeFromTheLtypeTable) {
-  std::string tables = testing::DxfText({{0, "SECTION"}, {2, "HEADER"}, {9, "$LTSCALE"}, {40, "2"}, {0, "ENDSEC"},
-                                         {0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "LTYPE"},
-                                         {0, "LTYPE"}, {2, "CENTER2"}, {73, "4"}, {49, "1.25"}, {49, "-0.25"},
-                                         {49, "0.25"}, {49, "-0.25"},
+  std::string tables = testing::DxfText({{0, "SECTION"},
+                                         {2, "HEADER"},
+                                         {9, "$LTSCALE"},
+                                         {40, "2"},
+                                         {0, "ENDSEC"},
+                                         {0, "SECTION"},
+                                         {2, "TABLES"},
+                                         {0, "TABLE"},
+                                         {2, "LTYPE"},
+                                         {0, "LTYPE"},
+                                         {2, "CENTER2"},
+                                         {73, "4"},
+                                         {49, "1.25"},
+                                         {49, "-0.25"},
+                                         {49, "0.25"},
+                                         {49, "-0.25"},
                                          // shapes we cannot draw: solid, not a row of dots
-                                         {0, "LTYPE"}, {2, "BATTING"}, {73, "2"}, {49, "0.001"}, {74, "0"},
-                                         {49, "-2"}, {74, "4"}, {75, "134"}, {0, "ENDTAB"},
-                                         {0, "TABLE"}, {2, "LAYER"}, {0, "LAYER"}, {2, "0"}, {6, "CENTER2"},
-                                         {0, "ENDTAB"}, {0, "ENDSEC"}});
-  auto loaded = LoadModern(tables + EntitiesFile({{0, "LINE"}, {6, "CENTER2"}, {48, "3"}, {0, "LINE"},
-                                                  {0, "LINE"}, {6, "DASHED"}, {0, "LINE"}, {6, "BATTING"}}));
+                                         {0, "LTYPE"},
+                                         {2, "BATTING"},
+                                         {73, "2"},
+                                         {49, "0.001"},
+                                         {74, "0"},
+                                         {49, "-2"},
+                                         {74, "4"},
+                                         {75, "134"},
+                                         {0, "ENDTAB"},
+                                         {0, "TABLE"},
+                                         {2, "LAYER"},
+                                         {0, "LAYER"},
+                                         {2, "0"},
+                                         {6, "CENTER2"},
+                                         {0, "ENDTAB"},
+                                         {0, "ENDSEC"}});
+  auto loaded = LoadModern(tables + EntitiesFile({{0, "LINE"},
+                                                  {6, "CENTER2"},
+                                                  {48, "3"},
+                                                  {0, "LINE"},
+                                                  {0, "LINE"},
+                                                  {6, "DASHED"},
+                                                  {0, "LINE"},
+                                                  {6, "BATTING"}}));
   const Drawing& d = loaded->drawing;
   ASSERT_EQ(d.LineCount(), 4);
   EXPECT_EQ(d.Lines[3].LineType, 0);
@@ -209,19 +266,32 @@ TEST(ModernEntities, LineTypePatternsComeFromTheLtypeTable) {
 
 TEST(ModernEntities, MeshesAndMultilinesDrawTheirEdgesAndDefinitionPointsStayOut) {
   // A MESH of two triangles sharing an edge: five edges, the shared one once.
-  auto mesh = LoadModern(EntitiesFile({{0, "MESH"}, {71, "2"}, {91, "0"}, {92, "4"},
-                                       {10, "0"}, {20, "0"}, {30, "0"}, {10, "1"}, {20, "0"}, {30, "0"},
-                                       {10, "1"}, {20, "1"}, {30, "0"}, {10, "0"}, {20, "1"}, {30, "0"},
-                                       {93, "8"}, {90, "3"}, {90, "0"}, {90, "1"}, {90, "2"},
-                                       {90, "3"}, {90, "0"}, {90, "2"}, {90, "3"}, {94, "0"}, {95, "0"}}));
+  auto mesh = LoadModern(EntitiesFile(
+      {{0, "MESH"}, {71, "2"}, {91, "0"}, {92, "4"}, {10, "0"}, {20, "0"}, {30, "0"}, {10, "1"}, {20, "0"},
+       {30, "0"},   {10, "1"}, {20, "1"}, {30, "0"}, {10, "0"}, {20, "1"}, {30, "0"}, {93, "8"}, {90, "3"},
+       {90, "0"},   {90, "1"}, {90, "2"}, {90, "3"}, {90, "0"}, {90, "2"}, {90, "3"}, {94, "0"}, {95, "0"}}));
   EXPECT_EQ(mesh->drawing.LineCount(), 5);
   // An MLINE of two elements (offsets +1 and -1 along the miters) over three vertices.
-  testing::Pairs mline = {{0, "MLINE"}, {2, "STANDARD"}, {40, "1"}, {70, "0"}, {71, "1"}, {72, "3"}, {73, "2"},
-                          {10, "0"}, {20, "0"}};
+  testing::Pairs mline = {{0, "MLINE"}, {2, "STANDARD"}, {40, "1"}, {70, "0"}, {71, "1"},
+                          {72, "3"},    {73, "2"},       {10, "0"}, {20, "0"}};
   for (const char* x : {"0", "10", "20"})
-    mline.insert(mline.end(), {{11, x}, {21, "0"}, {31, "0"}, {12, "1"}, {22, "0"}, {32, "0"}, {13, "0"}, {23, "1"},
-                               {33, "0"}, {74, "2"}, {41, "1"}, {41, "0"}, {75, "0"}, {74, "2"}, {41, "-1"},
-                               {41, "0"}, {75, "0"}});
+    mline.insert(mline.end(), {{11, x},
+                               {21, "0"},
+                               {31, "0"},
+                               {12, "1"},
+                               {22, "0"},
+                               {32, "0"},
+                               {13, "0"},
+                               {23, "1"},
+                               {33, "0"},
+                               {74, "2"},
+                               {41, "1"},
+                               {41, "0"},
+                               {75, "0"},
+                               {74, "2"},
+                               {41, "-1"},
+                               {41, "0"},
+                               {75, "0"}});
   auto lines = LoadModern(EntitiesFile(mline));
   const Drawing& m = lines->drawing;
   ASSERT_EQ(m.PolySegCount(), 4);
@@ -229,8 +299,8 @@ TEST(ModernEntities, MeshesAndMultilinesDrawTheirEdgesAndDefinitionPointsStayOut
   EXPECT_EQ(m.PolySegs[1].X2, 20);
   EXPECT_EQ(m.PolySegs[2].Y1, -1);
   // Points on Defpoints (a dimension's definition points) are not drawn; others are.
-  auto points = LoadModern(EntitiesFile({{0, "POINT"}, {8, "DEFPOINTS"}, {10, "1"}, {20, "1"},
-                                         {0, "POINT"}, {8, "0"}, {10, "2"}, {20, "2"}}));
+  auto points = LoadModern(EntitiesFile(
+      {{0, "POINT"}, {8, "DEFPOINTS"}, {10, "1"}, {20, "1"}, {0, "POINT"}, {8, "0"}, {10, "2"}, {20, "2"}}));
   ASSERT_EQ(points->drawing.Points.size(), 1u);
   EXPECT_EQ(points->drawing.Points[0].X, 2);
 }

@@ -23,8 +23,15 @@ std::string WithBlocks(const Pairs& blocks, const Pairs& entities) {
 }
 
 TEST(ObjectCoordinates, AnExtrusionAlongMinusZMirrorsArcsAndInserts) {
-  auto arc = LoadModern(EntitiesFile({{0, "ARC"}, {10, "10"}, {20, "0"}, {40, "5"}, {50, "0"}, {51, "90"},
-                                      {210, "0"}, {220, "0"}, {230, "-1"}}));
+  auto arc = LoadModern(EntitiesFile({{0, "ARC"},
+                                      {10, "10"},
+                                      {20, "0"},
+                                      {40, "5"},
+                                      {50, "0"},
+                                      {51, "90"},
+                                      {210, "0"},
+                                      {220, "0"},
+                                      {230, "-1"}}));
   ASSERT_EQ(arc->drawing.ArcCount(), 1);
   const ArcEntity& a = arc->drawing.Arcs[0];
   EXPECT_EQ(a.CenterX, -10);
@@ -32,11 +39,12 @@ TEST(ObjectCoordinates, AnExtrusionAlongMinusZMirrorsArcsAndInserts) {
   EXPECT_NEAR(a.EndAngle, 180, 1e-9);
 
   // A block with a line and a nested insert of a block with a circle, inserted mirrored.
-  Pairs blocks = {{0, "BLOCK"}, {2, "DOT"}, {0, "CIRCLE"}, {10, "1"}, {20, "0"}, {40, "0.5"}, {0, "ENDBLK"},
-                  {0, "BLOCK"}, {2, "B"}, {0, "LINE"}, {10, "0"}, {20, "0"}, {11, "2"}, {21, "1"},
-                  {0, "INSERT"}, {2, "DOT"}, {10, "3"}, {20, "0"}, {0, "ENDBLK"}};
-  auto insert = LoadModern(WithBlocks(blocks, {{0, "INSERT"}, {2, "B"}, {10, "10"}, {20, "5"},
-                                               {210, "0"}, {220, "0"}, {230, "-1"}}));
+  Pairs blocks = {{0, "BLOCK"}, {2, "DOT"},    {0, "CIRCLE"}, {10, "1"},    {20, "0"},
+                  {40, "0.5"},  {0, "ENDBLK"}, {0, "BLOCK"},  {2, "B"},     {0, "LINE"},
+                  {10, "0"},    {20, "0"},     {11, "2"},     {21, "1"},    {0, "INSERT"},
+                  {2, "DOT"},   {10, "3"},     {20, "0"},     {0, "ENDBLK"}};
+  auto insert = LoadModern(WithBlocks(
+      blocks, {{0, "INSERT"}, {2, "B"}, {10, "10"}, {20, "5"}, {210, "0"}, {220, "0"}, {230, "-1"}}));
   const Drawing& d = insert->drawing;
   ASSERT_EQ(d.LineCount(), 1);
   EXPECT_EQ(d.Lines[0].X1, -10);  // the insertion point is in object coordinates too
@@ -48,8 +56,8 @@ TEST(ObjectCoordinates, AnExtrusionAlongMinusZMirrorsArcsAndInserts) {
 }
 
 TEST(ObjectCoordinates, ATiltedPlaneDrawsACircleAsAnEllipse) {
-  auto tilted = LoadModern(EntitiesFile({{0, "CIRCLE"}, {10, "0"}, {20, "0"}, {40, "10"},
-                                         {210, "0"}, {220, "0.6"}, {230, "0.8"}}));
+  auto tilted = LoadModern(EntitiesFile(
+      {{0, "CIRCLE"}, {10, "0"}, {20, "0"}, {40, "10"}, {210, "0"}, {220, "0.6"}, {230, "0.8"}}));
   ASSERT_EQ(tilted->drawing.Ellipses.size(), 1u);
   const EllipseEntity& e = tilted->drawing.Ellipses[0];
   EXPECT_NEAR(std::hypot(e.UX, e.UY), 10, 1e-9);  // the x axis lies in the world's plane
@@ -60,15 +68,23 @@ TEST(ObjectCoordinates, ATiltedPlaneDrawsACircleAsAnEllipse) {
 TEST(Meshes, APolyfaceDrawsEachVisibleEdgeOnceAndAPolygonMeshItsGrid) {
   // A cube: 8 corners, 6 faces; the edge from corner 1 to 2 is hidden in both faces.
   Pairs cube = {{0, "POLYLINE"}, {66, "1"}, {70, "64"}, {71, "8"}, {72, "6"}};
-  const int corners[8][3] = {{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 10, 0},
+  const int corners[8][3] = {{0, 0, 0},  {10, 0, 0},  {10, 10, 0},  {0, 10, 0},
                              {0, 0, 10}, {10, 0, 10}, {10, 10, 10}, {0, 10, 10}};
   for (const auto& c : corners)
-    cube.insert(cube.end(), {{0, "VERTEX"}, {70, "192"}, {10, std::to_string(c[0] + c[2] / 2)},
-                             {20, std::to_string(c[1] + c[2] / 2)}, {30, std::to_string(c[2])}});
-  const int faces[6][4] = {{-1, 2, 3, 4}, {5, 6, 7, 8}, {-2, 1, 5, 6}, {2, 3, 7, 6}, {3, 4, 8, 7}, {4, 1, 5, 8}};
+    cube.insert(cube.end(), {{0, "VERTEX"},
+                             {70, "192"},
+                             {10, std::to_string(c[0] + c[2] / 2)},
+                             {20, std::to_string(c[1] + c[2] / 2)},
+                             {30, std::to_string(c[2])}});
+  const int faces[6][4] = {{-1, 2, 3, 4}, {5, 6, 7, 8}, {-2, 1, 5, 6},
+                           {2, 3, 7, 6},  {3, 4, 8, 7}, {4, 1, 5, 8}};
   for (const auto& f : faces)
-    cube.insert(cube.end(), {{0, "VERTEX"}, {70, "128"}, {71, std::to_string(f[0])}, {72, std::to_string(f[1])},
-                             {73, std::to_string(f[2])}, {74, std::to_string(f[3])}});
+    cube.insert(cube.end(), {{0, "VERTEX"},
+                             {70, "128"},
+                             {71, std::to_string(f[0])},
+                             {72, std::to_string(f[1])},
+                             {73, std::to_string(f[2])},
+                             {74, std::to_string(f[3])}});
   cube.push_back({0, "SEQEND"});
   auto mesh = LoadModern(EntitiesFile(cube));
   EXPECT_EQ(mesh->drawing.LineCount(), 11);
@@ -77,34 +93,46 @@ TEST(Meshes, APolyfaceDrawsEachVisibleEdgeOnceAndAPolygonMeshItsGrid) {
   Pairs grid = {{0, "POLYLINE"}, {66, "1"}, {70, "16"}, {71, "3"}, {72, "2"}};
   for (int i = 0; i < 3; ++i)
     for (int j = 0; j < 2; ++j)
-      grid.insert(grid.end(), {{0, "VERTEX"}, {70, "64"}, {10, std::to_string(j * 10)}, {20, std::to_string(i * 10)}});
+      grid.insert(grid.end(),
+                  {{0, "VERTEX"}, {70, "64"}, {10, std::to_string(j * 10)}, {20, std::to_string(i * 10)}});
   grid.push_back({0, "SEQEND"});
   auto polygonMesh = LoadModern(EntitiesFile(grid));
   EXPECT_EQ(polygonMesh->drawing.LineCount(), 3 + 4);
 }
 
 TEST(BlockProperties, ByBlockAndLayerZeroResolveThroughEveryLevel) {
-  std::string tables = DxfText({{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "LAYER"},
-                                {0, "LAYER"}, {2, "0"}, {62, "7"}, {0, "LAYER"}, {2, "L"}, {62, "5"}, {6, "DASHED"},
-                                {370, "35"}, {0, "ENDTAB"}, {0, "ENDSEC"}});
-  Pairs blocks = {{0, "BLOCK"}, {2, "INNER"},
-                  {0, "LINE"}, {8, "0"}, {62, "0"}, {6, "BYBLOCK"}, {370, "-2"}, {11, "1"},     // all by block
-                  {0, "LINE"}, {8, "0"}, {11, "2"},                                            // all by layer
-                  {0, "ENDBLK"},
-                  {0, "BLOCK"}, {2, "OUTER"}, {0, "INSERT"}, {8, "0"}, {62, "0"}, {6, "BYBLOCK"}, {370, "-2"},
-                  {2, "INNER"}, {0, "ENDBLK"}};
-  auto loaded = LoadModern(tables + WithBlocks(blocks, {{0, "INSERT"}, {2, "OUTER"}, {8, "L"}, {62, "3"},
-                                                        {6, "PHANTOM"}, {370, "50"}}));
+  std::string tables = DxfText({{0, "SECTION"},
+                                {2, "TABLES"},
+                                {0, "TABLE"},
+                                {2, "LAYER"},
+                                {0, "LAYER"},
+                                {2, "0"},
+                                {62, "7"},
+                                {0, "LAYER"},
+                                {2, "L"},
+                                {62, "5"},
+                                {6, "DASHED"},
+                                {370, "35"},
+                                {0, "ENDTAB"},
+                                {0, "ENDSEC"}});
+  Pairs blocks = {{0, "BLOCK"},   {2, "INNER"},   {0, "LINE"},  {8, "0"},      {62, "0"},
+                  {6, "BYBLOCK"}, {370, "-2"},    {11, "1"},  // all by block
+                  {0, "LINE"},    {8, "0"},       {11, "2"},  // all by layer
+                  {0, "ENDBLK"},  {0, "BLOCK"},   {2, "OUTER"}, {0, "INSERT"}, {8, "0"},
+                  {62, "0"},      {6, "BYBLOCK"}, {370, "-2"},  {2, "INNER"},  {0, "ENDBLK"}};
+  auto loaded = LoadModern(
+      tables +
+      WithBlocks(blocks, {{0, "INSERT"}, {2, "OUTER"}, {8, "L"}, {62, "3"}, {6, "PHANTOM"}, {370, "50"}}));
   const Drawing& d = loaded->drawing;
   ASSERT_EQ(d.LineCount(), 2);
-  EXPECT_EQ(d.Lines[0].Layer, 2);                // layer 0 became L through both inserts
-  EXPECT_EQ(d.Lines[0].Color, AciColor(3));      // by block: the outer insert's green
-  EXPECT_EQ(d.Lines[0].LineType, 4);             // its phantom line type
-  EXPECT_EQ(d.Lines[0].LineWeight, 50);          // and its weight
+  EXPECT_EQ(d.Lines[0].Layer, 2);            // layer 0 became L through both inserts
+  EXPECT_EQ(d.Lines[0].Color, AciColor(3));  // by block: the outer insert's green
+  EXPECT_EQ(d.Lines[0].LineType, 4);         // its phantom line type
+  EXPECT_EQ(d.Lines[0].LineWeight, 50);      // and its weight
   EXPECT_EQ(d.Lines[1].Layer, 2);
-  EXPECT_EQ(d.Lines[1].Color, 0);                // by layer: drawn in L's colour
-  EXPECT_EQ(d.Lines[1].LineType, 1);             // L's dashes
-  EXPECT_EQ(d.Lines[1].LineWeight, 35);          // L's weight
+  EXPECT_EQ(d.Lines[1].Color, 0);        // by layer: drawn in L's colour
+  EXPECT_EQ(d.Lines[1].LineType, 1);     // L's dashes
+  EXPECT_EQ(d.Lines[1].LineWeight, 35);  // L's weight
 }
 
 TEST(Colors, TheColourIndexPaletteAndTheForeground) {
@@ -116,7 +144,7 @@ TEST(Colors, TheColourIndexPaletteAndTheForeground) {
   EXPECT_EQ(AciColor(250), 0x333333);
   EXPECT_EQ(AciColor(8), 0x808080);
   EXPECT_EQ(AciColor(7), kForeground);
-  EXPECT_EQ(AciColor(18), 0x000026);   // the darkest shade: 15 %
+  EXPECT_EQ(AciColor(18), 0x000026);  // the darkest shade: 15 %
   EXPECT_EQ(ContrastingColor(0xFFFFFF), 0x000000);
   EXPECT_EQ(ContrastingColor(0x202020), 0xFFFFFF);
   EXPECT_EQ(TrueColorValue("16777215", 7), kForeground);  // restates colour 7
@@ -129,8 +157,14 @@ TEST(Colors, TheColourIndexPaletteAndTheForeground) {
 }
 
 TEST(Precision, SurveyCoordinatesKeepTheirMillimetres) {
-  auto loaded = LoadModern(EntitiesFile({{0, "CIRCLE"}, {10, "512350.0004"}, {20, "5412349.0003"}, {40, "0.3"},
-                                         {0, "LINE"}, {10, "512345.123"}, {20, "5412345.456"}, {11, "512345.124"},
+  auto loaded = LoadModern(EntitiesFile({{0, "CIRCLE"},
+                                         {10, "512350.0004"},
+                                         {20, "5412349.0003"},
+                                         {40, "0.3"},
+                                         {0, "LINE"},
+                                         {10, "512345.123"},
+                                         {20, "5412345.456"},
+                                         {11, "512345.124"},
                                          {21, "5412345.457"}}));
   const Drawing& d = loaded->drawing;
   EXPECT_EQ(d.Arcs[0].CenterX, 512350.0004);
@@ -165,11 +199,11 @@ std::string BinaryOf(const Pairs& pairs) {
 }
 
 TEST(BinaryDxf, TheModernProfileReadsItAsItsTextAndTheLegacyOneRefusesIt) {
-  const Pairs pairs = {{0, "SECTION"}, {2, "ENTITIES"},
-                       {0, "LINE"}, {100, "AcDbEntity"}, {8, "WALLS"}, {62, "3"}, {10, "1.5"}, {20, "2.25"},
-                       {11, "512345.125"}, {21, "-4"}, {0, "TEXT"}, {8, "WALLS"}, {10, "0"}, {20, "0"}, {40, "2"},
-                       {1, "Hello"}, {0, "LWPOLYLINE"}, {90, "2"}, {70, "1"}, {10, "0"}, {20, "0"}, {10, "5"},
-                       {20, "0"}, {0, "ENDSEC"}, {0, "EOF"}};
+  const Pairs pairs = {{0, "SECTION"}, {2, "ENTITIES"},   {0, "LINE"},  {100, "AcDbEntity"}, {8, "WALLS"},
+                       {62, "3"},      {10, "1.5"},       {20, "2.25"}, {11, "512345.125"},  {21, "-4"},
+                       {0, "TEXT"},    {8, "WALLS"},      {10, "0"},    {20, "0"},           {40, "2"},
+                       {1, "Hello"},   {0, "LWPOLYLINE"}, {90, "2"},    {70, "1"},           {10, "0"},
+                       {20, "0"},      {10, "5"},         {20, "0"},    {0, "ENDSEC"},       {0, "EOF"}};
   auto binary = LoadModern(BinaryOf(pairs));
   auto text = LoadModern(DxfText(pairs));
   ASSERT_TRUE(binary->result);
@@ -194,24 +228,72 @@ TEST(BinaryDxf, TheModernProfileReadsItAsItsTextAndTheLegacyOneRefusesIt) {
 }
 
 TEST(Dimensions, TheWholeBlockWithArrowBlocksOrTheDefinitionPointsAreDrawn) {
-  Pairs blocks = {{0, "BLOCK"}, {2, "_ClosedFilled"}, {0, "SOLID"}, {8, "0"}, {62, "0"}, {10, "0"}, {20, "0"},
-                  {11, "-1"}, {21, "0.2"}, {12, "-1"}, {22, "-0.2"}, {0, "ENDBLK"},
-                  {0, "BLOCK"}, {2, "*D1"}, {0, "LINE"}, {10, "0"}, {20, "5"}, {11, "10"}, {21, "5"},
-                  {0, "INSERT"}, {2, "_ClosedFilled"}, {62, "0"}, {10, "10"}, {20, "5"},
-                  {0, "INSERT"}, {2, "_ClosedFilled"}, {62, "0"}, {10, "0"}, {20, "5"}, {50, "180"},
-                  {0, "MTEXT"}, {10, "5"}, {20, "6"}, {40, "1"}, {71, "8"}, {1, "10"}, {0, "ENDBLK"}};
+  Pairs blocks = {{0, "BLOCK"},
+                  {2, "_ClosedFilled"},
+                  {0, "SOLID"},
+                  {8, "0"},
+                  {62, "0"},
+                  {10, "0"},
+                  {20, "0"},
+                  {11, "-1"},
+                  {21, "0.2"},
+                  {12, "-1"},
+                  {22, "-0.2"},
+                  {0, "ENDBLK"},
+                  {0, "BLOCK"},
+                  {2, "*D1"},
+                  {0, "LINE"},
+                  {10, "0"},
+                  {20, "5"},
+                  {11, "10"},
+                  {21, "5"},
+                  {0, "INSERT"},
+                  {2, "_ClosedFilled"},
+                  {62, "0"},
+                  {10, "10"},
+                  {20, "5"},
+                  {0, "INSERT"},
+                  {2, "_ClosedFilled"},
+                  {62, "0"},
+                  {10, "0"},
+                  {20, "5"},
+                  {50, "180"},
+                  {0, "MTEXT"},
+                  {10, "5"},
+                  {20, "6"},
+                  {40, "1"},
+                  {71, "8"},
+                  {1, "10"},
+                  {0, "ENDBLK"}};
   auto withBlock = LoadModern(WithBlocks(blocks, {{0, "DIMENSION"}, {2, "*D1"}, {62, "1"}, {70, "32"}}));
   const Drawing& d = withBlock->drawing;
   EXPECT_EQ(d.LineCount(), 1);
-  ASSERT_EQ(d.SolidCount(), 2);              // the arrowheads, in every nesting
+  ASSERT_EQ(d.SolidCount(), 2);               // the arrowheads, in every nesting
   EXPECT_EQ(d.Solids[0].Color, AciColor(1));  // by block: the dimension's colour
   EXPECT_NEAR(d.Solids[1].X2, 1, 1e-9);       // the turned arrow points left
   EXPECT_EQ(d.MTexts.size(), 1u);
 
-  std::string styles = DxfText({{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "DIMSTYLE"}, {0, "DIMSTYLE"},
-                                {2, "ISO"}, {41, "2.5"}, {140, "2.5"}, {271, "2"}, {0, "ENDTAB"}, {0, "ENDSEC"}});
-  auto bare = LoadModern(styles + EntitiesFile({{0, "DIMENSION"}, {3, "ISO"}, {70, "0"}, {10, "0"}, {20, "20"},
-                                                {11, "50"}, {21, "22"}, {13, "0"}, {23, "0"}, {14, "100"},
+  std::string styles = DxfText({{0, "SECTION"},
+                                {2, "TABLES"},
+                                {0, "TABLE"},
+                                {2, "DIMSTYLE"},
+                                {0, "DIMSTYLE"},
+                                {2, "ISO"},
+                                {41, "2.5"},
+                                {140, "2.5"},
+                                {271, "2"},
+                                {0, "ENDTAB"},
+                                {0, "ENDSEC"}});
+  auto bare = LoadModern(styles + EntitiesFile({{0, "DIMENSION"},
+                                                {3, "ISO"},
+                                                {70, "0"},
+                                                {10, "0"},
+                                                {20, "20"},
+                                                {11, "50"},
+                                                {21, "22"},
+                                                {13, "0"},
+                                                {23, "0"},
+                                                {14, "100"},
                                                 {24, "0"}}));
   const Drawing& b = bare->drawing;
   EXPECT_EQ(b.LineCount(), 3);   // two extension lines and the dimension line
@@ -222,21 +304,22 @@ TEST(Dimensions, TheWholeBlockWithArrowBlocksOrTheDefinitionPointsAreDrawn) {
 }
 
 TEST(OtherEntities, TablesWipeoutsRaysAndPointsAreKept) {
-  Pairs blocks = {{0, "BLOCK"}, {2, "*T1"}, {0, "LINE"}, {10, "0"}, {20, "0"}, {11, "4"}, {21, "0"}, {0, "ENDBLK"}};
+  Pairs blocks = {{0, "BLOCK"}, {2, "*T1"}, {0, "LINE"}, {10, "0"},
+                  {20, "0"},    {11, "4"},  {21, "0"},   {0, "ENDBLK"}};
   auto loaded = LoadModern(WithBlocks(
-      blocks, {{0, "ACAD_TABLE"}, {2, "*T1"}, {10, "100"}, {20, "50"}, {11, "0"}, {21, "1"},
-               {0, "WIPEOUT"}, {10, "0"}, {20, "0"}, {11, "10"}, {21, "0"}, {12, "0"}, {22, "5"}, {13, "1"},
-               {23, "1"}, {71, "1"}, {91, "2"}, {14, "-0.5"}, {24, "-0.5"}, {14, "0.5"}, {24, "0.5"},
-               {0, "RAY"}, {10, "1"}, {20, "1"}, {11, "1"}, {21, "0"},
-               {0, "XLINE"}, {10, "1"}, {20, "1"}, {11, "0"}, {21, "1"},
-               {0, "POINT"}, {10, "7"}, {20, "8"}}));
+      blocks,
+      {{0, "ACAD_TABLE"}, {2, "*T1"}, {10, "100"}, {20, "50"},   {11, "0"},    {21, "1"},    {0, "WIPEOUT"},
+       {10, "0"},         {20, "0"},  {11, "10"},  {21, "0"},    {12, "0"},    {22, "5"},    {13, "1"},
+       {23, "1"},         {71, "1"},  {91, "2"},   {14, "-0.5"}, {24, "-0.5"}, {14, "0.5"},  {24, "0.5"},
+       {0, "RAY"},        {10, "1"},  {20, "1"},   {11, "1"},    {21, "0"},    {0, "XLINE"}, {10, "1"},
+       {20, "1"},         {11, "0"},  {21, "1"},   {0, "POINT"}, {10, "7"},    {20, "8"}}));
   const Drawing& d = loaded->drawing;
   ASSERT_EQ(d.LineCount(), 1);
   EXPECT_NEAR(d.Lines[0].X2, 100, 1e-9);  // the table's block turned along its direction
   EXPECT_NEAR(d.Lines[0].Y2, 54, 1e-9);
   ASSERT_EQ(d.HatchCount(), 1);
   EXPECT_EQ(d.Hatches[0].Filling, HatchEntity::Fill::Background);
-  EXPECT_EQ(d.Hatches[0].Points[0].x, 0);   // image pixels count from the top left
+  EXPECT_EQ(d.Hatches[0].Points[0].x, 0);  // image pixels count from the top left
   EXPECT_EQ(d.Hatches[0].Points[0].y, 5);
   EXPECT_EQ(d.Hatches[0].Points[2].x, 10);
   EXPECT_EQ(d.Hatches[0].Points[2].y, 0);

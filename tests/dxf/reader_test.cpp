@@ -1,8 +1,9 @@
+#include "dxf/reader.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
-#include "dxf/reader.h"
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {
@@ -41,8 +42,8 @@ TEST(LoadDXF, AFileWithoutEntitiesKeepsTheStartExtents) {
 }
 
 TEST(LoadDXF, HeaderExtentsWinOverTheEntities) {
-  Pairs header = {{0, "SECTION"}, {2, "HEADER"}, {9, "$EXTMIN"}, {10, "-5"}, {20, "-6"}, {30, "0"},
-                  {9, "$EXTMAX"}, {10, "2"},  {20, "2.5"}, {0, "ENDSEC"}};
+  Pairs header = {{0, "SECTION"}, {2, "HEADER"},  {9, "$EXTMIN"}, {10, "-5"},  {20, "-6"},
+                  {30, "0"},      {9, "$EXTMAX"}, {10, "2"},      {20, "2.5"}, {0, "ENDSEC"}};
   auto withHeader = Load(DxfText(header) + LinesFile(1));
   EXPECT_EQ(withHeader->drawing.ExtMinX, -5);
   EXPECT_EQ(withHeader->drawing.ExtMinY, -6);
@@ -66,12 +67,29 @@ TEST(LoadDXF, ComparesEveryLineUntrimmedAndCaseSensitively) {
 }
 
 TEST(LoadDXF, TheFirstLayerLineIsTheTableName) {
-  Pairs tables = {{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "LAYER"}, {70, "2"},
-                  {0, "LAYER"}, {2, "WALLS"}, {70, "0"}, {62, "-7"},
-                  {0, "LAYER"}, {2, "FROZEN"}, {70, "1"}, {62, "3"},
-                  {0, "LAYER"}, {2, "LOCKED"}, {70, "4"}, {62, "5"},
-                  {0, "LAYER"}, {2, "A_NAME_LONGER_THAN_TWENTY"}, {70, "512"}, {62, "1"},
-                  {0, "ENDTAB"}, {0, "ENDSEC"}};
+  Pairs tables = {{0, "SECTION"},
+                  {2, "TABLES"},
+                  {0, "TABLE"},
+                  {2, "LAYER"},
+                  {70, "2"},
+                  {0, "LAYER"},
+                  {2, "WALLS"},
+                  {70, "0"},
+                  {62, "-7"},
+                  {0, "LAYER"},
+                  {2, "FROZEN"},
+                  {70, "1"},
+                  {62, "3"},
+                  {0, "LAYER"},
+                  {2, "LOCKED"},
+                  {70, "4"},
+                  {62, "5"},
+                  {0, "LAYER"},
+                  {2, "A_NAME_LONGER_THAN_TWENTY"},
+                  {70, "512"},
+                  {62, "1"},
+                  {0, "ENDTAB"},
+                  {0, "ENDSEC"}};
   auto loaded = Load(DxfText(tables) + LinesFile(0));
   const Drawing& d = loaded->drawing;
   ASSERT_EQ(d.LayerCount(), 4);
@@ -101,7 +119,8 @@ TEST(LoadDXF, ShowsProgressInFivePercentSteps) {
   EXPECT_TRUE(progress.hidden);
   ASSERT_GE(progress.values.size(), 18u);
   ASSERT_LE(progress.values.size(), 20u);
-  for (std::size_t i = 1; i < progress.values.size(); ++i) EXPECT_GT(progress.values[i], progress.values[i - 1]);
+  for (std::size_t i = 1; i < progress.values.size(); ++i)
+    EXPECT_GT(progress.values[i], progress.values[i - 1]);
   EXPECT_LE(progress.values.back(), 100);
 }
 
@@ -125,7 +144,9 @@ TEST(LoadDXF, BadInputIsReportedAndWhatWasReadIsKept) {
       {"NUL bytes only", std::string(4096, '\0'), "not recognized", false, 0},
       {"cut inside an entity", start + "0\nLINE\n8\n0\n10\n", "Error 62: Input past end of file", true, 1},
       {"cut inside a polyline",
-       start + DxfText({{0, "POLYLINE"}, {8, "0"}, {0, "VERTEX"}, {10, "1"}, {20, "1"}, {0, "VERTEX"}, {10, "2"}}),
+       start +
+           DxfText(
+               {{0, "POLYLINE"}, {8, "0"}, {0, "VERTEX"}, {10, "1"}, {20, "1"}, {0, "VERTEX"}, {10, "2"}}),
        "Error 62: Input past end of file", true, 1},
       {"group code above 80", start + DxfText({{0, "LINE"}, {100, "AcDbLine"}}) + line,
        "Error 9: Subscript out of range", true, 1},
@@ -133,10 +154,14 @@ TEST(LoadDXF, BadInputIsReportedAndWhatWasReadIsKept) {
       {"number too large for its field", start + DxfText({{0, "LINE"}, {62, "99999"}}) + line,
        "Error 6: Overflow", true, 1},
       {"group code that is no number", start + "0\nLINE\nabc\n1\n", "Error 13: Type mismatch", true, 1},
-      {"coordinate beyond a single", start + DxfText({{0, "LINE"}, {10, "1e300"}}) + end, "Error 6: Overflow", true, 1},
-      {"megabyte code line", start + "0\nLINE\n" + std::string(1 << 20, '7') + "\n1\n", "Error 6: Overflow", true, 1},
-      {"megabyte text value", start + DxfText({{0, "TEXT"}, {1, std::string(3 << 20, 'x')}}) + line + end, "", true, 2},
-      {"NUL bytes in a value", start + DxfText({{0, "TEXT"}, {1, std::string("a\0b", 3)}}) + end, "", true, 1},
+      {"coordinate beyond a single", start + DxfText({{0, "LINE"}, {10, "1e300"}}) + end, "Error 6: Overflow",
+       true, 1},
+      {"megabyte code line", start + "0\nLINE\n" + std::string(1 << 20, '7') + "\n1\n", "Error 6: Overflow",
+       true, 1},
+      {"megabyte text value", start + DxfText({{0, "TEXT"}, {1, std::string(3 << 20, 'x')}}) + line + end, "",
+       true, 2},
+      {"NUL bytes in a value", start + DxfText({{0, "TEXT"}, {1, std::string("a\0b", 3)}}) + end, "", true,
+       1},
       {"invalid UTF-8", start + DxfText({{0, "TEXT"}, {1, "\xB1\xFF"}}) + end, "", true, 1},
   };
   for (const Case& c : cases) {

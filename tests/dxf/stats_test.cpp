@@ -1,9 +1,10 @@
+#include "dxf/stats.h"
+
 #include <gtest/gtest.h>
 
 #include <sstream>
 
 #include "dxf/dump.h"
-#include "dxf/stats.h"
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {

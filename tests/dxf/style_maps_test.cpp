@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "dxf/style_maps.h"
+
+#include <gtest/gtest.h>
 
 namespace dxfimport {
 namespace {
@@ -11,10 +11,11 @@ TEST(ColorMap, FollowsTheColourTableInOrder) {
     int32_t rgb;
   };
   const Case cases[] = {
-      {1, 0x0000FF}, {10, 0x0000FF}, {39, 0x0000FF}, {2, 0x00FFFF},  {59, 0x00FFFF},  {3, 0x00FF00},
-      {129, 0x00FF00}, {4, 0xFFFF00}, {149, 0xFFFF00}, {5, 0x800000}, {189, 0x800000}, {6, 0xFF00FF},
-      {229, 0xFF00FF}, {0, 0}, {7, 0}, {8, 0x404040}, {9, 0x404040}, {250, 0x808080}, {252, 0xC0C0C0},
-      {253, 0xE0E0E0}, {255, 0xFFFFFF}, {-7, 0}, {230, 0}, {251, 0}, {254, 0}, {256, 0},
+      {1, 0x0000FF},   {10, 0x0000FF},  {39, 0x0000FF},  {2, 0x00FFFF}, {59, 0x00FFFF},  {3, 0x00FF00},
+      {129, 0x00FF00}, {4, 0xFFFF00},   {149, 0xFFFF00}, {5, 0x800000}, {189, 0x800000}, {6, 0xFF00FF},
+      {229, 0xFF00FF}, {0, 0},          {7, 0},          {8, 0x404040}, {9, 0x404040},   {250, 0x808080},
+      {252, 0xC0C0C0}, {253, 0xE0E0E0}, {255, 0xFFFFFF}, {-7, 0},       {230, 0},        {251, 0},
+      {254, 0},        {256, 0},
   };
   for (const Case& c : cases) EXPECT_EQ(ColorMap(c.number), c.rgb) << c.number;
 }

@@ -1,9 +1,10 @@
+#include "render/canvas.h"
+
 #include <gtest/gtest.h>
 
 #include <QImage>
 #include <QPainter>
 
-#include "render/canvas.h"
 #include "render/color_depth.h"
 #include "support/runtime_error.h"
 

@@ -1,6 +1,7 @@
+#include "render/engine.h"
+
 #include <gtest/gtest.h>
 
-#include "render/engine.h"
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {

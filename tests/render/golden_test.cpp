@@ -7,7 +7,6 @@
 
 #include <QImage>
 #include <QPainter>
-
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -50,7 +49,8 @@ int Differences(const QImage& expected, const QImage& actual, QImage& diff, int 
   for (int y = 0; y < expected.height(); ++y) {
     for (int x = 0; x < expected.width(); ++x) {
       const QRgb a = expected.pixel(x, y), b = actual.pixel(x, y);
-      const bool differs = std::abs(qRed(a) - qRed(b)) > tolerance || std::abs(qGreen(a) - qGreen(b)) > tolerance ||
+      const bool differs = std::abs(qRed(a) - qRed(b)) > tolerance ||
+                           std::abs(qGreen(a) - qGreen(b)) > tolerance ||
                            std::abs(qBlue(a) - qBlue(b)) > tolerance;
       if (differs) diff.setPixel(x, y, qRgb(220, 0, 0)), ++count;
     }
@@ -58,7 +58,8 @@ int Differences(const QImage& expected, const QImage& actual, QImage& diff, int 
   return count;
 }
 
-void WriteSideBySide(const QImage& expected, const QImage& diff, const QImage& actual, const std::string& path) {
+void WriteSideBySide(const QImage& expected, const QImage& diff, const QImage& actual,
+                     const std::string& path) {
   QImage out(expected.width() * 3 + 8, expected.height(), QImage::Format_RGB32);
   out.fill(Qt::black);
   QPainter p(&out);

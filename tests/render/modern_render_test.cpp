@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "render/redraw.h"
 #include "render/modern_render_fixture.h"
+#include "render/redraw.h"
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {
@@ -9,8 +9,8 @@ namespace {
 
 using testing::DxfText;
 using testing::EntitiesFile;
-using testing::Pairs;
 using testing::ModernRender;
+using testing::Pairs;
 using testing::RenderSetup;
 
 TEST(ModernRendering, EllipseSplineAndBulgeArcsAreCurved) {
@@ -19,9 +19,9 @@ TEST(ModernRendering, EllipseSplineAndBulgeArcsAreCurved) {
   EXPECT_TRUE(ellipse.InkedNear(90, 50));
   EXPECT_TRUE(ellipse.InkedNear(50, 30));  // the minor axis: 20 up from the centre
   EXPECT_FALSE(ellipse.InkedNear(50, 10));
-  ModernRender spline({{0, "SPLINE"}, {71, "2"}, {10, "10"}, {20, "10"}, {10, "50"}, {20, "90"}, {10, "90"},
-                       {20, "10"}});
-  EXPECT_TRUE(spline.InkedNear(50, 50));   // the apex of the curve, not the control point
+  ModernRender spline(
+      {{0, "SPLINE"}, {71, "2"}, {10, "10"}, {20, "10"}, {10, "50"}, {20, "90"}, {10, "90"}, {20, "10"}});
+  EXPECT_TRUE(spline.InkedNear(50, 50));  // the apex of the curve, not the control point
   EXPECT_FALSE(spline.InkedNear(50, 10));
   ModernRender bulge({{0, "LWPOLYLINE"}, {10, "20"}, {20, "50"}, {42, "1"}, {10, "80"}, {20, "50"}});
   EXPECT_GT(bulge.InkedIn(45, 76, 55, 83), 0);  // a semicircle below the chord
@@ -30,11 +30,11 @@ TEST(ModernRendering, EllipseSplineAndBulgeArcsAreCurved) {
 }
 
 TEST(ModernRendering, SolidHatchFillsAroundItsHole) {
-  ModernRender hatch({{0, "HATCH"}, {70, "1"}, {91, "2"},
-                      {92, "2"}, {72, "0"}, {73, "1"}, {93, "4"}, {10, "10"}, {20, "10"}, {10, "90"}, {20, "10"},
-                      {10, "90"}, {20, "90"}, {10, "10"}, {20, "90"}, {97, "0"},
-                      {92, "2"}, {72, "0"}, {73, "1"}, {93, "4"}, {10, "40"}, {20, "40"}, {10, "60"}, {20, "40"},
-                      {10, "60"}, {20, "60"}, {10, "40"}, {20, "60"}, {97, "0"}});
+  ModernRender hatch({{0, "HATCH"}, {70, "1"},  {91, "2"},  {92, "2"},  {72, "0"},  {73, "1"},
+                      {93, "4"},    {10, "10"}, {20, "10"}, {10, "90"}, {20, "10"}, {10, "90"},
+                      {20, "90"},   {10, "10"}, {20, "90"}, {97, "0"},  {92, "2"},  {72, "0"},
+                      {73, "1"},    {93, "4"},  {10, "40"}, {20, "40"}, {10, "60"}, {20, "40"},
+                      {10, "60"},   {20, "60"}, {10, "40"}, {20, "60"}, {97, "0"}});
   ASSERT_TRUE(hatch.drawn());
   EXPECT_TRUE(hatch.Inked(20, 20));
   EXPECT_FALSE(hatch.Inked(50, 50));  // the hole
@@ -42,8 +42,8 @@ TEST(ModernRendering, SolidHatchFillsAroundItsHole) {
 }
 
 TEST(ModernRendering, MTextLinesAreDrawnOneBelowTheOther) {
-  ModernRender text({{0, "MTEXT"}, {10, "10"}, {20, "90"}, {40, "12"}, {71, "1"}, {7, "TXT"},
-                     {1, "{\\fArial;EEE}\\PEEE"}});
+  ModernRender text(
+      {{0, "MTEXT"}, {10, "10"}, {20, "90"}, {40, "12"}, {71, "1"}, {7, "TXT"}, {1, "{\\fArial;EEE}\\PEEE"}});
   ASSERT_TRUE(text.drawn());
   EXPECT_GT(text.InkedIn(10, 10, 50, 24), 20);  // first line: its cap height below the top
   EXPECT_GT(text.InkedIn(10, 30, 50, 44), 20);  // second line: 20 units further down
@@ -57,7 +57,8 @@ TEST(ModernRendering, ColourSevenContrastsWithTheBackground) {
   ModernRender onBlack(line, {.background = Qt::black});
   EXPECT_EQ(onBlack.Pixel(50, 50), 0xFFFFFFu);
   // A layer in colour 7 with a true colour that only restates it, as QCAD writes it.
-  ModernRender byLayer({{0, "LINE"}, {10, "0"}, {20, "50"}, {11, "100"}, {21, "50"}}, {.layerColor = "7\n420\n16777215"});
+  ModernRender byLayer({{0, "LINE"}, {10, "0"}, {20, "50"}, {11, "100"}, {21, "50"}},
+                       {.layerColor = "7\n420\n16777215"});
   EXPECT_EQ(byLayer.Pixel(50, 50), 0x000000u);
   ModernRender orange({{0, "LINE"}, {62, "30"}, {10, "0"}, {20, "50"}, {11, "100"}, {21, "50"}});
   EXPECT_EQ(orange.Pixel(50, 50), 0xFF7F00u);
@@ -72,8 +73,16 @@ TEST(ModernRendering, LineWeightsAreDrawnOnlyWhenAsked) {
 }
 
 TEST(ModernRendering, RaysAndConstructionLinesReachTheEdgesOfTheView) {
-  ModernRender ray({{0, "RAY"}, {10, "50"}, {20, "50"}, {11, "1"}, {21, "0"},
-                    {0, "XLINE"}, {10, "50"}, {20, "20"}, {11, "0"}, {21, "1"}});
+  ModernRender ray({{0, "RAY"},
+                    {10, "50"},
+                    {20, "50"},
+                    {11, "1"},
+                    {21, "0"},
+                    {0, "XLINE"},
+                    {10, "50"},
+                    {20, "20"},
+                    {11, "0"},
+                    {21, "1"}});
   ASSERT_TRUE(ray.drawn());
   EXPECT_TRUE(ray.Inked(99, 50));
   EXPECT_FALSE(ray.Inked(20, 50));  // a ray runs one way only
@@ -82,10 +91,10 @@ TEST(ModernRendering, RaysAndConstructionLinesReachTheEdgesOfTheView) {
 }
 
 TEST(ModernRendering, AWipeoutHidesWhatWasDrawnBeforeIt) {
-  ModernRender wiped({{0, "LINE"}, {10, "0"}, {20, "50"}, {11, "100"}, {21, "50"},
-                      {0, "WIPEOUT"}, {10, "40"}, {20, "40"}, {11, "20"}, {21, "0"}, {12, "0"}, {22, "20"},
-                      {13, "1"}, {23, "1"}, {91, "2"}, {14, "-0.5"}, {24, "-0.5"}, {14, "0.5"}, {24, "0.5"},
-                      {0, "LINE"}, {10, "50"}, {20, "0"}, {11, "50"}, {21, "100"}});
+  ModernRender wiped({{0, "LINE"}, {10, "0"},   {20, "50"}, {11, "100"},  {21, "50"},   {0, "WIPEOUT"},
+                      {10, "40"},  {20, "40"},  {11, "20"}, {21, "0"},    {12, "0"},    {22, "20"},
+                      {13, "1"},   {23, "1"},   {91, "2"},  {14, "-0.5"}, {24, "-0.5"}, {14, "0.5"},
+                      {24, "0.5"}, {0, "LINE"}, {10, "50"}, {20, "0"},    {11, "50"},   {21, "100"}});
   EXPECT_TRUE(wiped.Inked(20, 50));
   EXPECT_FALSE(wiped.Inked(45, 50));  // under the wipeout
   EXPECT_TRUE(wiped.Inked(50, 45));   // the line drawn after it
@@ -105,9 +114,10 @@ TEST(ModernRendering, PointsFollowThePointStyle) {
 
 TEST(ModernRendering, PatternHatchesDrawTheirLinesAndATintWhenTooDense) {
   auto hatch = [](const std::string& offset) {
-    return Pairs{{0, "HATCH"}, {70, "0"}, {91, "1"}, {92, "2"}, {72, "0"}, {73, "1"}, {93, "4"},
-                 {10, "10"}, {20, "10"}, {10, "90"}, {20, "10"}, {10, "90"}, {20, "90"}, {10, "10"}, {20, "90"},
-                 {97, "0"}, {78, "1"}, {53, "0"}, {43, "0"}, {44, "0"}, {45, "0"}, {46, offset}, {79, "0"}};
+    return Pairs{{0, "HATCH"}, {70, "0"},  {91, "1"},  {92, "2"},    {72, "0"},  {73, "1"},
+                 {93, "4"},    {10, "10"}, {20, "10"}, {10, "90"},   {20, "10"}, {10, "90"},
+                 {20, "90"},   {10, "10"}, {20, "90"}, {97, "0"},    {78, "1"},  {53, "0"},
+                 {43, "0"},    {44, "0"},  {45, "0"},  {46, offset}, {79, "0"}};
   };
   ModernRender lines(hatch("10"));
   EXPECT_EQ(lines.InkedIn(50, 15, 51, 85), 7);  // y = 20, 30, ... 80
@@ -120,10 +130,12 @@ TEST(ModernRendering, PatternHatchesDrawTheirLinesAndATintWhenTooDense) {
 TEST(ModernRendering, ADrawingAtSurveyCoordinatesDrawsAsItDoesAtTheOrigin) {
   auto shifted = [](double dx, double dy) {
     auto at = [](double v) { return std::to_string(v); };
-    return Pairs{{0, "CIRCLE"}, {10, at(dx + 5.0004)}, {20, at(dy + 4.0003)}, {40, "0.3"},
-                 {0, "LWPOLYLINE"}, {90, "3"}, {70, "1"}, {10, at(dx + 1.25)}, {20, at(dy + 1.1)},
-                 {10, at(dx + 8.7)}, {20, at(dy + 1.1)}, {10, at(dx + 8.7)}, {20, at(dy + 7.35)},
-                 {0, "LINE"}, {10, at(dx + 0.5)}, {20, at(dy + 9.5)}, {11, at(dx + 9.5)}, {21, at(dy + 0.5)}};
+    return Pairs{{0, "CIRCLE"},       {10, at(dx + 5.0004)}, {20, at(dy + 4.0003)},
+                 {40, "0.3"},         {0, "LWPOLYLINE"},     {90, "3"},
+                 {70, "1"},           {10, at(dx + 1.25)},   {20, at(dy + 1.1)},
+                 {10, at(dx + 8.7)},  {20, at(dy + 1.1)},    {10, at(dx + 8.7)},
+                 {20, at(dy + 7.35)}, {0, "LINE"},           {10, at(dx + 0.5)},
+                 {20, at(dy + 9.5)},  {11, at(dx + 9.5)},    {21, at(dy + 0.5)}};
   };
   ModernRender origin(shifted(0, 0), {.window = {0, 10, 10, 0}});
   ModernRender survey(shifted(512345, 5412345), {.window = {512345, 5412355, 512355, 5412345}});
@@ -135,11 +147,19 @@ TEST(ModernRendering, ADrawingAtSurveyCoordinatesDrawsAsItDoesAtTheOrigin) {
 }
 
 TEST(ModernRendering, DimensionsWithoutABlockGetFilledArrowheads) {
-  ModernRender dimension({{0, "DIMENSION"}, {70, "0"}, {10, "10"}, {20, "50"}, {11, "50"}, {21, "52"},
-                          {13, "10"}, {23, "20"}, {14, "90"}, {24, "20"}},
+  ModernRender dimension({{0, "DIMENSION"},
+                          {70, "0"},
+                          {10, "10"},
+                          {20, "50"},
+                          {11, "50"},
+                          {21, "52"},
+                          {13, "10"},
+                          {23, "20"},
+                          {14, "90"},
+                          {24, "20"}},
                          {.header = DxfText({{9, "$DIMASZ"}, {40, "6"}, {9, "$DIMTXT"}, {40, "5"}})});
-  EXPECT_TRUE(dimension.Inked(50, 50));        // the dimension line
-  EXPECT_GT(dimension.InkedIn(11, 48, 16, 53), 8);  // a filled arrowhead at its left end
+  EXPECT_TRUE(dimension.Inked(50, 50));              // the dimension line
+  EXPECT_GT(dimension.InkedIn(11, 48, 16, 53), 8);   // a filled arrowhead at its left end
   EXPECT_GT(dimension.InkedIn(10, 60, 11, 80), 15);  // the extension line down to 13
   EXPECT_GT(dimension.InkedIn(40, 40, 60, 50), 10);  // the text "80" above the line
 }

@@ -1,14 +1,14 @@
+#include "render/picture_stream.h"
+
 #include <gtest/gtest.h>
 
 #include <QFile>
 #include <QImage>
-
 #include <filesystem>
 #include <string>
 
 #include "render/color_depth.h"
 #include "render/picture_file.h"
-#include "render/picture_stream.h"
 #include "render/redraw.h"
 #include "testing/dxf_fixture.h"
 
@@ -19,16 +19,27 @@ namespace {
 // where strips of 7 and 61 rows meet.
 std::string MixedDrawing() {
   using testing::Pairs;
-  Pairs e = {{0, "TEXT"},   {8, "0"},  {62, "1"},  {10, "1"},   {20, "11.3"}, {40, "2.5"}, {1, "Strips 1234"},
-             {0, "MTEXT"},  {8, "0"},  {62, "5"},  {10, "2"},   {20, "30"},   {40, "3"},   {71, "1"},
-             {1, "Over{\\C3;the} edge\\PSecond line"},
-             {0, "LWPOLYLINE"}, {8, "0"}, {62, "3"}, {90, "3"}, {43, "0.8"}, {10, "0"}, {20, "0"}, {10, "40"},
-             {20, "33"}, {10, "45"}, {20, "2"},
-             {0, "CIRCLE"}, {8, "0"}, {62, "6"}, {10, "25"}, {20, "20"}, {40, "13.7"},
-             {0, "HATCH"}, {8, "0"}, {62, "4"}, {70, "1"}, {91, "1"}, {92, "1"}, {93, "3"}, {72, "1"}, {10, "30"},
-             {20, "5"}, {11, "44"}, {21, "9"}, {72, "1"}, {10, "44"}, {20, "9"}, {11, "33"}, {21, "28"}, {72, "1"},
-             {10, "33"}, {20, "28"}, {11, "30"}, {21, "5"},
-             {0, "LINE"}, {8, "0"}, {62, "2"}, {10, "-2"}, {20, "37"}, {11, "47"}, {21, "-3"}};
+  Pairs e = {{0, "TEXT"},        {8, "0"},     {62, "1"},
+             {10, "1"},          {20, "11.3"}, {40, "2.5"},
+             {1, "Strips 1234"}, {0, "MTEXT"}, {8, "0"},
+             {62, "5"},          {10, "2"},    {20, "30"},
+             {40, "3"},          {71, "1"},    {1, "Over{\\C3;the} edge\\PSecond line"},
+             {0, "LWPOLYLINE"},  {8, "0"},     {62, "3"},
+             {90, "3"},          {43, "0.8"},  {10, "0"},
+             {20, "0"},          {10, "40"},   {20, "33"},
+             {10, "45"},         {20, "2"},    {0, "CIRCLE"},
+             {8, "0"},           {62, "6"},    {10, "25"},
+             {20, "20"},         {40, "13.7"}, {0, "HATCH"},
+             {8, "0"},           {62, "4"},    {70, "1"},
+             {91, "1"},          {92, "1"},    {93, "3"},
+             {72, "1"},          {10, "30"},   {20, "5"},
+             {11, "44"},         {21, "9"},    {72, "1"},
+             {10, "44"},         {20, "9"},    {11, "33"},
+             {21, "28"},         {72, "1"},    {10, "33"},
+             {20, "28"},         {11, "30"},   {21, "5"},
+             {0, "LINE"},        {8, "0"},     {62, "2"},
+             {10, "-2"},         {20, "37"},   {11, "47"},
+             {21, "-3"}};
   return testing::EntitiesFile(e);
 }
 
@@ -41,7 +52,8 @@ QImage WholePicture(ZoomState& zoom, QSize size, QColor background) {
 // The picture drawn in strips of `rows` into a file of `format`, read back.
 QImage StripPicture(ZoomState& zoom, QSize size, QColor background, int rows, const char* format,
                     ColorDepth depth = ColorDepth::Full) {
-  const std::string path = std::filesystem::temp_directory_path() / ("dxfimport-strips." + std::string(format));
+  const std::string path =
+      std::filesystem::temp_directory_path() / ("dxfimport-strips." + std::string(format));
   EXPECT_TRUE(zoom.PlaceView(zoom.ExtentsZoom, size.width(), size.height()));
   const LineArtInks inks = InksOf(zoom, background, depth);
   auto stream = PictureStream::Open(QString::fromStdString(path), format,
@@ -117,7 +129,7 @@ TEST(LineArt, ReductionsKeepTheDrawingsColoursAndItsThinLines) {
   const QImage palette = ReduceColors(picture, ColorDepth::Palette, inks);
   EXPECT_EQ(palette.format(), QImage::Format_Indexed8);
   EXPECT_EQ(palette.colorTable(), inks.palette);
-  EXPECT_EQ(palette.pixel(10, 2), qRgb(255, 255, 0));  // kept exactly
+  EXPECT_EQ(palette.pixel(10, 2), qRgb(255, 255, 0));   // kept exactly
   EXPECT_EQ(palette.pixel(5, 5), qRgb(255, 255, 255));  // to the nearest, not dithered
   EXPECT_EQ(palette.pixel(6, 5), qRgb(255, 0, 0));
 

@@ -1,6 +1,7 @@
+#include "render/redraw.h"
+
 #include <gtest/gtest.h>
 
-#include "render/redraw.h"
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {
@@ -57,9 +58,9 @@ TEST_F(RedrawTest, ALineLandsOnItsPixelsAndTheBottomEdgeIsRejected) {
 TEST_F(RedrawTest, ArcsRunCounterClockwiseAndTinyArcsAreSkipped) {
   drawing.AddArc({50, 50, 20, 0, 90, 1, 0, 0});  // the upper right quarter
   ASSERT_TRUE(Draw());
-  EXPECT_TRUE(InkedNear(64, 36));   // 45 degrees
-  EXPECT_FALSE(InkedNear(64, 64));  // -45 degrees
-  EXPECT_FALSE(InkedNear(36, 36));  // 135 degrees
+  EXPECT_TRUE(InkedNear(64, 36));                    // 45 degrees
+  EXPECT_FALSE(InkedNear(64, 64));                   // -45 degrees
+  EXPECT_FALSE(InkedNear(36, 36));                   // 135 degrees
   drawing.Arcs[0] = {50, 50, 20, 270, 90, 1, 0, 0};  // from below through the right
   ASSERT_TRUE(Draw());
   EXPECT_TRUE(InkedNear(64, 64));
@@ -81,7 +82,7 @@ TEST_F(RedrawTest, EqualAnglesDrawAWholeCircle) {
 }
 
 TEST_F(RedrawTest, LayersOffAndColoursByLayer) {
-  Line(10, 50, 20, 50, 2, 0);       // colour 0 on the red layer
+  Line(10, 50, 20, 50, 2, 0);         // colour 0 on the red layer
   Line(10, 60, 20, 60, 2, 0x00FF00);  // green on the red layer
   ASSERT_TRUE(Draw());
   EXPECT_EQ(At(15, 50), 0xFF0000u);
@@ -158,7 +159,8 @@ TEST_F(RedrawTest, StationaryZoomKeepsThePointUnderTheCursor) {
   ASSERT_TRUE(Draw());
   auto under = [this](float x, float y) {
     const ZoomRect& z = zoom.CurrentZoom();
-    return std::pair(x / zoom.Engine.ViewScale + z.left, z.bottom - (y - zoom.Engine.DeviceHeight) / zoom.Engine.ViewScale);
+    return std::pair(x / zoom.Engine.ViewScale + z.left,
+                     z.bottom - (y - zoom.Engine.DeviceHeight) / zoom.Engine.ViewScale);
   };
   auto before = under(25, 75);
   zoom.StationaryZoom(25, 75, 200, surface);
@@ -197,7 +199,8 @@ TEST_F(RedrawTest, NothingToDrawAndDegenerateWindowsAreReported) {
   EXPECT_EQ(capture.messages.messages()[0].text, "Error: There are no entities to draw.");
   Line(1, 1, 2, 2);
   EXPECT_FALSE(Draw({5, 10, 5, 0}));
-  EXPECT_NE(capture.messages.messages()[1].text.find("drawing extents were not read in correctly"), std::string::npos);
+  EXPECT_NE(capture.messages.messages()[1].text.find("drawing extents were not read in correctly"),
+            std::string::npos);
   EXPECT_FALSE(Draw({0, 5, 10, 5}));
   EXPECT_TRUE(capture.log.Contains("Error 11: Division by zero in module DXFINVB procedure Zoom"));
 }

@@ -1,13 +1,13 @@
+#include "render/spatial_index.h"
+
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <random>
 #include <thread>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include "render/redraw.h"
-#include "render/spatial_index.h"
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {
@@ -24,12 +24,29 @@ std::unique_ptr<testing::Loaded> Scattered(int count = 3000, int textsEvery = 3)
     const double x = at(random), y = at(random), s = size(random);
     const bool text = textsEvery > 0 && i % textsEvery == 0;
     switch (text ? 4 + (i / textsEvery) % 2 : i % 4) {
-      case 0: e.insert(e.end(), {{0, "LINE"}, {10, n(x)}, {20, n(y)}, {11, n(x + s)}, {21, n(y - s)}}); break;
-      case 1: e.insert(e.end(), {{0, "ARC"}, {10, n(x)}, {20, n(y)}, {40, n(s)}, {50, "10"}, {51, "200"}}); break;
-      case 2: e.insert(e.end(), {{0, "LWPOLYLINE"}, {43, "2"}, {10, n(x)}, {20, n(y)}, {42, "0.5"}, {10, n(x + s)}, {20, n(y)}}); break;
-      case 3: e.insert(e.end(), {{0, "POINT"}, {10, n(x)}, {20, n(y)}}); break;
-      case 4: e.insert(e.end(), {{0, "TEXT"}, {10, n(x)}, {20, n(y)}, {40, n(s / 4)}, {1, "Duct " + std::to_string(i)}}); break;
-      default: e.insert(e.end(), {{0, "MTEXT"}, {10, n(x)}, {20, n(y)}, {40, "3"}, {41, "30"}, {1, "Manhole cover 600 x 600"}}); break;
+      case 0:
+        e.insert(e.end(), {{0, "LINE"}, {10, n(x)}, {20, n(y)}, {11, n(x + s)}, {21, n(y - s)}});
+        break;
+      case 1:
+        e.insert(e.end(), {{0, "ARC"}, {10, n(x)}, {20, n(y)}, {40, n(s)}, {50, "10"}, {51, "200"}});
+        break;
+      case 2:
+        e.insert(
+            e.end(),
+            {{0, "LWPOLYLINE"}, {43, "2"}, {10, n(x)}, {20, n(y)}, {42, "0.5"}, {10, n(x + s)}, {20, n(y)}});
+        break;
+      case 3:
+        e.insert(e.end(), {{0, "POINT"}, {10, n(x)}, {20, n(y)}});
+        break;
+      case 4:
+        e.insert(e.end(),
+                 {{0, "TEXT"}, {10, n(x)}, {20, n(y)}, {40, n(s / 4)}, {1, "Duct " + std::to_string(i)}});
+        break;
+      default:
+        e.insert(
+            e.end(),
+            {{0, "MTEXT"}, {10, n(x)}, {20, n(y)}, {40, "3"}, {41, "30"}, {1, "Manhole cover 600 x 600"}});
+        break;
     }
   }
   e.insert(e.end(), {{0, "XLINE"}, {10, "0"}, {20, "0"}, {11, "1"}, {21, "1"}});
@@ -52,7 +69,8 @@ TEST(SpatialIndex, FindsWhatAFullWalkFindsInFileOrder) {
     std::vector<int32_t> walked;
     for (std::size_t i = 0; i < d.DrawSeq.size(); ++i) {
       const Box b = SpatialIndex::EntryBox(d, d.DrawSeq[i]);
-      if (b.Empty() || (b.maxX >= window.minX && b.minX <= window.maxX && b.maxY >= window.minY && b.minY <= window.maxY))
+      if (b.Empty() ||
+          (b.maxX >= window.minX && b.minX <= window.maxX && b.maxY >= window.minY && b.minY <= window.maxY))
         walked.push_back(int32_t(i));
     }
     ASSERT_EQ(found, walked) << "window " << window.minX << "," << window.minY;
@@ -98,7 +116,8 @@ TEST(SpatialIndex, ARedrawInTwoBandsDrawsTheSamePicture) {
       a.ExtentsZoom = b.ExtentsZoom = all;
       ASSERT_TRUE(a.Zoom(window, bands));
       ASSERT_TRUE(b.Zoom(window, bands, &whole));
-      EXPECT_EQ(bands.image().convertToFormat(QImage::Format_RGB32), whole) << textsEvery << " " << window.left;
+      EXPECT_EQ(bands.image().convertToFormat(QImage::Format_RGB32), whole)
+          << textsEvery << " " << window.left;
       EXPECT_EQ(a.DrewInBands, twoProcessors && textsEvery != 2);
       EXPECT_FALSE(b.DrewInBands);
     }

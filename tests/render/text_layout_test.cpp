@@ -1,8 +1,9 @@
+#include "render/text_layout.h"
+
 #include <gtest/gtest.h>
 
 #include <QGlyphRun>
 
-#include "render/text_layout.h"
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {
@@ -82,17 +83,19 @@ TEST(TextLayout, AStackedFractionHasItsBarBetweenNumeratorAndDenominator) {
   EXPECT_EQ(bar.y1(), bar.y2());
   double above = -1e9, below = 1e9;
   for (const TextLayout::Run& run : t.runs) {
-    if (run.origin.y() > bar.y1()) above = std::max(above, run.origin.y());
-    else below = std::min(below, run.origin.y());
+    if (run.origin.y() > bar.y1())
+      above = std::max(above, run.origin.y());
+    else
+      below = std::min(below, run.origin.y());
   }
   EXPECT_GT(above, bar.y1());  // the numerator's baseline above the bar
   EXPECT_LT(below, bar.y1());  // the denominator's below
 }
 
 TEST(TextLayout, BackwardAndFitTextsFollowTheirFlagsAndPoints) {
-  Laid laid({{0, "TEXT"}, {10, "10"}, {20, "10"}, {40, "5"}, {71, "2"}, {1, "BACK"},
-             {0, "TEXT"}, {10, "0"}, {20, "0"}, {11, "50"}, {21, "0"}, {40, "5"}, {72, "5"}, {1, "FIT"},
-             {0, "TEXT"}, {10, "0"}, {20, "0"}, {11, "50"}, {21, "0"}, {40, "5"}, {72, "3"}, {1, "ALIGNED"}});
+  Laid laid({{0, "TEXT"}, {10, "10"}, {20, "10"}, {40, "5"}, {71, "2"}, {1, "BACK"},   {0, "TEXT"}, {10, "0"},
+             {20, "0"},   {11, "50"}, {21, "0"},  {40, "5"}, {72, "5"}, {1, "FIT"},    {0, "TEXT"}, {10, "0"},
+             {20, "0"},   {11, "50"}, {21, "0"},  {40, "5"}, {72, "3"}, {1, "ALIGNED"}});
   const TextLayout& back = laid.Text(0);
   EXPECT_TRUE(back.backward);
   const QRectF drawn = TextLayouts::FrameTransform(back).mapRect(back.box);
@@ -110,14 +113,23 @@ TEST(TextLayout, BackwardAndFitTextsFollowTheirFlagsAndPoints) {
 }
 
 TEST(TextLayout, EveryScriptFindsAFaceAndBigFontStylesDrawCJK) {
-  const std::string styles = testing::DxfText({{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "STYLE"},
-                                                {0, "STYLE"}, {2, "CHINESE"}, {3, "txt.shx"}, {4, "gbcbig.shx"},
-                                                {0, "ENDTAB"}, {0, "ENDSEC"}});
-  Pairs entities = MText("ケーブル接続箱\\P电缆分线盒\\P케이블 접속함\\PКабельный колодец\\PΚαλώδιο\\P"
-                         "Studzienka kablowa żółć",
-                         "0");
+  const std::string styles = testing::DxfText({{0, "SECTION"},
+                                               {2, "TABLES"},
+                                               {0, "TABLE"},
+                                               {2, "STYLE"},
+                                               {0, "STYLE"},
+                                               {2, "CHINESE"},
+                                               {3, "txt.shx"},
+                                               {4, "gbcbig.shx"},
+                                               {0, "ENDTAB"},
+                                               {0, "ENDSEC"}});
+  Pairs entities = MText(
+      "ケーブル接続箱\\P电缆分线盒\\P케이블 접속함\\PКабельный колодец\\PΚαλώδιο\\P"
+      "Studzienka kablowa żółć",
+      "0");
   const Pairs unknown = MText("\xEE\x80\x80", "0");  // U+E000
-  entities.insert(entities.end(), {{0, "TEXT"}, {7, "CHINESE"}, {10, "0"}, {20, "0"}, {40, "2.5"}, {1, "配线架"}});
+  entities.insert(entities.end(),
+                  {{0, "TEXT"}, {7, "CHINESE"}, {10, "0"}, {20, "0"}, {40, "2.5"}, {1, "配线架"}});
   entities.insert(entities.end(), unknown.begin(), unknown.end());
   Laid laid(entities, styles);
   EXPECT_EQ(Lines(laid.MText(0)), 6);

@@ -1,3 +1,5 @@
+#include "support/numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <charconv>
@@ -5,7 +7,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "support/numbers.h"
 #include "support/runtime_error.h"
 
 namespace dxfimport {
@@ -32,9 +33,20 @@ TEST(Val, ReadsTheLeadingNumberWhateverTheLocale) {
 TEST(Val, PlainDecimalsReadExactlyAsFromChars) {
   // Every plain decimal must give the same double as the library's correctly rounded
   // parse, whichever path reads it.
-  const char* samples[] = {"0.1", "1234.567890", "-9999999.999999", "0.000001", "123456789012345678",
-                           "9007199254740993", "3.14159265358979323846", "1e5", "2.5E-3", "0.30000000000000004",
-                           "17.", ".75", "00012.5000", "4503599627370496.5"};
+  const char* samples[] = {"0.1",
+                           "1234.567890",
+                           "-9999999.999999",
+                           "0.000001",
+                           "123456789012345678",
+                           "9007199254740993",
+                           "3.14159265358979323846",
+                           "1e5",
+                           "2.5E-3",
+                           "0.30000000000000004",
+                           "17.",
+                           ".75",
+                           "00012.5000",
+                           "4503599627370496.5"};
   for (const char* text : samples) {
     std::string_view s(text);
     bool negative = s[0] == '-';

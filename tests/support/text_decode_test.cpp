@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "support/text_decode.h"
+
+#include <gtest/gtest.h>
 
 namespace dxfimport {
 namespace {

@@ -1,3 +1,5 @@
+#include "support/texts.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -5,7 +7,6 @@
 
 #include "support/messages.h"
 #include "support/temp_file.h"
-#include "support/texts.h"
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {
@@ -60,9 +61,10 @@ TEST(ReportError, ShowsTheNumberedMessageAndLogsWhere) {
   EXPECT_EQ(shown.text, "Error encountered.\n\nError 9: Subscript out of range");
   ASSERT_EQ(capture.log.lines.size(), 1u);
   EXPECT_EQ(capture.log.lines[0].first, 3);
-  EXPECT_EQ(capture.log.lines[0].second,
-            "Corvath DXF Import critical condition: Error 9: Subscript out of range in module LAYER procedure "
-            "SetLayerState");
+  EXPECT_EQ(
+      capture.log.lines[0].second,
+      "Corvath DXF Import critical condition: Error 9: Subscript out of range in module LAYER procedure "
+      "SetLayerState");
 }
 
 TEST(Log, EmptyMessagesAreNotWritten) {

@@ -1,8 +1,9 @@
 #include "testing/dxf_fixture.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <fstream>
-#include <unistd.h>
 
 namespace dxfimport::testing {
 
@@ -26,7 +27,8 @@ std::string DxfText(const Pairs& pairs) {
 }
 
 std::string EntitiesFile(const Pairs& entities) {
-  return DxfText({{0, "SECTION"}, {2, "ENTITIES"}}) + DxfText(entities) + DxfText({{0, "ENDSEC"}, {0, "EOF"}});
+  return DxfText({{0, "SECTION"}, {2, "ENTITIES"}}) + DxfText(entities) +
+         DxfText({{0, "ENDSEC"}, {0, "EOF"}});
 }
 
 std::unique_ptr<Loaded> Load(const std::string& dxf, std::size_t rowLimit, ReadingProfile profile) {

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <QGuiApplication>
-
 #include <cstdlib>
 
 int main(int argc, char** argv) {

@@ -11,8 +11,8 @@
 #include "layers/layer_dialog.h"
 #include "support/log.h"
 #include "support/messages.h"
-#include "testing/viewer_session.h"
 #include "support/texts.h"
+#include "testing/viewer_session.h"
 #include "viewer/main_window.h"
 #include "viewer/picture_box.h"
 

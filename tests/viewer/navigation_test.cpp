@@ -1,18 +1,17 @@
 #include <QAction>
 #include <QApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QScrollArea>
 #include <QSettings>
-#include <QFile>
-#include <QFileInfo>
-#include <QHeaderView>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QWheelEvent>
-
 #include <cmath>
 #include <fstream>
 #include <functional>
@@ -25,8 +24,8 @@
 #include "layers/layer_dialog.h"
 #include "support/log.h"
 #include "support/messages.h"
-#include "testing/viewer_session.h"
 #include "support/texts.h"
+#include "testing/viewer_session.h"
 #include "viewer/main_window.h"
 #include "viewer/picture_box.h"
 
@@ -37,8 +36,8 @@ namespace {
 const std::string kSample = DXFIMPORT_SAMPLES_DIR "/floorplan.dxf";
 
 void Wheel(QWidget* target, QPoint at, int notches) {
-  QWheelEvent event(QPointF(at), QPointF(target->mapToGlobal(at)), QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
-                    Qt::NoModifier, Qt::NoScrollPhase, false);
+  QWheelEvent event(QPointF(at), QPointF(target->mapToGlobal(at)), QPoint(), QPoint(0, 120 * notches),
+                    Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
   QApplication::sendEvent(target, &event);
 }
 
@@ -46,8 +45,8 @@ double Width(const ZoomRect& r) { return r.right - r.left; }
 
 // The pointer moved over a widget with no button held.
 void Hover(QWidget* target, QPoint at) {
-  QMouseEvent event(QEvent::MouseMove, QPointF(at), QPointF(target->mapToGlobal(at)), Qt::NoButton, Qt::NoButton,
-                    Qt::NoModifier);
+  QMouseEvent event(QEvent::MouseMove, QPointF(at), QPointF(target->mapToGlobal(at)), Qt::NoButton,
+                    Qt::NoButton, Qt::NoModifier);
   QApplication::sendEvent(target, &event);
 }
 
@@ -76,7 +75,12 @@ std::string LargeDrawing(const QTemporaryDir& dir) {
   out << "0\nSECTION\n2\nENTITIES\n";
   for (int64_t i = 0; i < 400000; ++i) {
     const int64_t x = (i * 7919) % 1000, y = (i * 104729 / 1000) % 1000;
-    out << "0\nLINE\n8\n" << i % 7 << "\n10\n" << x << "\n20\n" << y << "\n11\n" << x + 30 << "\n21\n" << y + 20 << "\n";
+    out << "0\nLINE\n8\n"
+        << i % 7 << "\n10\n"
+        << x << "\n20\n"
+        << y << "\n11\n"
+        << x + 30 << "\n21\n"
+        << y + 20 << "\n";
   }
   out << "0\nENDSEC\n0\nEOF\n";
   return path;
@@ -107,7 +111,8 @@ class NavigationTest : public QObject {
     w->resize(1200, 850);
     w->show();
     // The picture follows once the resizing has stopped (later on a busy machine).
-    if (!QTest::qWaitFor([&w] { return w->Picture1()->image().size() == w->Picture1()->parentWidget()->size(); }))
+    if (!QTest::qWaitFor(
+            [&w] { return w->Picture1()->image().size() == w->Picture1()->parentWidget()->size(); }))
       qWarning("the picture did not follow the window");
     w->zoom().Display.Antialias = smooth;
     gstrDXFFileName = file;
@@ -289,7 +294,8 @@ class NavigationTest : public QObject {
     const ZoomRect end = w->zoom().CurrentZoom();
     QVERIFY(qAbs(Width(end) - Width(drawing) / (1.25 * 1.25)) < Width(drawing) * 1e-9);
     const PointD still = w->zoom().DrawingPoint(300, 200);
-    QVERIFY(qAbs(still.x - under.x) < 1e-6 * Width(drawing) && qAbs(still.y - under.y) < 1e-6 * Width(drawing));
+    QVERIFY(qAbs(still.x - under.x) < 1e-6 * Width(drawing) &&
+            qAbs(still.y - under.y) < 1e-6 * Width(drawing));
   }
 
   void theLayerDialogShowsSwatchesSortsAndFilters() {
@@ -305,8 +311,9 @@ class NavigationTest : public QObject {
     QCOMPARE(shown, 1);
     dialog.filter()->clear();
     // Sorted by name, an edit still goes to its own layer.
-    QTest::mouseClick(grid->horizontalHeader()->viewport(), Qt::LeftButton, {},
-                      grid->horizontalHeader()->sectionViewportPosition(0) == 0 ? QPoint(10, 5) : QPoint(10, 5));
+    QTest::mouseClick(
+        grid->horizontalHeader()->viewport(), Qt::LeftButton, {},
+        grid->horizontalHeader()->sectionViewportPosition(0) == 0 ? QPoint(10, 5) : QPoint(10, 5));
     QVERIFY(grid->item(0, 0)->text() <= grid->item(1, 0)->text());
     int network = -1;
     for (int i = 0; i < grid->rowCount(); ++i)

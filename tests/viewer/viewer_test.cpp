@@ -1,21 +1,20 @@
 #include <QAction>
 #include <QClipboard>
 #include <QComboBox>
-#include <QLabel>
-#include <QSpinBox>
+#include <QGlyphRun>
 #include <QGuiApplication>
+#include <QLabel>
+#include <QMenuBar>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QStatusBar>
-#include <QSettings>
-#include <QGlyphRun>
-#include <QMenuBar>
 #include <QRawFont>
+#include <QSettings>
+#include <QSpinBox>
+#include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextLayout>
 #include <QTimer>
-
 #include <filesystem>
 #include <fstream>
 
@@ -24,7 +23,6 @@
 #include "support/messages.h"
 #include "support/shared_settings.h"
 #include "support/texts.h"
-#include "render/world_file.h"
 #include "viewer/choose_size_dialog.h"
 #include "viewer/main_window.h"
 #include "viewer/picture_box.h"
@@ -119,9 +117,9 @@ class ViewerTest : public QObject {
       std::string file;
       const char* message;
     };
-    for (const Case& c : {Case{"/nonexistent/x.dxf", "Error 53: File not found"},
-                          Case{dir.path().toStdString(), "Error 75"},
-                          Case{notDxf, "not recognized as a valid DXF file"}}) {
+    for (const Case& c :
+         {Case{"/nonexistent/x.dxf", "Error 53: File not found"}, Case{dir.path().toStdString(), "Error 75"},
+          Case{notDxf, "not recognized as a valid DXF file"}}) {
       messages_.clear();
       frmImport window(false);
       gstrDXFFileName = c.file;
@@ -129,7 +127,8 @@ class ViewerTest : public QObject {
       QVERIFY(!window.booPictureLoaded);
       QCOMPARE(window.windowTitle(), QString("Corvath DXF Import"));
       QCOMPARE(messages_.messages().size(), std::size_t(1));
-      QVERIFY2(messages_.messages()[0].text.find(c.message) != std::string::npos, messages_.messages()[0].text.c_str());
+      QVERIFY2(messages_.messages()[0].text.find(c.message) != std::string::npos,
+               messages_.messages()[0].text.c_str());
     }
     messages_.clear();
     frmImport window(false);
@@ -147,7 +146,8 @@ class ViewerTest : public QObject {
     window.ChooseSaveFile = [file] { return file; };
     window.mnuFileSaveAsBitmap_Click();
     QImage saved(file);
-    QCOMPARE(saved.convertToFormat(QImage::Format_RGB32), window.Picture1()->image().convertToFormat(QImage::Format_RGB32));
+    QCOMPARE(saved.convertToFormat(QImage::Format_RGB32),
+             window.Picture1()->image().convertToFormat(QImage::Format_RGB32));
     window.ChooseSaveFile = [] { return QString(); };
     window.mnuFileSaveAsBitmap_Click();  // cancelled: nothing
     QVERIFY(messages_.messages().empty());
@@ -273,7 +273,8 @@ class ViewerTest : public QObject {
     {
       std::ofstream out(path);
       out << "0\nSECTION\n2\nENTITIES\n";
-      for (int i = 0; i < 300000; ++i) out << "0\nLINE\n8\n0\n10\n" << i % 1000 << "\n20\n" << i / 1000 << "\n11\n1\n21\n1\n";
+      for (int i = 0; i < 300000; ++i)
+        out << "0\nLINE\n8\n0\n10\n" << i % 1000 << "\n20\n" << i / 1000 << "\n11\n1\n21\n1\n";
       out << "0\nENDSEC\n0\nEOF\n";
     }
     frmImport window(false);
@@ -291,7 +292,8 @@ class ViewerTest : public QObject {
     QVERIFY(kept > 0);
     QVERIFY(kept < 300000);
     QVERIFY(!window.CancelButton()->isVisible());
-    QCOMPARE(window.statusBar()->currentMessage(), QString("The drawing is incomplete: loading was stopped."));
+    QCOMPARE(window.statusBar()->currentMessage(),
+             QString("The drawing is incomplete: loading was stopped."));
     QVERIFY(InkedPixels(window.Picture1()->image()) > 100);
     // Opened again without a stop, the whole drawing loads.
     window.FileOpen(false);

@@ -1,7 +1,7 @@
 // Shows nothing: with no file named, ShowDialog returns at once and there is no bitmap.
-#include <QApplication>
-
 #include <dxfimport/dxf_class.h>
+
+#include <QApplication>
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
