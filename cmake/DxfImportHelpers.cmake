@@ -1,13 +1,15 @@
 # One-line helpers for the project's test and benchmark targets.
 
 # dxfimport_isolate_test(NAME): the test runs with settings, state, cache and log of its
-# own under build/test-settings/NAME, in a home folder that stands for the user's
+# own under build/test-settings/NAME (a test program started by hand makes a temporary
+# folder of its own instead: tests/testing/user_folders.h), in a home folder that stands
+# for the user's
 # (build/test-home): the user_home_check test at the end of the suite checks that the
 # settings and log placed there before the suite are as they were.
 function(dxfimport_isolate_test name)
   set(own ${CMAKE_BINARY_DIR}/test-settings/${name})
   set_tests_properties(${name} PROPERTIES
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LANG=C.UTF-8;HOME=${CMAKE_BINARY_DIR}/test-home;XDG_CONFIG_HOME=${own}/config;XDG_STATE_HOME=${own}/state;XDG_CACHE_HOME=${own}/cache;XDG_DATA_HOME=${own}/data;DXFIMPORT_LOG=${own}/dxfimport.log"
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LANG=C.UTF-8;HOME=${CMAKE_BINARY_DIR}/test-home;XDG_CONFIG_HOME=${own}/config;XDG_STATE_HOME=${own}/state;XDG_CACHE_HOME=${own}/cache;XDG_DATA_HOME=${own}/data;DXFIMPORT_LOG=${own}/dxfimport.log;DXFIMPORT_TEST_FOLDERS=${own}"
     FIXTURES_REQUIRED user_home)
 endfunction()
 
@@ -19,8 +21,8 @@ function(dxfimport_add_test name)
     add_executable(${name} ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/tests/testing/gui_test_main.cpp)
     target_link_libraries(${name} PRIVATE ${ARG_LIBS} dxfimport_testing GTest::gtest Qt6::Gui)
   else()
-    add_executable(${name} ${ARG_SOURCES})
-    target_link_libraries(${name} PRIVATE ${ARG_LIBS} dxfimport_testing GTest::gtest_main)
+    add_executable(${name} ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/tests/testing/test_main.cpp)
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} dxfimport_testing GTest::gtest)
   endif()
   target_compile_definitions(${name} PRIVATE
     DXFIMPORT_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/samples"

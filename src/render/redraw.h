@@ -141,6 +141,13 @@ class ZoomState {
   bool inProgress_ = false;
 };
 
+// `window` made `factor` times smaller (larger below 1) about the drawing point `at`,
+// which keeps its place in the picture.
+ZoomRect ZoomedWindow(const ZoomRect& window, PointD at, double factor);
+// `window` moved so that the drawing follows a drag of (dx, dy) pixels, at `scale`
+// pixels a drawing unit.
+ZoomRect PannedWindow(const ZoomRect& window, double scale, double dx, double dy);
+
 // The painters (legacy_painter.cpp, modern_painter.cpp).
 std::unique_ptr<EntityPainter> MakeLegacyPainter(ZoomState& zoom, Drawing& drawing, Canvas& canvas,
                                                  bool toPrinter);

@@ -68,19 +68,26 @@ PointD ZoomState::DrawingPoint(double x, double y) const {
   return {e.CurrentZoom.left + x / e.ViewScale, e.CurrentZoom.bottom + (e.DeviceHeight - y) / e.ViewScale};
 }
 
-ZoomRect ZoomState::ZoomedAbout(double x, double y, double factor) const {
-  const ZoomRect& z = Engine.CurrentZoom;
-  if (Engine.ViewScale == 0 || !(factor > 0)) return z;
-  const PointD p = DrawingPoint(x, y);
+ZoomRect ZoomedWindow(const ZoomRect& z, PointD p, double factor) {
+  if (!(factor > 0)) return z;
   return {p.x - (p.x - z.left) / factor, p.y + (z.top - p.y) / factor, p.x + (z.right - p.x) / factor,
           p.y - (p.y - z.bottom) / factor};
 }
 
-ZoomRect ZoomState::Panned(double dx, double dy) const {
-  const ZoomRect& z = Engine.CurrentZoom;
-  if (Engine.ViewScale == 0) return z;
-  const double ux = dx / Engine.ViewScale, uy = dy / Engine.ViewScale;
+ZoomRect PannedWindow(const ZoomRect& z, double scale, double dx, double dy) {
+  if (!(scale > 0)) return z;
+  const double ux = dx / scale, uy = dy / scale;
   return {z.left - ux, z.top + uy, z.right - ux, z.bottom + uy};
+}
+
+ZoomRect ZoomState::ZoomedAbout(double x, double y, double factor) const {
+  if (Engine.ViewScale == 0) return Engine.CurrentZoom;
+  return ZoomedWindow(Engine.CurrentZoom, DrawingPoint(x, y), factor);
+}
+
+ZoomRect ZoomState::Panned(double dx, double dy) const {
+  if (Engine.ViewScale == 0) return Engine.CurrentZoom;
+  return PannedWindow(Engine.CurrentZoom, Engine.ViewScale, dx, dy);
 }
 
 // The oldest of four windows falls off; the fifth slot is never written.

@@ -139,21 +139,15 @@ double frmImport::PendingScale() const {
 
 ZoomRect frmImport::PannedView(QPoint moved) const {
   if (!pendingView_) return zoom_.Panned(moved.x(), moved.y());
-  const double scale = PendingScale();
-  if (!(scale > 0)) return *pendingView_;
-  const double ux = moved.x() / scale, uy = moved.y() / scale;
-  const ZoomRect& z = *pendingView_;
-  return {z.left - ux, z.top + uy, z.right - ux, z.bottom + uy};
+  return PannedWindow(*pendingView_, PendingScale(), moved.x(), moved.y());
 }
 
 ZoomRect frmImport::ZoomedView(QPointF at, double factor) const {
   if (!pendingView_) return zoom_.ZoomedAbout(at.x(), at.y(), factor);
   const double scale = PendingScale();
   const ZoomRect& z = *pendingView_;
-  if (!(scale > 0) || !(factor > 0)) return z;
-  const PointD p{z.left + at.x() / scale, z.top - at.y() / scale};
-  return {p.x - (p.x - z.left) / factor, p.y + (z.top - p.y) / factor, p.x + (z.right - p.x) / factor,
-          p.y - (p.y - z.bottom) / factor};
+  if (!(scale > 0)) return z;
+  return ZoomedWindow(z, {z.left + at.x() / scale, z.top - at.y() / scale}, factor);
 }
 
 // The view in the log, for whoever follows the window from outside (a test driving it).

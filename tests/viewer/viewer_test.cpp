@@ -23,6 +23,7 @@
 #include "support/messages.h"
 #include "support/shared_settings.h"
 #include "support/texts.h"
+#include "testing/viewer_session.h"
 #include "viewer/choose_size_dialog.h"
 #include "viewer/main_window.h"
 #include "viewer/picture_box.h"
@@ -62,15 +63,12 @@ class ViewerTest : public QObject {
   Q_OBJECT
 
  private:
-  RecordingMessageSink messages_;
-  MessageSink* previous_ = nullptr;
+  testing::ViewerSession session_;
+  RecordingMessageSink& messages_ = session_.messages;
 
  private slots:
-  void initTestCase() {
-    SetApplicationTitle("Corvath DXF Import");
-    previous_ = SetMessageSink(&messages_);
-  }
-  void cleanupTestCase() { SetMessageSink(previous_); }
+  void initTestCase() { session_.Begin(); }
+  void cleanupTestCase() { session_.End(); }
   void init() { messages_.clear(); }
 
   void openingTheSampleShowsItAndEnablesTheCommands() {
