@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "drawing_bench_main.h"
-#include "dxf/drawing.h"
+#include "dxf/model/drawing.h"
 #include "dxf/reader.h"
 #include "render/redraw.h"
 

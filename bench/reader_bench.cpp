@@ -17,7 +17,7 @@
 #include <map>
 
 #include "collecting_reporter.h"
-#include "dxf/drawing.h"
+#include "dxf/model/drawing.h"
 #include "dxf/reader.h"
 #include "support/log.h"
 #include "support/messages.h"

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "drawing_bench_main.h"
-#include "dxf/drawing.h"
+#include "dxf/model/drawing.h"
 #include "dxf/reader.h"
 #include "render/redraw.h"
 #include "synthetic_drawing.h"

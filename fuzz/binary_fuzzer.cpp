@@ -2,7 +2,7 @@
 // then read by the modern profile.
 #include <string>
 
-#include "dxf/binary_dxf.h"
+#include "dxf/input/binary_dxf.h"
 #include "fuzz_support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "dxf/drawing.h"
+#include "dxf/model/drawing.h"
 #include "dxf/reader.h"
 #include "support/log.h"
 #include "support/messages.h"

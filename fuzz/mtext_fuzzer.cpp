@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "dxf/mtext.h"
+#include "dxf/model/mtext.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string_view content(reinterpret_cast<const char*>(data), size);

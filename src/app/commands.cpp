@@ -4,11 +4,11 @@
 #include <iostream>
 
 #include "app/load_for_command.h"
-#include "dxf/drawing.h"
-#include "dxf/dump.h"
-#include "dxf/file_kind.h"
+#include "dxf/model/drawing.h"
+#include "dxf/model/dump.h"
+#include "dxf/input/file_kind.h"
 #include "dxf/reader.h"
-#include "dxf/stats.h"
+#include "dxf/model/stats.h"
 #include "render/redraw.h"
 #include "render/world_file.h"
 #include "support/runtime_error.h"
@@ -23,7 +23,7 @@ std::string LayoutNotice(const LoadOutcome& outcome) {
 bool LoadForCommand(const std::string& file, Drawing& drawing, LoadOutcome& outcome, ReadingProfile profile,
                     const LoadOptions& options) {
   // What is no drawing at all gets one line that says what it is instead.
-  if (profile == ReadingProfile::Modern) {
+  if (ProfileRules::Of(profile).NamesNonDrawings) {
     if (const std::string why = NotADrawing(file); !why.empty()) {
       std::fprintf(stderr, "dxfimport: %s %s\n", file.c_str(), why.c_str());
       outcome = {};
@@ -73,7 +73,7 @@ int RunStats(const std::string& file, bool json, ReadingProfile profile, const L
   LoadOutcome outcome;
   if (!LoadForCommand(file, drawing, outcome, profile, options)) return 1;
   // The legacy profile's summary is the original one; the modern profile adds its report.
-  const LoadReport* report = profile == ReadingProfile::Modern ? &outcome.Report : nullptr;
+  const LoadReport* report = outcome.ReportIfKept();
   if (json) {
     std::string object = StatsJson(drawing, file, report);
     if (drawing.SeqCount() > 0 && !object.empty() && object.back() == '}')

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "dxf/drawing.h"
+#include "dxf/model/drawing.h"
 #include "dxf/reader.h"
 
 namespace dxfimport {

@@ -19,16 +19,18 @@ namespace {
 
 // "LEFT,TOP,RIGHT,BOTTOM" in drawing units, read in the profile's precision.
 std::optional<dxfimport::ZoomRect> ParseWindow(const std::string& text, dxfimport::ReadingProfile profile) {
-  char tail = 0;
-  if (dxfimport::ProfileRules::Of(profile).SinglePrecision) {
-    float l = 0, t = 0, r = 0, b = 0;
-    if (std::sscanf(text.c_str(), "%f,%f,%f,%f%c", &l, &t, &r, &b, &tail) != 4) return std::nullopt;
-    return dxfimport::ZoomRect{l, t, r, b};
-  }
-  dxfimport::ZoomRect r;
-  if (std::sscanf(text.c_str(), "%lf,%lf,%lf,%lf%c", &r.left, &r.top, &r.right, &r.bottom, &tail) != 4)
-    return std::nullopt;
-  return r;
+  return dxfimport::ProfileRules::Of(profile).InPrecision(
+      [&text]<class Real>(Real) -> std::optional<dxfimport::ZoomRect> {
+        Real l = 0, t = 0, r = 0, b = 0;
+        char tail = 0;
+        int read = 0;
+        if constexpr (sizeof(Real) == sizeof(float))
+          read = std::sscanf(text.c_str(), "%f,%f,%f,%f%c", &l, &t, &r, &b, &tail);
+        else
+          read = std::sscanf(text.c_str(), "%lf,%lf,%lf,%lf%c", &l, &t, &r, &b, &tail);
+        if (read != 4) return std::nullopt;
+        return dxfimport::ZoomRect{l, t, r, b};
+      });
 }
 
 // Headless drawing: the offscreen platform unless one is chosen, and a private runtime

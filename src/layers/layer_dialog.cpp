@@ -13,8 +13,8 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
-#include "dxf/colors.h"
-#include "dxf/drawing.h"
+#include "dxf/model/colors.h"
+#include "dxf/model/drawing.h"
 #include "render/redraw.h"
 #include "support/log.h"
 #include "support/messages.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
-#include "dxf/colors.h"
+#include "dxf/model/colors.h"
 #include "render/redraw.h"
 
 namespace dxfimport {

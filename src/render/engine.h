@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "dxf/rotation.h"
+#include "dxf/model/rotation.h"
 
 namespace dxfimport {
 

@@ -9,8 +9,8 @@
 #include <cmath>
 #include <map>
 
-#include "dxf/colors.h"
-#include "dxf/extents.h"
+#include "dxf/model/colors.h"
+#include "dxf/model/extents.h"
 #include "render/clipping.h"
 #include "render/redraw.h"
 

@@ -187,7 +187,7 @@ bool ZoomState::FitWindow(const ZoomRect& window) {
 bool ZoomState::PlaceView(const ZoomRect& window, int32_t width, int32_t height) {
   Engine.DeviceWidth = width;
   Engine.DeviceHeight = height;
-  return drawing_.Rules().SinglePrecision ? FitWindow<float>(window) : FitWindow<double>(window);
+  return drawing_.Rules().InPrecision([&]<class Real>(Real) { return FitWindow<Real>(window); });
 }
 
 std::unique_ptr<EntityPainter> ZoomState::MakePainter(Canvas& canvas, QColor background, bool toPrinter) {

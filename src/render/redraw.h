@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "dxf/drawing.h"
+#include "dxf/model/drawing.h"
 #include "render/canvas.h"
 #include "render/engine.h"
 #include "render/spatial_index.h"

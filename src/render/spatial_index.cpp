@@ -5,7 +5,7 @@
 #include <limits>
 #include <type_traits>
 
-#include "dxf/extents.h"
+#include "dxf/model/extents.h"
 
 namespace dxfimport {
 namespace {

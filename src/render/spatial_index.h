@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "dxf/drawing.h"
-#include "dxf/geometry.h"
+#include "dxf/model/drawing.h"
+#include "dxf/model/geometry.h"
 
 namespace dxfimport {
 

@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "dxf/geometry.h"
-#include "dxf/text_styles.h"
+#include "dxf/model/geometry.h"
+#include "dxf/model/text_styles.h"
 
 namespace dxfimport {
 namespace {

@@ -14,8 +14,8 @@
 #include <string>
 #include <vector>
 
-#include "dxf/drawing.h"
-#include "dxf/mtext.h"
+#include "dxf/model/drawing.h"
+#include "dxf/model/mtext.h"
 
 namespace dxfimport {
 

@@ -25,8 +25,8 @@ bool ZoomState::StationaryZoom(float x, float y, int16_t percent, Surface& surfa
     double fx = double(x) / surface.ScaleWidth();
     double fy = double(y) / surface.ScaleHeight();
     // The window is kept in the profile's precision.
-    const bool single = drawing_.Rules().SinglePrecision;
-    auto keep = [single](double v) { return single ? double(CSng(v)) : v; };
+    const ProfileRules& rules = drawing_.Rules();
+    auto keep = [&rules](double v) { return rules.Held(v); };
     NextZoom.left = keep(cx - fx * newWidth);
     NextZoom.right = keep((1 - fx) * newWidth + cx);
     NextZoom.top = keep(newHeight * fy + cy);
@@ -58,8 +58,9 @@ ZoomRect PixelWindow(const DXFEngine& e, int minX, int minY, int maxX, int maxY,
 }  // namespace
 
 ZoomRect ZoomState::WindowOfPixels(int minX, int minY, int maxX, int maxY, int height) const {
-  return drawing_.Rules().SinglePrecision ? PixelWindow<float>(Engine, minX, minY, maxX, maxY, height)
-                                          : PixelWindow<double>(Engine, minX, minY, maxX, maxY, height);
+  return drawing_.Rules().InPrecision([&]<class Real>(Real) {
+    return PixelWindow<Real>(Engine, minX, minY, maxX, maxY, height);
+  });
 }
 
 PointD ZoomState::DrawingPoint(double x, double y) const {

@@ -69,5 +69,9 @@ std::string FormatGrouped(int64_t value, const NumberSeparators& sep);
 std::string FormatSingleUpToTwo(float value, const NumberSeparators& sep);
 // "#,##0.##" applied to a double: at most two decimals, no trailing zeros.
 std::string FormatUpToTwo(double value, const NumberSeparators& sep);
+// A single's digits, as FormatSingleUpToTwo.
+inline std::string FormatUpToTwo(float value, const NumberSeparators& sep) {
+  return FormatSingleUpToTwo(value, sep);
+}
 
 }  // namespace dxfimport

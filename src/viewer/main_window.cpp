@@ -27,7 +27,7 @@
 #include <QToolBar>
 #include <QUrl>
 
-#include "dxf/stats.h"
+#include "dxf/model/stats.h"
 #include "render/picture_file.h"
 #include "render/world_file.h"
 #include "support/log.h"
@@ -190,7 +190,7 @@ void frmImport::CreateMenus() {
   item(options, 1035, "mnuOptionColor", &frmImport::mnuOptionColor_Click);
   item(options, 1036, "mnuOptionSize", &frmImport::mnuOptionSize_Click);
   item(options, 1048, "mnuOptionProperties", [this] {
-    DisplayStats(drawing_, gstrDXFFileName, drawing_.Rules().SinglePrecision ? nullptr : &report_);
+    DisplayStats(drawing_, gstrDXFFileName, reportKept_ ? &report_ : nullptr);
   });
   options->addSeparator()->setObjectName("mnuOptionSep1");
   QMenu* depth = options->addMenu(QString());
@@ -355,6 +355,7 @@ bool frmImport::OpenDXFFile(bool showDialog) {
   layout_.clear();  // a layout chosen in the menu holds for that read only
   FillLayoutMenu(reader.outcome());
   report_ = reader.outcome().Report;
+  reportKept_ = reader.outcome().Reported;
   loadStopped_ = loaded && reader.outcome().Cancelled;
   if (!loaded) {
     UpdateCaption(false);
@@ -600,7 +601,7 @@ void frmImport::FillLayoutMenu(const LoadOutcome& outcome) {
   add(Text(1064), "", outcome.Layout.empty());
   for (const std::string& layout : outcome.Layouts)
     add(QString::fromStdString(layout), layout, layout == outcome.Layout);
-  layoutMenu_->setEnabled(profile_ == ReadingProfile::Modern && !outcome.Layouts.empty());
+  layoutMenu_->setEnabled(outcome.LayoutsToChoose());
 }
 
 void frmImport::mnuOptionLegacy_Click(bool checked) {

@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-#include "dxf/drawing.h"
+#include "dxf/model/drawing.h"
 #include "dxf/reader.h"
 #include "render/color_depth.h"
 #include "render/redraw.h"
@@ -217,6 +217,7 @@ class frmImport : public QMainWindow {
   bool stopRequested_ = false;
   bool loadStopped_ = false;
   LoadReport report_;
+  bool reportKept_ = false;  // the last load kept a report (what it skipped or repaired)
   int64_t entityBudget_ = 0;
   bool followWindow_ = true;
   QTimer* fitTimer_ = nullptr;

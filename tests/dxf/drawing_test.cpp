@@ -1,4 +1,4 @@
-#include "dxf/drawing.h"
+#include "dxf/model/drawing.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "dxf/reader.h"
-#include "dxf/text_codes.h"
+#include "dxf/legacy/legacy_reader.h"
+#include "dxf/model/text_codes.h"
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {

@@ -2,8 +2,8 @@
 
 #include <cmath>
 
-#include "dxf/curves.h"
-#include "dxf/mtext.h"
+#include "dxf/model/curves.h"
+#include "dxf/model/mtext.h"
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "dxf/colors.h"
+#include "dxf/model/colors.h"
 #include "dxf/reader.h"
 #include "testing/dxf_fixture.h"
 

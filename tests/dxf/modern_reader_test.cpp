@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "dxf/mtext.h"
+#include "dxf/model/mtext.h"
 #include "dxf/reader.h"
 #include "testing/dxf_fixture.h"
 

@@ -1,10 +1,10 @@
-#include "dxf/stats.h"
+#include "dxf/model/stats.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
-#include "dxf/dump.h"
+#include "dxf/model/dump.h"
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {

@@ -1,4 +1,4 @@
-#include "dxf/style_maps.h"
+#include "dxf/model/style_maps.h"
 
 #include <gtest/gtest.h>
 

@@ -4,8 +4,8 @@
 
 #include <cmath>
 
-#include "dxf/geometry.h"
-#include "dxf/mtext.h"
+#include "dxf/model/geometry.h"
+#include "dxf/model/mtext.h"
 #include "render/modern_render_fixture.h"
 
 namespace dxfimport {

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "dxf/drawing.h"
+#include "dxf/model/drawing.h"
 #include "dxf/reader.h"
 #include "support/log.h"
 #include "support/messages.h"
