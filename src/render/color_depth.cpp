@@ -106,19 +106,14 @@ LineArtInks InksOf(const ZoomState& zoom, QColor background, ColorDepth depth) {
   };
   add(bgr);
   add(foreground);
-  const bool legacy = d.Rules().LegacyPainter;
   for (const SeqEntry& entry : d.DrawSeq) {
     VisitRow(d, entry, [&](const auto& row) {
       if constexpr (requires {
                       row.Color;
                       row.Layer;
                     }) {
-        if (!legacy) {
-          if (d.LayerState(row.Layer) != 0)
-            add(EntityRgb(row.Color, row.Layer, d.Layers, zoom.ColorByLayer, foreground));
-        } else if (row.Layer >= 1 && row.Layer <= d.LayerCount() && d.LayerState(row.Layer) != 0) {
-          add(zoom.EntityColor(row.Layer, row.Color, false));
-        }
+        if (row.Layer >= 1 && row.Layer <= d.LayerCount() && d.LayerState(row.Layer) != 0)
+          add(zoom.InkOf(d, row.Layer, row.Color, foreground, false));
       }
     });
     if (inks.palette.size() == 256) break;

@@ -3,7 +3,7 @@
 // segments, the crossed text measurements of the visibility rectangle.
 #include <cmath>
 
-#include "render/redraw.h"
+#include "render/redraw_job.h"
 #include "support/numbers.h"
 #include "support/runtime_error.h"
 #include "support/text_decode.h"
@@ -19,8 +19,8 @@ int32_t Plus(int32_t a, int32_t b) {
 
 class LegacyPainter : public EntityPainter {
  public:
-  LegacyPainter(ZoomState& zoom, Drawing& drawing, Canvas& canvas, bool toPrinter)
-      : zoom_(zoom), e_(zoom.Engine), drawing_(drawing), canvas_(canvas), toPrinter_(toPrinter) {}
+  LegacyPainter(const RedrawJob& job, Drawing& drawing, Canvas& canvas, bool toPrinter)
+      : view_(job.View), e_(job.Engine), drawing_(drawing), canvas_(canvas), toPrinter_(toPrinter) {}
 
   void Draw(const SeqEntry& entry) override;
 
@@ -29,9 +29,9 @@ class LegacyPainter : public EntityPainter {
   void DrawArcEntity(const ArcEntity& arc);
   bool Visible(const RECT& device) const;
   bool LayerOn(int32_t layer) const { return drawing_.LayerState(layer) != 0; }
-  int32_t Color(int32_t layer, int32_t color) const { return zoom_.EntityColor(layer, color, toPrinter_); }
+  int32_t Color(int32_t layer, int32_t color) const { return view_.InkOf(drawing_, layer, color, 0, toPrinter_); }
 
-  ZoomState& zoom_;
+  const ZoomView& view_;
   const DXFEngine& e_;
   Drawing& drawing_;
   Canvas& canvas_;
@@ -90,7 +90,7 @@ void LegacyPainter::Draw(const SeqEntry& entry) {
     }
     case kKindAttrib: {
       AttribEntity& a = RowOf(drawing_.Attribs, entry.Index);
-      if (LayerOn(a.Text.Layer) && zoom_.AttributesVisible) DrawTextEntity(a.Text);
+      if (LayerOn(a.Text.Layer) && view_.AttributesVisible) DrawTextEntity(a.Text);
       return;
     }
     default:
@@ -138,9 +138,9 @@ void LegacyPainter::DrawArcEntity(const ArcEntity& a) {
 
 }  // namespace
 
-std::unique_ptr<EntityPainter> MakeLegacyPainter(ZoomState& zoom, Drawing& drawing, Canvas& canvas,
+std::unique_ptr<EntityPainter> MakeLegacyPainter(const RedrawJob& job, Drawing& drawing, Canvas& canvas,
                                                  bool toPrinter) {
-  return std::make_unique<LegacyPainter>(zoom, drawing, canvas, toPrinter);
+  return std::make_unique<LegacyPainter>(job, drawing, canvas, toPrinter);
 }
 
 }  // namespace dxfimport

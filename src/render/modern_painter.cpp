@@ -12,7 +12,7 @@
 #include "dxf/model/colors.h"
 #include "dxf/model/extents.h"
 #include "render/clipping.h"
-#include "render/redraw.h"
+#include "render/redraw_job.h"
 
 namespace dxfimport {
 namespace {
@@ -22,7 +22,7 @@ constexpr double kSmallestTextPixels = 1.5;  // capital height below which text 
 
 class ModernPainter : public EntityPainter {
  public:
-  ModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& canvas, QColor background, bool toPrinter);
+  ModernPainter(const RedrawJob& job, const Drawing& drawing, Canvas& canvas, QColor background, bool toPrinter);
   ~ModernPainter() override { painter_.restore(); }
 
   void Draw(const SeqEntry& entry) override;
@@ -58,7 +58,7 @@ class ModernPainter : public EntityPainter {
   void StrokeCurve(PointD centre, PointD u, PointD v, double t0, double t1);
   void StrokeLine(QPointF a, QPointF b);
 
-  ZoomState& zoom_;
+  const RedrawJob& job_;
   const DXFEngine& e_;
   const Drawing& drawing_;
   QPainter& painter_;
@@ -85,10 +85,10 @@ class ModernPainter : public EntityPainter {
   QRectF bounds_;      // the clip the painter came with (a strip's rows), null for none
 };
 
-ModernPainter::ModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& canvas, QColor background,
+ModernPainter::ModernPainter(const RedrawJob& job, const Drawing& drawing, Canvas& canvas, QColor background,
                              bool toPrinter)
-    : zoom_(zoom),
-      e_(zoom.Engine),
+    : job_(job),
+      e_(job.Engine),
       drawing_(drawing),
       painter_(canvas.painter()),
       toPrinter_(toPrinter),
@@ -100,7 +100,7 @@ ModernPainter::ModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& ca
   painter_.save();
   base_ = painter_.transform();
   if (painter_.hasClipping()) bounds_ = painter_.clipBoundingRect();
-  painter_.setRenderHint(QPainter::Antialiasing, zoom_.Display.Antialias);
+  painter_.setRenderHint(QPainter::Antialiasing, job_.View.Display.Antialias);
   painter_.setRenderHint(QPainter::TextAntialiasing, true);
   painter_.setBrush(Qt::NoBrush);
   for (const std::vector<double>& pattern : drawing.DashPatterns)
@@ -136,8 +136,7 @@ bool ModernPainter::VisibleRow(const Box& u, double margin) const {
 }
 
 QColor ModernPainter::ColorOf(int32_t value, int32_t layer) const {
-  if (toPrinter_ && zoom_.MonochromePrint) return Qt::black;
-  const int32_t bgr = EntityRgb(value, layer, drawing_.Layers, zoom_.ColorByLayer, foreground_);
+  const int32_t bgr = job_.View.InkOf(drawing_, layer, value, foreground_, toPrinter_);
   if (bgr != lastBgr_) {
     lastBgr_ = bgr;
     lastColor_ = QColor::fromRgb(qRgb(bgr & 0xFF, (bgr >> 8) & 0xFF, (bgr >> 16) & 0xFF));
@@ -148,9 +147,9 @@ QColor ModernPainter::ColorOf(int32_t value, int32_t layer) const {
 // A line weight in pixels at the picture's resolution, or 0 (a one-pixel pen) when line
 // weights are not shown.
 double ModernPainter::WeightPixels(int16_t weight) const {
-  if (!zoom_.Display.LineWeights) return 0;
+  if (!job_.View.Display.LineWeights) return 0;
   const int16_t w = weight >= 0 ? weight : drawing_.DefaultLineWeight;
-  const double pixels = w / 100.0 * zoom_.Display.Dpi / 25.4;
+  const double pixels = w / 100.0 * job_.View.Display.Dpi / 25.4;
   return pixels > 1.5 ? pixels : 0;
 }
 
@@ -210,14 +209,14 @@ void ModernPainter::Draw(const SeqEntry& entry) {
       if (LayerOn(row.Layer)) DrawSegment(row, entry.Index);
     } else if constexpr (std::is_same_v<Row, TextEntity>) {
       if (LayerOn(row.Layer) && WorthLayingOut(row))
-        DrawText(zoom_.Texts.Of(row, kKindText, entry.Index, drawing_), row.Color, row.Layer);
+        DrawText(job_.Caches.Texts.Of(row, kKindText, entry.Index, drawing_), row.Color, row.Layer);
     } else if constexpr (std::is_same_v<Row, AttribEntity>) {
-      if (LayerOn(row.Text.Layer) && zoom_.AttributesVisible && WorthLayingOut(row.Text))
-        DrawText(zoom_.Texts.Of(row.Text, kKindAttrib, entry.Index, drawing_), row.Text.Color,
+      if (LayerOn(row.Text.Layer) && job_.View.AttributesVisible && WorthLayingOut(row.Text))
+        DrawText(job_.Caches.Texts.Of(row.Text, kKindAttrib, entry.Index, drawing_), row.Text.Color,
                  row.Text.Layer);
     } else if constexpr (std::is_same_v<Row, MTextEntity>) {
       if (LayerOn(row.Layer) && WorthLayingOut(row))
-        DrawText(zoom_.Texts.Of(row, entry.Index, drawing_), row.Color, row.Layer);
+        DrawText(job_.Caches.Texts.Of(row, entry.Index, drawing_), row.Color, row.Layer);
     } else if constexpr (std::is_same_v<Row, ArcEntity>) {
       if (LayerOn(row.Layer)) DrawArc(row);
     } else if constexpr (std::is_same_v<Row, EllipseEntity>) {
@@ -526,7 +525,7 @@ void ModernPainter::DrawText(const TextLayout& layout, int32_t colorValue, int32
   // Glyphs and their strokes with smoothed edges; the painter's state is put back by
   // hand below (cheaper than saving and restoring all of it for every text).
   painter_.setRenderHint(QPainter::Antialiasing, true);
-  std::unique_lock fonts(zoom_.Texts.Fonts());
+  std::unique_lock fonts(job_.Caches.Texts.Fonts());
   for (const TextLayout::Run& run : layout.runs) {
     const QTransform glyphs(run.scale * run.widthScale, 0, -run.shear * run.scale, -run.scale, run.origin.x(),
                             run.origin.y());
@@ -540,7 +539,7 @@ void ModernPainter::DrawText(const TextLayout& layout, int32_t colorValue, int32
     painter_.setPen(QPen(stroke.color ? ColorOf(stroke.color, layer) : own, std::max(1.0, capPixels * 0.07)));
     painter_.drawLine(toDevice.map(stroke.line));
   }
-  painter_.setRenderHint(QPainter::Antialiasing, zoom_.Display.Antialias);
+  painter_.setRenderHint(QPainter::Antialiasing, job_.View.Display.Antialias);
 }
 
 // A point in the drawing's point style: a dot, a plus, a cross or a tick, with a circle
@@ -590,9 +589,9 @@ void ModernPainter::DrawRay(const RayEntity& r) {
 
 }  // namespace
 
-std::unique_ptr<EntityPainter> MakeModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& canvas,
+std::unique_ptr<EntityPainter> MakeModernPainter(const RedrawJob& job, const Drawing& drawing, Canvas& canvas,
                                                  QColor background, bool toPrinter) {
-  return std::make_unique<ModernPainter>(zoom, drawing, canvas, background, toPrinter);
+  return std::make_unique<ModernPainter>(job, drawing, canvas, background, toPrinter);
 }
 
 }  // namespace dxfimport

@@ -37,12 +37,11 @@ class EntityPainter {
   virtual void Draw(const SeqEntry& entry) = 0;
 };
 
-// The redraw of the whole drawing and the zoom state around it. Every picture of the
-// program (viewer, command line, automation) is drawn by Zoom.
-class ZoomState {
- public:
-  explicit ZoomState(Drawing& drawing) : drawing_(drawing) {}
+// The drawing point under the device pixel (x, y) of the viewport `e`.
+PointD DrawingPointOf(const DXFEngine& e, double x, double y);
 
+// What the user looks at and how: the window drawn, its history and the display options.
+struct ZoomView {
   DXFEngine Engine;                      // the viewport; Engine.CurrentZoom is the window drawn
   ZoomRect NextZoom;                     // the window StationaryZoom computed
   std::array<ZoomRect, 5> PrevZoom{};    // newest first; slots 0..3 used, 4 never written
@@ -51,10 +50,45 @@ class ZoomState {
   bool AttributesVisible = true;         // attributes are drawn
   bool MonochromePrint = false;          // the printer draws every entity in colour 0
   DisplayOptions Display;                // modern profile
-  TextLayouts Texts;                     // the texts laid out, kept between redraws
-  std::unique_ptr<SpatialIndex> Index;   // built at the first redraw of part of the drawing
   std::string FileName;                  // named in the print border's caption
   QPagedPaintDevice* Printer = nullptr;  // the printer target (a PDF writer)
+
+  const ZoomRect& CurrentZoom() const { return Engine.CurrentZoom; }
+  void AddToPrevZoomStack(const ZoomRect& r);
+
+  // The colour an entity of `layer` whose own colour is `value` is drawn in (a BGR
+  // value), by the profile's colour rule. Legacy: 0 on a monochrome printer; its layer's
+  // colour when ColorByLayer and its own colour is 0; else its own colour. Modern: black
+  // on a monochrome printer; else its true colour, colour number, "by layer" or
+  // foreground colour resolved (EntityRgb).
+  int32_t InkOf(const Drawing& drawing, int32_t layer, int32_t value, int32_t foreground, bool toPrinter) const;
+};
+
+// What a drawing keeps between its redraws: built from the drawing, only read while
+// drawing (texts are laid out under TextLayouts::Fonts()).
+struct DrawingCaches {
+  TextLayouts Texts;                    // the texts laid out
+  std::unique_ptr<SpatialIndex> Index;  // built at the first redraw of part of the drawing
+
+  // Whether the index is built, and from the drawing as it is now.
+  bool IndexCurrent(const Drawing& drawing) const {
+    return Index && Index->generation() == drawing.Generation();
+  }
+  // The index of the drawing as it is now, built first when it is not.
+  const SpatialIndex& IndexOf(const Drawing& drawing);
+};
+
+class RedrawJob;
+
+// The redraw of the whole drawing and the zoom state around it: the view, the drawing's
+// caches, and a RedrawJob for each picture drawn. Every picture of the program (viewer,
+// command line, automation) is drawn by Zoom.
+class ZoomState : public ZoomView {
+ public:
+  explicit ZoomState(Drawing& drawing);
+  ~ZoomState();
+
+  DrawingCaches Caches;
   // Asked at the redraw's refresh points, at most every 50 ms: lets the window run its
   // messages; false stops the redraw there, keeping what was drawn (Interrupted is then
   // true until the next redraw).
@@ -62,7 +96,6 @@ class ZoomState {
   bool Interrupted = false;
   bool DrewInBands = false;  // the last redraw drew its picture in two bands of rows at once
 
-  const ZoomRect& CurrentZoom() const { return Engine.CurrentZoom; }
   // True while Zoom draws (KeepDrawing runs window messages then).
   bool InProgress() const { return inProgress_; }
   const Drawing& drawing() const { return drawing_; }
@@ -73,12 +106,11 @@ class ZoomState {
   // the target's aspect; the result becomes CurrentZoom. False with message 1051 when
   // there is nothing to draw, 1052 when the window has no width, and after a reported
   // run-time error; a bad entity's conversion or primitive error is reported without
-  // stopping the redraw.
+  // stopping the redraw. Never entered while it runs: a second call is refused.
   bool Zoom(const ZoomRect& window, Surface& surface, QPaintDevice* metafile = nullptr,
             bool toPrinter = false);
 
-  // The colour an entity is drawn in by the legacy redraw: 0 on a monochrome printer; its
-  // layer's colour when ColorByLayer and its own colour is 0; else its own colour.
+  // The colour an entity is drawn in by the legacy redraw (InkOf of the legacy profile).
   int32_t EntityColor(int32_t layer, int32_t color, bool toPrinter) const;
 
   // Zooms by `percent` about the surface pixel (x, y), keeping the drawing point under
@@ -87,8 +119,6 @@ class ZoomState {
   // The window of the device rectangle from (minX, minY) to (maxX, maxY) of the current
   // view (`height` the surface's height), in the profile's precision.
   ZoomRect WindowOfPixels(int minX, int minY, int maxX, int maxY, int height) const;
-
-  void AddToPrevZoomStack(const ZoomRect& r);
 
   // Sets the viewport for `window` on a picture of width x height pixels as Zoom would,
   // without drawing. False (message 1052) when the window has no width.
@@ -99,7 +129,7 @@ class ZoomState {
   bool DrawStrip(QImage& strip, int32_t top, QColor background);
 
   // The drawing point under the device pixel (x, y) of the current view.
-  PointD DrawingPoint(double x, double y) const;
+  PointD DrawingPoint(double x, double y) const { return DrawingPointOf(Engine, x, y); }
   // The current window made `factor` times smaller (larger for a factor below 1) about the
   // device pixel (x, y), whose drawing point stays under it; its aspect is the view's.
   ZoomRect ZoomedAbout(double x, double y, double factor) const;
@@ -111,31 +141,8 @@ class ZoomState {
   bool DrawPass(const ZoomRect& window, Surface& surface, QPaintDevice* metafile, bool toPrinter);
   template <class Real>
   bool FitWindow(const ZoomRect& window);
-  std::unique_ptr<EntityPainter> MakePainter(Canvas& canvas, QColor background, bool toPrinter);
-  // Whether KeepDrawing, asked at most every 50 ms, says to stop (Interrupted is then set).
-  bool StopAsked(QElapsedTimer& sinceAsked);
-  void DrawEvery(EntityPainter& painter, Surface& surface);
-  // `picture` is the surface's picture when the redraw draws onto it, else null.
-  void DrawIndexed(Canvas& canvas, Surface& surface, QImage* picture, bool toPrinter);
-  void DrawInBands(Canvas& canvas, Surface& surface, QImage& picture);
-  void DrawListed(EntityPainter& painter, Surface& surface, const std::vector<SeqEntry>& entries);
-  // Draws `entries` into `strip`, the device rows from `top` on, as DrawStrip does; ends
-  // early when `stop` is set. Safe beside a redraw on another thread.
-  void DrawRows(QImage& strip, int32_t top, QColor background, const std::vector<SeqEntry>& entries,
-                const std::atomic<bool>& stop);
-  // The drawing-unit box of the device rows [top, bottom), grown by what pens reach.
-  Box RowsBox(int32_t top, int32_t bottom) const;
-  // Whether the index is built, and from the drawing as it is now.
-  bool IndexCurrent() const { return Index && Index->generation() == drawing_.Generation(); }
-  // Fetches the entries of the bands above and below device row `middle` into
-  // visibleEntries_ and lowerEntries_.
-  void FetchBands(int32_t middle);
-  // Fetches the entries the index finds in `box` into `entries`.
-  void FetchVisible(const Box& box, std::vector<SeqEntry>& entries);
-  std::vector<int32_t> visible_;          // the positions of the entries the index found last
-  std::vector<uint64_t> queryMarks_;      // the index query's working memory
-  std::vector<SeqEntry> visibleEntries_;  // the entries to draw (the upper band's)
-  std::vector<SeqEntry> lowerEntries_;    // the lower band's
+  // Keeps how a redraw job ended.
+  void KeepOutcome(const RedrawJob& job);
 
   Drawing& drawing_;
   bool inProgress_ = false;
@@ -148,10 +155,5 @@ ZoomRect ZoomedWindow(const ZoomRect& window, PointD at, double factor);
 // pixels a drawing unit.
 ZoomRect PannedWindow(const ZoomRect& window, double scale, double dx, double dy);
 
-// The painters (legacy_painter.cpp, modern_painter.cpp).
-std::unique_ptr<EntityPainter> MakeLegacyPainter(ZoomState& zoom, Drawing& drawing, Canvas& canvas,
-                                                 bool toPrinter);
-std::unique_ptr<EntityPainter> MakeModernPainter(ZoomState& zoom, const Drawing& drawing, Canvas& canvas,
-                                                 QColor background, bool toPrinter);
 
 }  // namespace dxfimport

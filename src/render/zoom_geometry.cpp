@@ -63,8 +63,7 @@ ZoomRect ZoomState::WindowOfPixels(int minX, int minY, int maxX, int maxY, int h
   });
 }
 
-PointD ZoomState::DrawingPoint(double x, double y) const {
-  const DXFEngine& e = Engine;
+PointD DrawingPointOf(const DXFEngine& e, double x, double y) {
   if (e.ViewScale == 0) return {};
   return {e.CurrentZoom.left + x / e.ViewScale, e.CurrentZoom.bottom + (e.DeviceHeight - y) / e.ViewScale};
 }
@@ -92,7 +91,7 @@ ZoomRect ZoomState::Panned(double dx, double dy) const {
 }
 
 // The oldest of four windows falls off; the fifth slot is never written.
-void ZoomState::AddToPrevZoomStack(const ZoomRect& r) {
+void ZoomView::AddToPrevZoomStack(const ZoomRect& r) {
   for (int i = 3; i >= 1; --i) PrevZoom[std::size_t(i)] = PrevZoom[std::size_t(i - 1)];
   PrevZoom[0] = r;
 }

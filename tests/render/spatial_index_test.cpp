@@ -90,8 +90,8 @@ TEST(SpatialIndex, AZoomedInViewDrawsTheSamePictureAsAFullWalk) {
     withIndex.ExtentsZoom = ExtentsOf(loaded->drawing);  // a view under a quarter of it: indexed
     ASSERT_TRUE(withIndex.Zoom(window, indexed));
     ASSERT_TRUE(withoutIndex.Zoom(window, walked));  // no extents known: every entry visited
-    ASSERT_NE(withIndex.Index, nullptr);
-    EXPECT_EQ(withoutIndex.Index, nullptr);
+    ASSERT_NE(withIndex.Caches.Index, nullptr);
+    EXPECT_EQ(withoutIndex.Caches.Index, nullptr);
     ASSERT_EQ(indexed.image(), walked.image()) << "window at " << x << "," << y;
     for (int py = 0; py < 240; ++py)
       for (int px = 0; px < 320; ++px) ink += (indexed.image().pixel(px, py) & 0xFFFFFF) != 0xFFFFFF;
