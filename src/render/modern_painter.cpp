@@ -12,6 +12,8 @@
 #include "dxf/model/colors.h"
 #include "dxf/model/extents.h"
 #include "render/clipping.h"
+#include "dxf/model/hatch_geometry.h"
+#include "dxf/model/wide_band.h"
 #include "render/redraw_job.h"
 
 namespace dxfimport {
@@ -50,7 +52,8 @@ class ModernPainter : public EntityPainter {
   void DrawEllipse(const EllipseEntity& e);
   void DrawSolid(const SolidEntity& s);
   void DrawHatch(const HatchEntity& h);
-  void DrawPatternLines(const HatchEntity& h, const std::vector<QPolygonF>& loops, const Box& box);
+  void DrawPatternLines(const HatchEntity& h, const std::vector<std::vector<PointD>>& loops, const Box& box);
+  void FillLoops(const std::vector<std::vector<PointD>>& loops, QColor color);
   void DrawText(const TextLayout& layout, int32_t colorValue, int32_t layer);
   void DrawPoint(const PointEntity& p);
   void DrawRay(const RayEntity& r);
@@ -266,67 +269,14 @@ void ModernPainter::FillPolygon(const QPolygonF& polygon, QColor color) {
   painter_.drawPolygon(ClipPolygon(polygon, view_.adjusted(-8, -8, 8, 8)), Qt::OddEvenFill);
 }
 
-// Moves a band's corners at `vertex` (its sides offset by `w` along `n` from the line
-// along `u`) to where they meet the sides of the straight wide `neighbour` (half width
-// `nw` there), as long as that stays within a few widths of the vertex.
-void JoinSides(const PolySegment& neighbour, double nw, PointD vertex, PointD u, PointD n, double w,
-               PointD& left, PointD& right) {
-  if (neighbour.Bulge != 0 || (neighbour.Width == 0 && neighbour.EndWidth == 0)) return;
-  const PointD nd{neighbour.X2 - neighbour.X1, neighbour.Y2 - neighbour.Y1};
-  const double length = Length(nd);
-  const double det = u.x * nd.y - u.y * nd.x;
-  if (length == 0 || std::abs(det) < 1e-9 * length) return;
-  const PointD nu = nd * (1 / length), nn{-nu.y, nu.x};
-  auto meet = [&](double side, PointD& corner) {
-    const PointD a = vertex + n * (side * w), b = vertex + nn * (side * nw);
-    const PointD gap = b - a;
-    const PointD at = a + u * ((gap.x * nu.y - gap.y * nu.x) / (u.x * nu.y - u.y * nu.x));
-    if (Length(at - vertex) <= 40 * std::max(w, nw)) corner = at;
-  };
-  meet(1, left);
-  meet(-1, right);
-}
-
-// A segment with width: a band from its start width to its end width. Straight bands
-// that continue one another meet in a mitre, as CAD tools join wide polylines.
+// A segment with width: its band (WideBand) filled.
 void ModernPainter::DrawWideSegment(const PolySegment& s, int32_t row, QColor color) {
   if (!VisibleRow(RowBox(s))) return;
-  const PointD p1{s.X1, s.Y1}, p2{s.X2, s.Y2};
-  const double w0 = std::abs(s.Width) / 2, w1 = std::abs(s.EndWidth) / 2;
+  const std::vector<PointD> outline = WideBand(drawing_, s, row, e_.ViewScale);
+  if (outline.empty()) return;
   QPolygonF band;
-  BulgeArc arc;
-  if (s.Bulge != 0 && ArcOfBulge(p1, p2, s.Bulge, arc)) {
-    double a0 = std::atan2(p1.y - arc.centre.y, p1.x - arc.centre.x);
-    double a1 = std::atan2(p2.y - arc.centre.y, p2.x - arc.centre.x);
-    const Sweep ccw = s.Bulge > 0 ? SweepOf(a0, a1) : SweepOf(a1, a0);
-    const double sweep = s.Bulge > 0 ? ccw.end - ccw.start : ccw.start - ccw.end;
-    const double pixels = (arc.radius + std::max(w0, w1)) * e_.ViewScale;
-    const int chords =
-        int(std::clamp(std::ceil(std::abs(sweep) * std::sqrt(std::max(pixels, 1.0))), 4.0, 4096.0));
-    QPolygonF inner;
-    for (int i = 0; i <= chords; ++i) {
-      const double f = double(i) / chords, t = a0 + sweep * f, w = w0 + (w1 - w0) * f;
-      const PointD u{std::cos(t), std::sin(t)};
-      band << At(arc.centre + u * (arc.radius + w));
-      inner.prepend(At(arc.centre + u * std::max(0.0, arc.radius - w)));
-    }
-    band << inner;
-    return FillPolygon(band, color);
-  }
-  const PointD d = p2 - p1;
-  const double length = Length(d);
-  if (length == 0) return;
-  const PointD u = d * (1 / length), n{-u.y, u.x};
-  PointD left0 = p1 + n * w0, right0 = p1 - n * w0, left1 = p2 + n * w1, right1 = p2 - n * w1;
-  const auto& segs = drawing_.PolySegs;
-  const PolySegment* previous = s.Joined && row >= 2 ? &segs[std::size_t(row - 2)] : nullptr;
-  const PolySegment* next =
-      std::size_t(row) < segs.size() && segs[std::size_t(row)].Joined ? &segs[std::size_t(row)] : nullptr;
-  if (previous && previous->X2 == s.X1 && previous->Y2 == s.Y1)
-    JoinSides(*previous, std::abs(previous->EndWidth) / 2, p1, u, n, w0, left0, right0);
-  if (next && next->X1 == s.X2 && next->Y1 == s.Y2)
-    JoinSides(*next, std::abs(next->Width) / 2, p2, u, n, w1, left1, right1);
-  band << At(left0) << At(left1) << At(right1) << At(right0);
+  band.reserve(qsizetype(outline.size()));
+  for (const PointD& p : outline) band << At(p);
   FillPolygon(band, color);
 }
 
@@ -405,26 +355,34 @@ void ModernPainter::DrawSolid(const SolidEntity& s) {
 }
 
 void ModernPainter::DrawHatch(const HatchEntity& h) {
-  std::vector<QPolygonF> loops;
+  std::vector<std::vector<PointD>> loops;  // in device coordinates
   Box box;
-  const QRectF clip = view_.adjusted(-8, -8, 8, 8);
-  for (std::size_t l = 0; l < h.LoopStarts.size(); ++l) {
-    const std::size_t from = std::size_t(h.LoopStarts[l]);
-    const std::size_t to = l + 1 < h.LoopStarts.size() ? std::size_t(h.LoopStarts[l + 1]) : h.Points.size();
-    QPolygonF loop;
-    for (std::size_t i = from; i < to && i < h.Points.size(); ++i) {
+  for (const LoopRange& range : HatchLoops(h)) {
+    std::vector<PointD>& loop = loops.emplace_back();
+    loop.reserve(range.to - range.from);
+    for (std::size_t i = range.from; i < range.to; ++i) {
       const QPointF p = At(h.Points[i]);
-      loop << p;
-      box.Add({p.x(), p.y()});
+      loop.push_back({p.x(), p.y()});
+      box.Add(loop.back());
     }
-    loops.push_back(std::move(loop));
   }
   if (loops.empty() || !Visible(box)) return;
   if (h.Filling == HatchEntity::Fill::Pattern) return DrawPatternLines(h, loops, box);
+  const QColor color = h.Filling == HatchEntity::Fill::Background ? background_ : ColorOf(h.Color, h.Layer);
+  FillLoops(loops, color);
+}
+
+// The area the loops bound (even-odd), filled with `color`.
+void ModernPainter::FillLoops(const std::vector<std::vector<PointD>>& loops, QColor color) {
+  const QRectF clip = view_.adjusted(-8, -8, 8, 8);
   QPainterPath path;
   path.setFillRule(Qt::OddEvenFill);
-  for (const QPolygonF& loop : loops) path.addPolygon(ClipPolygon(loop, clip));
-  const QColor color = h.Filling == HatchEntity::Fill::Background ? background_ : ColorOf(h.Color, h.Layer);
+  for (const std::vector<PointD>& loop : loops) {
+    QPolygonF polygon;
+    polygon.reserve(qsizetype(loop.size()));
+    for (const PointD& p : loop) polygon << QPointF(p.x, p.y);
+    path.addPolygon(ClipPolygon(polygon, clip));
+  }
   penKey_ = {0, -1, -1};
   painter_.setPen(Qt::NoPen);
   UseBrush(color);
@@ -434,31 +392,28 @@ void ModernPainter::DrawHatch(const HatchEntity& h) {
 // Pattern lines across the boundary (even-odd inside), dashed as the pattern says. A
 // family whose lines would fall closer than about a pixel apart (or be too many to draw)
 // is drawn as a tint: the boundary filled with the colour at half cover.
-void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<QPolygonF>& loops,
+void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<std::vector<PointD>>& loops,
                                      const Box& box) {
   const QColor color = ColorOf(h.Color, h.Layer);
   const QRectF area = QRectF(QPointF(box.minX, box.minY), QPointF(box.maxX, box.maxY))
                           .intersected(view_.adjusted(-2, -2, 2, 2));
   if (area.isEmpty()) return;
+  const std::array<PointD, 4> corners{PointD{area.left(), area.top()}, PointD{area.right(), area.top()},
+                                      PointD{area.left(), area.bottom()}, PointD{area.right(), area.bottom()}};
   bool tint = false;
   std::size_t edges = 0;
-  for (const QPolygonF& loop : loops) edges += std::size_t(loop.size());
+  for (const std::vector<PointD>& loop : loops) edges += loop.size();
+  std::vector<double> crossings;
   for (const PatternLine& line : h.Pattern) {
-    const QPointF dir(line.Direction.x * e_.ViewScale, -line.Direction.y * e_.ViewScale);
-    const QPointF offset(line.Offset.x * e_.ViewScale, -line.Offset.y * e_.ViewScale);
-    const double dirLength = std::hypot(dir.x(), dir.y());
+    const PointD dir{line.Direction.x * e_.ViewScale, -line.Direction.y * e_.ViewScale};
+    const PointD offset{line.Offset.x * e_.ViewScale, -line.Offset.y * e_.ViewScale};
+    const double dirLength = std::hypot(dir.x, dir.y);
     if (!(dirLength > 0)) continue;
-    const QPointF unit = dir / dirLength;
-    const double spacing = std::abs(offset.x() * unit.y() - offset.y() * unit.x());
-    const QPointF base = At(line.Base);
-    // The range of k whose line base + k * offset crosses the area.
-    double lo = 1e300, hi = -1e300;
-    for (const QPointF& corner : {area.topLeft(), area.topRight(), area.bottomLeft(), area.bottomRight()}) {
-      const double across = ((corner.x() - base.x()) * unit.y() - (corner.y() - base.y()) * unit.x());
-      const double perOffset = offset.x() * unit.y() - offset.y() * unit.x();
-      if (perOffset == 0) continue;
-      lo = std::min(lo, across / perOffset), hi = std::max(hi, across / perOffset);
-    }
+    const PointD unit = dir * (1 / dirLength);
+    const double spacing = std::abs(offset.x * unit.y - offset.y * unit.x);
+    const QPointF deviceBase = At(line.Base);
+    const PointD base{deviceBase.x(), deviceBase.y()};
+    const auto [lo, hi] = FamilyRange(base, offset, unit, corners);
     // Lines closer than a pixel, or more crossings to find than a redraw can afford.
     const double lines = hi - lo;
     if (!(spacing >= 1.2) || !(lines < 20000) || !(lines * double(edges) < 4e6)) {
@@ -466,41 +421,21 @@ void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<QPo
       continue;
     }
     UsePen(color, 0, 0);
-    std::vector<double> crossings;
     const double firstLine = std::ceil(lo);
     const auto count = int64_t(std::floor(hi) - firstLine) + 1;  // below 20000, checked above
     for (int64_t n = 0; n < count; ++n) {
-      const QPointF origin = base + offset * (firstLine + double(n));
-      // Where the line origin + t * dir crosses the boundary edges.
-      crossings.clear();
-      for (const QPolygonF& loop : loops) {
-        for (int i = 0, n = int(loop.size()); i < n; ++i) {
-          const QPointF p = loop[i], q = loop[(i + 1) % n];
-          const QPointF edge = q - p;
-          const double denominator = dir.x() * edge.y() - dir.y() * edge.x();
-          if (denominator == 0) continue;
-          const QPointF w = p - origin;
-          const double s = (w.x() * dir.y() - w.y() * dir.x()) / denominator;
-          if (s < 0 || s >= 1) continue;
-          crossings.push_back((w.x() * edge.y() - w.y() * edge.x()) / denominator);
-        }
-      }
-      std::sort(crossings.begin(), crossings.end());
+      const PointD origin = base + offset * (firstLine + double(n));
+      BoundaryCrossings(loops, origin, dir, crossings);
       for (std::size_t i = 0; i + 1 < crossings.size(); i += 2)
-        DashRun(painter_, origin, dir, crossings[i], crossings[i + 1], line.Dashes, view_);
+        DashRun(painter_, QPointF(origin.x, origin.y), QPointF(dir.x, dir.y), crossings[i], crossings[i + 1],
+                line.Dashes, view_);
     }
   }
+  // Half covering, so that what lies beneath shows through as it would between the lines.
   if (tint) {
-    // Half covering, so that what lies beneath shows through as it would between the lines.
     QColor mixed = color;
     mixed.setAlphaF(0.5);
-    QPainterPath path;
-    path.setFillRule(Qt::OddEvenFill);
-    for (const QPolygonF& loop : loops) path.addPolygon(ClipPolygon(loop, view_.adjusted(-8, -8, 8, 8)));
-    penKey_ = {0, -1, -1};
-    painter_.setPen(Qt::NoPen);
-    UseBrush(mixed);
-    painter_.drawPath(path);
+    FillLoops(loops, mixed);
   }
 }
 
