@@ -6,9 +6,9 @@
 #include <string>
 #include <string_view>
 
+#include "dxf/input/text_decoder.h"
 #include "dxf/model/mtext.h"
 #include "dxf/model/text_codes.h"
-#include "dxf/input/text_decoder.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace dxfimport;

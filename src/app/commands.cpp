@@ -4,11 +4,11 @@
 #include <iostream>
 
 #include "app/load_for_command.h"
+#include "dxf/input/file_kind.h"
 #include "dxf/model/drawing.h"
 #include "dxf/model/dump.h"
-#include "dxf/input/file_kind.h"
-#include "dxf/reader.h"
 #include "dxf/model/stats.h"
+#include "dxf/reader.h"
 #include "render/redraw.h"
 #include "render/world_file.h"
 #include "support/runtime_error.h"

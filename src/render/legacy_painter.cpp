@@ -29,7 +29,9 @@ class LegacyPainter : public EntityPainter {
   void DrawArcEntity(const ArcEntity& arc);
   bool Visible(const RECT& device) const;
   bool LayerOn(int32_t layer) const { return drawing_.LayerState(layer) != 0; }
-  int32_t Color(int32_t layer, int32_t color) const { return view_.InkOf(drawing_, layer, color, 0, toPrinter_); }
+  int32_t Color(int32_t layer, int32_t color) const {
+    return view_.InkOf(drawing_, layer, color, 0, toPrinter_);
+  }
 
   const ZoomView& view_;
   const DXFEngine& e_;

@@ -11,9 +11,9 @@
 
 #include "dxf/model/colors.h"
 #include "dxf/model/extents.h"
-#include "render/clipping.h"
 #include "dxf/model/hatch_geometry.h"
 #include "dxf/model/wide_band.h"
+#include "render/clipping.h"
 #include "render/redraw_job.h"
 
 namespace dxfimport {
@@ -24,7 +24,8 @@ constexpr double kSmallestTextPixels = 1.5;  // capital height below which text 
 
 class ModernPainter : public EntityPainter {
  public:
-  ModernPainter(const RedrawJob& job, const Drawing& drawing, Canvas& canvas, QColor background, bool toPrinter);
+  ModernPainter(const RedrawJob& job, const Drawing& drawing, Canvas& canvas, QColor background,
+                bool toPrinter);
   ~ModernPainter() override { painter_.restore(); }
 
   void Draw(const SeqEntry& entry) override;
@@ -399,7 +400,8 @@ void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<std
                           .intersected(view_.adjusted(-2, -2, 2, 2));
   if (area.isEmpty()) return;
   const std::array<PointD, 4> corners{PointD{area.left(), area.top()}, PointD{area.right(), area.top()},
-                                      PointD{area.left(), area.bottom()}, PointD{area.right(), area.bottom()}};
+                                      PointD{area.left(), area.bottom()},
+                                      PointD{area.right(), area.bottom()}};
   bool tint = false;
   std::size_t edges = 0;
   for (const std::vector<PointD>& loop : loops) edges += loop.size();

@@ -1,8 +1,5 @@
 #include "render/redraw.h"
 
-#include "dxf/model/colors.h"
-#include "render/redraw_job.h"
-
 #include <QElapsedTimer>
 #include <QFontMetrics>
 #include <QPagedPaintDevice>
@@ -12,6 +9,8 @@
 #include <functional>
 #include <memory>
 
+#include "dxf/model/colors.h"
+#include "render/redraw_job.h"
 #include "support/log.h"
 #include "support/messages.h"
 #include "support/numbers.h"
@@ -39,31 +38,11 @@ Real Divide(Real a, Real b) {
 
 }  // namespace
 
-ZoomRect ExtentsOf(const Drawing& d) { return {d.ExtMinX, d.ExtMaxY, d.ExtMaxX, d.ExtMinY}; }
-
-int32_t ZoomView::InkOf(const Drawing& d, int32_t layer, int32_t value, int32_t foreground, bool toPrinter) const {
-  if (d.Rules().LegacyPainter) {
-    if (MonochromePrint && toPrinter) return 0;
-    if (ColorByLayer && value == 0) {
-      if (layer < 1 || layer > d.LayerCount()) throw RunTimeError(kErrSubscript);
-      return d.Layers[std::size_t(layer - 1)].Color;
-    }
-    return value;
-  }
-  if (toPrinter && MonochromePrint) return 0;
-  return EntityRgb(value, layer, d.Layers, ColorByLayer, foreground);
-}
-
 ZoomState::ZoomState(Drawing& drawing) : drawing_(drawing) {}
 ZoomState::~ZoomState() = default;
 
 int32_t ZoomState::EntityColor(int32_t layer, int32_t color, bool toPrinter) const {
   return InkOf(drawing_, layer, color, 0, toPrinter);
-}
-
-const SpatialIndex& DrawingCaches::IndexOf(const Drawing& drawing) {
-  if (!IndexCurrent(drawing)) Index = std::make_unique<SpatialIndex>(drawing);
-  return *Index;
 }
 
 bool ZoomState::Zoom(const ZoomRect& window, Surface& surface, QPaintDevice* metafile, bool toPrinter) {
@@ -147,7 +126,8 @@ bool ZoomState::DrawPass(const ZoomRect& window, Surface& surface, QPaintDevice*
   // page is drawn in one go.
   RedrawJob job(*this, Caches, drawing_, KeepDrawing);
   if (drawing_.Rules().IndexedRedraw)
-    job.DrawIndexed(canvas, surface, metafile || toPrinter ? nullptr : dynamic_cast<QImage*>(device), toPrinter);
+    job.DrawIndexed(canvas, surface, metafile || toPrinter ? nullptr : dynamic_cast<QImage*>(device),
+                    toPrinter);
   else
     job.DrawEvery(canvas, surface, toPrinter);
   KeepOutcome(job);

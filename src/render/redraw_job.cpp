@@ -98,7 +98,11 @@ class SecondThread {
 
 RedrawJob::RedrawJob(const ZoomView& view, DrawingCaches& caches, Drawing& drawing,
                      std::function<bool()> keepDrawing)
-    : Engine(view.Engine), View(view), Caches(caches), drawing_(drawing), keepDrawing_(std::move(keepDrawing)) {}
+    : Engine(view.Engine),
+      View(view),
+      Caches(caches),
+      drawing_(drawing),
+      keepDrawing_(std::move(keepDrawing)) {}
 
 std::unique_ptr<EntityPainter> RedrawJob::MakePainter(Canvas& canvas, QColor background, bool toPrinter) {
   if (drawing_.Rules().LegacyPainter) return MakeLegacyPainter(*this, drawing_, canvas, toPrinter);

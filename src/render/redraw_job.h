@@ -8,7 +8,8 @@
 
 #include "dxf/model/drawing.h"
 #include "render/canvas.h"
-#include "render/redraw.h"
+#include "render/surface.h"
+#include "render/zoom_view.h"
 
 class QElapsedTimer;
 class QImage;

@@ -58,14 +58,8 @@ ZoomRect PixelWindow(const DXFEngine& e, int minX, int minY, int maxX, int maxY,
 }  // namespace
 
 ZoomRect ZoomState::WindowOfPixels(int minX, int minY, int maxX, int maxY, int height) const {
-  return drawing_.Rules().InPrecision([&]<class Real>(Real) {
-    return PixelWindow<Real>(Engine, minX, minY, maxX, maxY, height);
-  });
-}
-
-PointD DrawingPointOf(const DXFEngine& e, double x, double y) {
-  if (e.ViewScale == 0) return {};
-  return {e.CurrentZoom.left + x / e.ViewScale, e.CurrentZoom.bottom + (e.DeviceHeight - y) / e.ViewScale};
+  return drawing_.Rules().InPrecision(
+      [&]<class Real>(Real) { return PixelWindow<Real>(Engine, minX, minY, maxX, maxY, height); });
 }
 
 ZoomRect ZoomedWindow(const ZoomRect& z, PointD p, double factor) {
@@ -88,12 +82,6 @@ ZoomRect ZoomState::ZoomedAbout(double x, double y, double factor) const {
 ZoomRect ZoomState::Panned(double dx, double dy) const {
   if (Engine.ViewScale == 0) return Engine.CurrentZoom;
   return PannedWindow(Engine.CurrentZoom, Engine.ViewScale, dx, dy);
-}
-
-// The oldest of four windows falls off; the fifth slot is never written.
-void ZoomView::AddToPrevZoomStack(const ZoomRect& r) {
-  for (int i = 3; i >= 1; --i) PrevZoom[std::size_t(i)] = PrevZoom[std::size_t(i - 1)];
-  PrevZoom[0] = r;
 }
 
 // A frame around the drawing area and, in the two text lines below it, the caption

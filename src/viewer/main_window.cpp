@@ -189,9 +189,8 @@ void frmImport::CreateMenus() {
       ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_L));
   item(options, 1035, "mnuOptionColor", &frmImport::mnuOptionColor_Click);
   item(options, 1036, "mnuOptionSize", &frmImport::mnuOptionSize_Click);
-  item(options, 1048, "mnuOptionProperties", [this] {
-    DisplayStats(drawing_, gstrDXFFileName, reportKept_ ? &report_ : nullptr);
-  });
+  item(options, 1048, "mnuOptionProperties",
+       [this] { DisplayStats(drawing_, gstrDXFFileName, reportKept_ ? &report_ : nullptr); });
   options->addSeparator()->setObjectName("mnuOptionSep1");
   QMenu* depth = options->addMenu(QString());
   depth->setObjectName("mnuOptionReduce");

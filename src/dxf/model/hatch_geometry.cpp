@@ -15,7 +15,8 @@ std::vector<LoopRange> HatchLoops(const HatchEntity& h) {
   return loops;
 }
 
-std::pair<double, double> FamilyRange(PointD base, PointD offset, PointD unit, const std::array<PointD, 4>& corners) {
+std::pair<double, double> FamilyRange(PointD base, PointD offset, PointD unit,
+                                      const std::array<PointD, 4>& corners) {
   double lo = 1e300, hi = -1e300;
   for (const PointD& corner : corners) {
     const double across = ((corner.x - base.x) * unit.y - (corner.y - base.y) * unit.x);

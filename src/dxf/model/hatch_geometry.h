@@ -20,7 +20,8 @@ std::vector<LoopRange> HatchLoops(const HatchEntity& h);
 // The lines of a pattern family are base + k * offset along `unit`. The range [lo, hi] of
 // k whose lines cross the box with these corners (lo > hi: none; an offset along the
 // lines themselves crosses nothing).
-std::pair<double, double> FamilyRange(PointD base, PointD offset, PointD unit, const std::array<PointD, 4>& corners);
+std::pair<double, double> FamilyRange(PointD base, PointD offset, PointD unit,
+                                      const std::array<PointD, 4>& corners);
 
 // Where the line origin + t * dir crosses the edges of the loops, sorted by t: taken in
 // pairs, the runs of the line inside the boundary (even-odd).

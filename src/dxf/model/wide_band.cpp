@@ -35,7 +35,8 @@ std::vector<PointD> ArcBand(const BulgeArc& arc, PointD p1, PointD p2, double bu
   const Sweep ccw = bulge > 0 ? SweepOf(a0, a1) : SweepOf(a1, a0);
   const double sweep = bulge > 0 ? ccw.end - ccw.start : ccw.start - ccw.end;
   const double pixels = (arc.radius + std::max(w0, w1)) * pixelsPerUnit;
-  const int chords = int(std::clamp(std::ceil(std::abs(sweep) * std::sqrt(std::max(pixels, 1.0))), 4.0, 4096.0));
+  const int chords =
+      int(std::clamp(std::ceil(std::abs(sweep) * std::sqrt(std::max(pixels, 1.0))), 4.0, 4096.0));
   std::vector<PointD> band(std::size_t(2 * (chords + 1)));
   for (int i = 0; i <= chords; ++i) {
     const double f = double(i) / chords, t = a0 + sweep * f, w = w0 + (w1 - w0) * f;
@@ -48,11 +49,13 @@ std::vector<PointD> ArcBand(const BulgeArc& arc, PointD p1, PointD p2, double bu
 
 }  // namespace
 
-std::vector<PointD> WideBand(const Drawing& drawing, const PolySegment& s, int32_t row, double pixelsPerUnit) {
+std::vector<PointD> WideBand(const Drawing& drawing, const PolySegment& s, int32_t row,
+                             double pixelsPerUnit) {
   const PointD p1{s.X1, s.Y1}, p2{s.X2, s.Y2};
   const double w0 = std::abs(s.Width) / 2, w1 = std::abs(s.EndWidth) / 2;
   BulgeArc arc;
-  if (s.Bulge != 0 && ArcOfBulge(p1, p2, s.Bulge, arc)) return ArcBand(arc, p1, p2, s.Bulge, w0, w1, pixelsPerUnit);
+  if (s.Bulge != 0 && ArcOfBulge(p1, p2, s.Bulge, arc))
+    return ArcBand(arc, p1, p2, s.Bulge, w0, w1, pixelsPerUnit);
   const PointD d = p2 - p1;
   const double length = Length(d);
   if (length == 0) return {};

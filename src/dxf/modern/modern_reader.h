@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
+#include "dxf/input/load_context.h"
 #include "dxf/model/dimension_drawing.h"
 #include "dxf/model/drawing.h"
 #include "dxf/model/geometry.h"
-#include "dxf/input/load_context.h"
 
 namespace dxfimport {
 

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <set>
 
-#include "dxf/modern/modern_reader.h"
 #include "dxf/model/placement.h"
+#include "dxf/modern/modern_reader.h"
 #include "support/numbers.h"
 
 namespace dxfimport {

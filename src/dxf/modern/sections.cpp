@@ -1,15 +1,14 @@
 // The modern reading profile's driver: pairs, records, sections, header variables and
 // the dispatch of entities and table entries to their readers.
-#include "dxf/modern/modern_reader.h"
-
 #include <algorithm>
 #include <cmath>
 
+#include "dxf/input/group_codes.h"
 #include "dxf/model/colors.h"
 #include "dxf/model/extents.h"
-#include "dxf/input/group_codes.h"
 #include "dxf/model/style_maps.h"
 #include "dxf/model/text_styles.h"
+#include "dxf/modern/modern_reader.h"
 #include "support/log.h"
 #include "support/numbers.h"
 #include "support/text_decode.h"
@@ -112,9 +111,9 @@ int ModernReader::Resynchronise(std::string_view codeLine, std::string_view& val
   LineSource& source = ctx_.source;
   recordDamaged_ = true;
   ctx_.outcome.Report.Note("unreadable group code", source.LinesRead(),
-                          "Line " + std::to_string(source.LinesRead()) + " holds no group code (\"" +
-                              std::string(CutChars(codeLine, 32)) +
-                              "\"): reading goes on at the next entity");
+                           "Line " + std::to_string(source.LinesRead()) + " holds no group code (\"" +
+                               std::string(CutChars(codeLine, 32)) +
+                               "\"): reading goes on at the next entity");
   // A code 0 is a line "0" followed by a name (a value 0 is followed by a code).
   auto isName = [](std::string_view line) {
     line = Trim(line);

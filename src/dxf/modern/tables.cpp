@@ -1,15 +1,14 @@
 // Table entries of the modern profile (layers, line types, text and dimension styles,
 // block records) and the properties every entity takes from them.
-#include "dxf/modern/modern_reader.h"
-
 #include <algorithm>
 #include <cmath>
 
+#include "dxf/input/group_codes.h"
 #include "dxf/model/colors.h"
 #include "dxf/model/extents.h"
-#include "dxf/input/group_codes.h"
 #include "dxf/model/style_maps.h"
 #include "dxf/model/text_styles.h"
+#include "dxf/modern/modern_reader.h"
 #include "support/log.h"
 #include "support/numbers.h"
 #include "support/text_decode.h"

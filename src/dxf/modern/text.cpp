@@ -4,12 +4,12 @@
 
 #include "dxf/model/colors.h"
 #include "dxf/model/curves.h"
-#include "dxf/modern/modern_reader.h"
 #include "dxf/model/mtext.h"
 #include "dxf/model/placement.h"
 #include "dxf/model/style_maps.h"
 #include "dxf/model/text_codes.h"
 #include "dxf/model/text_styles.h"
+#include "dxf/modern/modern_reader.h"
 #include "support/numbers.h"
 #include "support/text_decode.h"
 
