@@ -12,15 +12,14 @@ PointD DrawingPointOf(const DXFEngine& e, double x, double y) {
   return {e.CurrentZoom.left + x / e.ViewScale, e.CurrentZoom.bottom + (e.DeviceHeight - y) / e.ViewScale};
 }
 
-
 // The oldest of four windows falls off; the fifth slot is never written.
 void ZoomView::AddToPrevZoomStack(const ZoomRect& r) {
   for (int i = 3; i >= 1; --i) PrevZoom[std::size_t(i)] = PrevZoom[std::size_t(i - 1)];
   PrevZoom[0] = r;
 }
 
-
-int32_t ZoomView::InkOf(const Drawing& d, int32_t layer, int32_t value, int32_t foreground, bool toPrinter) const {
+int32_t ZoomView::InkOf(const Drawing& d, int32_t layer, int32_t value, int32_t foreground,
+                        bool toPrinter) const {
   if (d.Rules().LegacyPainter) {
     if (MonochromePrint && toPrinter) return 0;
     if (ColorByLayer && value == 0) {

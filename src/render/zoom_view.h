@@ -56,7 +56,8 @@ struct ZoomView {
   // colour when ColorByLayer and its own colour is 0; else its own colour. Modern: black
   // on a monochrome printer; else its true colour, colour number, "by layer" or
   // foreground colour resolved (EntityRgb).
-  int32_t InkOf(const Drawing& drawing, int32_t layer, int32_t value, int32_t foreground, bool toPrinter) const;
+  int32_t InkOf(const Drawing& drawing, int32_t layer, int32_t value, int32_t foreground,
+                bool toPrinter) const;
 };
 
 // What a drawing keeps between its redraws: built from the drawing, only read while

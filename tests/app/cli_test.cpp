@@ -300,12 +300,24 @@ TEST(CommandLine, RenderFailuresWriteNoFile) {
   EXPECT_EQ(clipped.status, 0);
   EXPECT_EQ(clipped.err, "");
 
-  EXPECT_EQ(Dxfimport("render " + testing::SamplePath() + " -o x.gif").status, 2);
-  EXPECT_EQ(Dxfimport("render " + testing::SamplePath() + " -o x.bmp --size big").status, 2);
-  EXPECT_EQ(Dxfimport("render " + testing::SamplePath() + " -o x.bmp --depth 8").status, 2);
-  EXPECT_EQ(Dxfimport("render " + testing::SamplePath() + " -o x.bmp --window 1,2").status, 2);
-  EXPECT_EQ(Dxfimport("render " + testing::SamplePath() + " -o x.bmp --background nocolour").status, 2);
   std::filesystem::remove_all(dir);
+}
+
+TEST(CommandLine, UsageErrorsEndWithStatusTwoAndWriteNothing) {
+  const char* const usages[] = {
+      "-o x.gif",                        // no such format
+      "-o x.bmp --size big",             // a size is WIDTHxHEIGHT
+      "-o x.bmp --depth 8",              // no such depth
+      "-o x.bmp --window 1,2",           // a window has four sides
+      "-o x.bmp --background nocolour",  // no such colour
+  };
+  for (const char* usage : usages) {
+    SCOPED_TRACE(usage);
+    ProgramRun run = Dxfimport("render " + testing::SamplePath() + " " + usage);
+    EXPECT_EQ(run.status, 2);
+    EXPECT_FALSE(run.err.empty());
+  }
+  EXPECT_FALSE(std::filesystem::exists("x.bmp"));
 }
 
 TEST(CommandLine, RenderDrawsAPaperSpaceLayoutWhenModelSpaceIsEmptyOrOneIsAsked) {

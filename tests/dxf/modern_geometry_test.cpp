@@ -2,8 +2,11 @@
 
 #include <cmath>
 #include <cstring>
+#include <functional>
 
 #include "dxf/model/colors.h"
+#include "dxf/model/hatch_geometry.h"
+#include "dxf/model/wide_band.h"
 #include "dxf/reader.h"
 #include "testing/dxf_fixture.h"
 
@@ -265,14 +268,6 @@ TEST(Dimensions, TheWholeBlockWithArrowBlocksOrTheDefinitionPointsAreDrawn) {
                   {71, "8"},
                   {1, "10"},
                   {0, "ENDBLK"}};
-  auto withBlock = LoadModern(WithBlocks(blocks, {{0, "DIMENSION"}, {2, "*D1"}, {62, "1"}, {70, "32"}}));
-  const Drawing& d = withBlock->drawing;
-  EXPECT_EQ(d.LineCount(), 1);
-  ASSERT_EQ(d.SolidCount(), 2);               // the arrowheads, in every nesting
-  EXPECT_EQ(d.Solids[0].Color, AciColor(1));  // by block: the dimension's colour
-  EXPECT_NEAR(d.Solids[1].X2, 1, 1e-9);       // the turned arrow points left
-  EXPECT_EQ(d.MTexts.size(), 1u);
-
   std::string styles = DxfText({{0, "SECTION"},
                                 {2, "TABLES"},
                                 {0, "TABLE"},
@@ -284,23 +279,50 @@ TEST(Dimensions, TheWholeBlockWithArrowBlocksOrTheDefinitionPointsAreDrawn) {
                                 {271, "2"},
                                 {0, "ENDTAB"},
                                 {0, "ENDSEC"}});
-  auto bare = LoadModern(styles + EntitiesFile({{0, "DIMENSION"},
-                                                {3, "ISO"},
-                                                {70, "0"},
-                                                {10, "0"},
-                                                {20, "20"},
-                                                {11, "50"},
-                                                {21, "22"},
-                                                {13, "0"},
-                                                {23, "0"},
-                                                {14, "100"},
-                                                {24, "0"}}));
-  const Drawing& b = bare->drawing;
-  EXPECT_EQ(b.LineCount(), 3);   // two extension lines and the dimension line
-  EXPECT_EQ(b.SolidCount(), 2);  // its arrowheads
-  ASSERT_EQ(b.TextCount(), 1);
-  EXPECT_EQ(b.Texts[0].Text, "100");
-  EXPECT_EQ(b.Texts[0].Height, 2.5);
+  struct Case {
+    const char* name;
+    std::string dxf;
+    int lines, solids, texts;
+    std::size_t mtexts;
+    std::function<void(const Drawing&)> more;
+  };
+  const Case cases[] = {
+      {"its block, arrow blocks nested in it",
+       WithBlocks(blocks, {{0, "DIMENSION"}, {2, "*D1"}, {62, "1"}, {70, "32"}}), 1, 2, 0, 1,
+       [](const Drawing& d) {
+         EXPECT_EQ(d.Solids[0].Color, AciColor(1));  // by block: the dimension's colour
+         EXPECT_NEAR(d.Solids[1].X2, 1, 1e-9);       // the turned arrow points left
+       }},
+      // Two extension lines, the dimension line, its arrowheads and its measurement in
+      // the style's text height.
+      {"no block: its definition points",
+       styles + EntitiesFile({{0, "DIMENSION"},
+                              {3, "ISO"},
+                              {70, "0"},
+                              {10, "0"},
+                              {20, "20"},
+                              {11, "50"},
+                              {21, "22"},
+                              {13, "0"},
+                              {23, "0"},
+                              {14, "100"},
+                              {24, "0"}}),
+       3, 2, 1, 0,
+       [](const Drawing& d) {
+         EXPECT_EQ(d.Texts[0].Text, "100");
+         EXPECT_EQ(d.Texts[0].Height, 2.5);
+       }},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    auto loaded = LoadModern(c.dxf);
+    const Drawing& d = loaded->drawing;
+    EXPECT_EQ(d.LineCount(), c.lines);
+    EXPECT_EQ(d.MTexts.size(), c.mtexts);
+    ASSERT_EQ(d.TextCount(), c.texts);
+    ASSERT_EQ(d.SolidCount(), c.solids);
+    c.more(d);
+  }
 }
 
 TEST(OtherEntities, TablesWipeoutsRaysAndPointsAreKept) {
@@ -328,6 +350,71 @@ TEST(OtherEntities, TablesWipeoutsRaysAndPointsAreKept) {
   EXPECT_TRUE(d.Rays[1].BothWays);
   ASSERT_EQ(d.Points.size(), 1u);
   EXPECT_EQ(d.ExtMaxY, 54 + 0.02 * 100);  // rays take no part in the extents
+}
+
+}  // namespace
+}  // namespace dxfimport
+
+namespace dxfimport {
+namespace {
+
+TEST(DrawingGeometry, WideBandsMeetInMitresAndFollowTheirArcs) {
+  // An L of width 2: the bands meet at the corner's outer and inner mitre points.
+  auto l = testing::LoadModern(testing::EntitiesFile({{0, "LWPOLYLINE"},
+                                                      {90, "3"},
+                                                      {43, "2"},
+                                                      {10, "0"},
+                                                      {20, "0"},
+                                                      {10, "10"},
+                                                      {20, "0"},
+                                                      {10, "10"},
+                                                      {20, "10"}}));
+  const Drawing& d = l->drawing;
+  ASSERT_EQ(d.PolySegCount(), 2);
+  const std::vector<PointD> first = WideBand(d, d.PolySegs[0], 1, 1);
+  ASSERT_EQ(first.size(), 4u);
+  EXPECT_EQ(first[0], (PointD{0, 1}));
+  EXPECT_NEAR(first[1].x, 9, 1e-12);  // inside the corner
+  EXPECT_NEAR(first[1].y, 1, 1e-12);
+  EXPECT_NEAR(first[2].x, 11, 1e-12);  // outside it
+  EXPECT_NEAR(first[2].y, -1, 1e-12);
+
+  // A half circle of radius 5 and width 2: its outline keeps to radii 4 and 6.
+  auto arc = testing::LoadModern(testing::EntitiesFile(
+      {{0, "LWPOLYLINE"}, {90, "2"}, {43, "2"}, {10, "0"}, {20, "0"}, {42, "1"}, {10, "10"}, {20, "0"}}));
+  const Drawing& a = arc->drawing;
+  ASSERT_EQ(a.PolySegCount(), 1);
+  const std::vector<PointD> band = WideBand(a, a.PolySegs[0], 1, 10);
+  ASSERT_GE(band.size(), 10u);
+  for (std::size_t i = 0; i < band.size(); ++i)
+    EXPECT_NEAR(Length(band[i] - PointD{5, 0}), i < band.size() / 2 ? 6 : 4, 1e-9) << i;
+}
+
+TEST(DrawingGeometry, HatchLoopsFamiliesAndCrossings) {
+  // A square with a square hole: a line across both enters and leaves twice.
+  const std::vector<std::vector<PointD>> loops = {{{0, 0}, {10, 0}, {10, 10}, {0, 10}},
+                                                  {{3, 3}, {7, 3}, {7, 7}, {3, 7}}};
+  std::vector<double> crossings;
+  BoundaryCrossings(loops, {-5, 5}, {1, 0}, crossings);
+  EXPECT_EQ(crossings, (std::vector<double>{5, 8, 12, 15}));
+  BoundaryCrossings(loops, {-5, 20}, {1, 0}, crossings);
+  EXPECT_TRUE(crossings.empty());
+
+  // Lines y = k cross a box from y = 0 to y = 3.5 for k in [0, 3.5].
+  const auto [lo, hi] = FamilyRange({0, 0}, {0, 1}, {1, 0}, {PointD{0, 0}, {10, 0}, {0, 3.5}, {10, 3.5}});
+  EXPECT_DOUBLE_EQ(lo, 0);
+  EXPECT_DOUBLE_EQ(hi, 3.5);
+
+  // Loop starts beyond the points, or going back, give empty loops, never a read past.
+  HatchEntity h;
+  h.Points = {{0, 0}, {1, 0}, {1, 1}};
+  h.LoopStarts = {0, 2, 7, 1};
+  const std::vector<LoopRange> ranges = HatchLoops(h);
+  ASSERT_EQ(ranges.size(), 4u);
+  EXPECT_EQ(ranges[0].to, 2u);
+  EXPECT_EQ(ranges[1].to, 3u);
+  EXPECT_EQ(ranges[2].from, ranges[2].to);
+  EXPECT_LE(ranges[3].to, 3u);
 }
 
 }  // namespace

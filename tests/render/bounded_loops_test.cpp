@@ -2,6 +2,7 @@
 // drawing written here: every one must load and draw, and keep what it can.
 #include <gtest/gtest.h>
 
+#include <QRect>
 #include <cmath>
 
 #include "dxf/model/geometry.h"
@@ -67,46 +68,55 @@ TEST(BoundedLoops, AnglesOfAnySizeGiveASweepWithinOneTurn) {
 }
 
 TEST(BoundedLoops, HugeAnglesRadiiAndLengthsDraw) {
-  // An arc starting at 1e20 degrees: a direction like any other.
-  ModernRender arc({{0, "ARC"}, {10, "50"}, {20, "50"}, {40, "30"}, {50, "1e20"}, {51, "30"}});
-  EXPECT_TRUE(arc.drawn());
-  EXPECT_GT(arc.InkedIn(0, 0, 100, 100), 20);
-
-  // A circle of radius 1e300 and a line: the line shows, the circle is far outside.
-  ModernRender circle({{0, "CIRCLE"},
-                       {10, "50"},
-                       {20, "50"},
-                       {40, "1e300"},
-                       {0, "LINE"},
-                       {10, "10"},
-                       {20, "50"},
-                       {11, "90"},
-                       {21, "50"}});
-  EXPECT_TRUE(circle.InkedNear(50, 50));
-
-  // A dashed line 1e20 long crossing the view.
-  const std::string dashed =
-      testing::DxfText({{0, "SECTION"},
-                        {2, "TABLES"},
-                        {0, "TABLE"},
-                        {2, "LTYPE"},
-                        {0, "LTYPE"},
-                        {2, "DASHED"},
-                        {73, "2"},
-                        {49, "4"},
-                        {49, "-2"},
-                        {0, "ENDTAB"},
-                        {0, "ENDSEC"}}) +
-      testing::EntitiesFile(
-          {{0, "LINE"}, {6, "DASHED"}, {10, "-1e20"}, {20, "50"}, {11, "1e20"}, {21, "50"}});
-  auto loaded = testing::LoadModern(dashed);
-  ImageSurface surface(100, 100);
-  ZoomState zoom(loaded->drawing);
-  EXPECT_TRUE(zoom.Zoom({0, 100, 100, 0}, surface));
-  int inked = 0;
-  for (int x = 0; x < 100; ++x) inked += (surface.image().pixel(x, 50) & 0xFFFFFF) != 0xFFFFFF;
-  EXPECT_GT(inked, 30);
-  EXPECT_LT(inked, 90);  // dashed, not solid
+  struct Case {
+    const char* name;
+    Pairs entities;
+    Pairs lineTypes;
+    QRect area;  // where the ink is counted
+    int least, most;
+  };
+  const Pairs dashed = {{0, "LTYPE"}, {2, "DASHED"}, {73, "2"}, {49, "4"}, {49, "-2"}};
+  const Case cases[] = {
+      // A direction like any other.
+      {"an arc that starts at 1e20 degrees",
+       {{0, "ARC"}, {10, "50"}, {20, "50"}, {40, "30"}, {50, "1e20"}, {51, "30"}},
+       {},
+       {0, 0, 100, 100},
+       21,
+       10000},
+      // The circle lies far outside; the line across the view shows.
+      {"a circle of radius 1e300 beside a line",
+       {{0, "CIRCLE"},
+        {10, "50"},
+        {20, "50"},
+        {40, "1e300"},
+        {0, "LINE"},
+        {10, "10"},
+        {20, "50"},
+        {11, "90"},
+        {21, "50"}},
+       {},
+       {0, 0, 100, 100},
+       70,
+       300},
+      // Dashed, not solid, however far its ends lie.
+      {"a dashed line 1e20 long across the view",
+       {{0, "LINE"}, {6, "DASHED"}, {10, "-1e20"}, {20, "50"}, {11, "1e20"}, {21, "50"}},
+       dashed,
+       {0, 50, 100, 1},
+       31,
+       89},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    testing::RenderSetup setup;
+    setup.lineTypes = c.lineTypes;
+    ModernRender render(c.entities, setup);
+    EXPECT_TRUE(render.drawn());
+    const int inked = render.InkedIn(c.area.left(), c.area.top(), c.area.right() + 1, c.area.bottom() + 1);
+    EXPECT_GE(inked, c.least);
+    EXPECT_LE(inked, c.most);
+  }
 }
 
 TEST(BoundedLoops, PatternLinesFarFromTheirBaseDraw) {

@@ -15,6 +15,7 @@ struct RenderSetup {
   ZoomRect window{0, 100, 100, 0};
   std::string layerColor = "1";  // of layer 0
   std::string header;            // HEADER variables as DXF text
+  Pairs lineTypes;               // LTYPE entries of the TABLES section
 };
 
 // Draws a modern drawing of one layer (red unless set up otherwise) into 100 x 100
@@ -23,9 +24,11 @@ class ModernRender {
  public:
   explicit ModernRender(const Pairs& entities, const RenderSetup& setup = {})
       : surface_(100, 100, setup.background) {
-    std::string layers = DxfText({{0, "SECTION"},
-                                  {2, "TABLES"},
-                                  {0, "TABLE"},
+    std::string lineTypes = setup.lineTypes.empty() ? ""
+                                                    : DxfText({{0, "TABLE"}, {2, "LTYPE"}}) +
+                                                          DxfText(setup.lineTypes) + DxfText({{0, "ENDTAB"}});
+    std::string layers = DxfText({{0, "SECTION"}, {2, "TABLES"}}) + lineTypes +
+                         DxfText({{0, "TABLE"},
                                   {2, "LAYER"},
                                   {0, "LAYER"},
                                   {2, "0"},

@@ -8,9 +8,9 @@ std::vector<LoopRange> HatchLoops(const HatchEntity& h) {
   std::vector<LoopRange> loops;
   loops.reserve(h.LoopStarts.size());
   for (std::size_t l = 0; l < h.LoopStarts.size(); ++l) {
-    const std::size_t from = std::size_t(h.LoopStarts[l]);
+    const std::size_t from = std::min(std::size_t(h.LoopStarts[l]), h.Points.size());
     const std::size_t to = l + 1 < h.LoopStarts.size() ? std::size_t(h.LoopStarts[l + 1]) : h.Points.size();
-    loops.push_back({std::min(from, h.Points.size()), std::max(from, std::min(to, h.Points.size()))});
+    loops.push_back({from, std::max(from, std::min(to, h.Points.size()))});
   }
   return loops;
 }
