@@ -100,6 +100,20 @@ SEEDS = {
     "error_huge_values": entities((0, "LINE"), (10, "3e38"), (11, "-3e38"), (0, "CIRCLE"), (40, "3e38"),
                                   (0, "TEXT"), (40, "1e30"), (1, "x"), (0, "INSERT"), (2, "B"), (41, "1e30"),
                                   blocks=BLOCK),
+    # Invisible entities (a dynamic block's hidden state, an insert with its attributes)
+    # and model space's draw order.
+    "visibility_draw_order": dxf(
+        (0, "SECTION"), (2, "TABLES"), (0, "TABLE"), (2, "BLOCK_RECORD"), (0, "BLOCK_RECORD"), (5, "1F"),
+        (102, "{ACAD_XDICTIONARY"), (360, "2A"), (102, "}"), (2, "*Model_Space"), (0, "ENDTAB"), (0, "ENDSEC"),
+        (0, "SECTION"), (2, "BLOCKS"), (0, "BLOCK"), (2, "*U2"), (70, "1"), (0, "LINE"), (11, "1"),
+        (0, "LINE"), (60, "1"), (11, "9"), (0, "ENDBLK"), (0, "ENDSEC"),
+        (0, "SECTION"), (2, "ENTITIES"), (0, "SOLID"), (5, "A0"), (62, "1"), (11, "8"), (12, "0"), (22, "8"),
+        (0, "SOLID"), (5, "A1"), (62, "5"), (11, "8"), (12, "0"), (22, "8"), (0, "INSERT"), (5, "A2"),
+        (60, "1"), (66, "1"), (2, "*U2"), (0, "ATTRIB"), (1, "V"), (2, "T"), (0, "SEQEND"), (0, "INSERT"),
+        (5, "A3"), (2, "*U2"), (0, "ENDSEC"),
+        (0, "SECTION"), (2, "OBJECTS"), (0, "SORTENTSTABLE"), (5, "2B"), (100, "AcDbSortentsTable"),
+        (330, "1F"), (331, "A0"), (5, "B0"), (331, "A3"), (5, "1"), (331, "FFFFFFFFFFFFFFFFF"), (5, "zz"),
+        (0, "ENDSEC"), (0, "EOF")),
 }
 
 

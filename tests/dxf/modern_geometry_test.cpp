@@ -325,6 +325,47 @@ TEST(Dimensions, TheWholeBlockWithArrowBlocksOrTheDefinitionPointsAreDrawn) {
   }
 }
 
+TEST(Invisible, AnInvisibleEntityIsNeitherDrawnNorCountedAnywhere) {
+  const Pairs seen = {{0, "LINE"}, {10, "0"}, {20, "0"}, {11, "1"}, {21, "1"}};
+  const Pairs hidden = {{0, "LINE"}, {60, "1"}, {10, "100"}, {20, "100"}, {11, "200"}, {21, "200"}};
+  auto join = [](std::initializer_list<Pairs> parts) {
+    Pairs all;
+    for (const Pairs& p : parts) all.insert(all.end(), p.begin(), p.end());
+    return all;
+  };
+  // A dynamic block's copy: the state shown, and the one hidden in it.
+  const Pairs blocks = join({{{0, "BLOCK"}, {2, "*U2"}, {70, "1"}}, seen, hidden, {{0, "ENDBLK"}}});
+  const Pairs insert = {{0, "INSERT"}, {2, "*U2"}, {10, "0"}, {20, "0"}};
+  const Pairs hiddenInsert = {{0, "INSERT"}, {60, "1"}, {66, "1"}, {2, "*U2"}, {10, "500"}, {20, "500"}};
+  const Pairs attrib = {{0, "ATTRIB"}, {10, "0.5"}, {20, "0.5"}, {40, "1"}, {1, "TAG VALUE"}, {2, "TAG"}};
+  struct Case {
+    const char* name;
+    std::string dxf;
+    int lines, attribs;
+  };
+  const Case cases[] = {
+      {"model space", EntitiesFile(join({seen, hidden})), 1, 0},
+      {"paper space",
+       EntitiesFile(
+           {{0, "LINE"}, {67, "1"}, {11, "1"}, {21, "1"}, {0, "LINE"}, {67, "1"}, {60, "1"}, {11, "300"}}),
+       1, 0},
+      {"the state a dynamic block hides", WithBlocks(blocks, insert), 1, 0},
+      {"an invisible insert and its attributes",
+       WithBlocks(blocks, join({hiddenInsert, attrib, {{0, "SEQEND"}}, seen})), 1, 0},
+      {"the attributes of a visible insert stay",
+       WithBlocks(blocks, join({insert, {{66, "1"}}, attrib, {{0, "SEQEND"}}})), 1, 1},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    auto loaded = LoadModern(c.dxf);
+    const Drawing& d = loaded->drawing;
+    EXPECT_EQ(d.LineCount(), c.lines);
+    EXPECT_EQ(d.Attribs.size(), std::size_t(c.attribs));
+    EXPECT_LT(d.ExtMaxX, 50);  // nothing hidden widens the extents
+    EXPECT_TRUE(loaded->outcome.Complete);
+  }
+}
+
 TEST(OtherEntities, TablesWipeoutsRaysAndPointsAreKept) {
   Pairs blocks = {{0, "BLOCK"}, {2, "*T1"}, {0, "LINE"}, {10, "0"},
                   {20, "0"},    {11, "4"},  {21, "0"},   {0, "ENDBLK"}};

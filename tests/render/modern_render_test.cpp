@@ -50,6 +50,56 @@ TEST(ModernRendering, MTextLinesAreDrawnOneBelowTheOther) {
   EXPECT_EQ(text.InkedIn(60, 0, 100, 100), 0);
 }
 
+// Two dynamic columns with the text before the column break: the text stands in the
+// first column, at the insertion point, and the second stays empty (the reference
+// renderer draws such a text one column to the right).
+TEST(ModernRendering, MTextBeforeAColumnBreakStandsInTheFirstColumn) {
+  ModernRender columns({{0, "MTEXT"},
+                        {10, "5"},
+                        {20, "80"},
+                        {40, "10"},
+                        {41, "90"},
+                        {71, "1"},
+                        {1, "AB\\PCD\\N"},
+                        {101, "Embedded Object"},
+                        {70, "1"},
+                        {10, "1"},
+                        {11, "5"},
+                        {21, "80"},
+                        {40, "90"},
+                        {42, "90"},
+                        {43, "25"},
+                        {71, "2"},
+                        {72, "2"},
+                        {44, "40"},
+                        {45, "5"}});
+  ASSERT_TRUE(columns.drawn());
+  EXPECT_GT(columns.InkedIn(5, 15, 45, 50), 20);
+  EXPECT_EQ(columns.InkedIn(50, 0, 100, 100), 0);
+  // What follows a break goes to the next column.
+  ModernRender broken({{0, "MTEXT"},
+                       {10, "5"},
+                       {20, "80"},
+                       {40, "10"},
+                       {41, "90"},
+                       {71, "1"},
+                       {1, "AB\\NCD"},
+                       {101, "Embedded Object"},
+                       {70, "1"},
+                       {10, "1"},
+                       {11, "5"},
+                       {21, "80"},
+                       {40, "90"},
+                       {42, "90"},
+                       {43, "25"},
+                       {71, "2"},
+                       {72, "2"},
+                       {44, "40"},
+                       {45, "5"}});
+  EXPECT_GT(broken.InkedIn(5, 15, 45, 50), 10);
+  EXPECT_GT(broken.InkedIn(50, 15, 90, 50), 10);
+}
+
 TEST(ModernRendering, ColourSevenContrastsWithTheBackground) {
   const Pairs line = {{0, "LINE"}, {62, "7"}, {10, "0"}, {20, "50"}, {11, "100"}, {21, "50"}};
   ModernRender onWhite(line);
@@ -162,6 +212,67 @@ TEST(ModernRendering, DimensionsWithoutABlockGetFilledArrowheads) {
   EXPECT_GT(dimension.InkedIn(11, 48, 16, 53), 8);   // a filled arrowhead at its left end
   EXPECT_GT(dimension.InkedIn(10, 60, 11, 80), 15);  // the extension line down to 13
   EXPECT_GT(dimension.InkedIn(40, 40, 60, 50), 10);  // the text "80" above the line
+}
+
+}  // namespace
+}  // namespace dxfimport
+
+namespace dxfimport {
+namespace {
+
+// Two squares over each other, red (handle A0) written first, blue (A1) after: a
+// SORTENTSTABLE of model space that gives red the later sort handle brings it on top.
+TEST(DrawOrder, TheSortEntsTableOfModelSpaceDecidesWhatIsOnTop) {
+  auto square = [](const char* handle, const char* color) {
+    return Pairs{{0, "SOLID"}, {5, handle}, {62, color}, {10, "20"}, {20, "20"}, {11, "80"},
+                 {21, "20"},   {12, "20"},  {22, "80"},  {13, "80"}, {23, "80"}};
+  };
+  const std::string tables = DxfText({{0, "SECTION"},
+                                      {2, "TABLES"},
+                                      {0, "TABLE"},
+                                      {2, "BLOCK_RECORD"},
+                                      {0, "BLOCK_RECORD"},
+                                      {5, "1F"},
+                                      {102, "{ACAD_XDICTIONARY"},
+                                      {360, "2A"},
+                                      {102, "}"},
+                                      {2, "*Model_Space"},
+                                      {0, "ENDTAB"},
+                                      {0, "ENDSEC"}});
+  Pairs entities = square("A0", "1");
+  const Pairs blue = square("A1", "5");
+  entities.insert(entities.end(), blue.begin(), blue.end());
+  const std::string body =
+      DxfText({{0, "SECTION"}, {2, "ENTITIES"}}) + DxfText(entities) + DxfText({{0, "ENDSEC"}});
+  const std::string sortents = DxfText({{0, "SECTION"},
+                                        {2, "OBJECTS"},
+                                        {0, "SORTENTSTABLE"},
+                                        {5, "2B"},
+                                        {330, "2A"},
+                                        {100, "AcDbSortentsTable"},
+                                        {330, "1F"},
+                                        {331, "A0"},
+                                        {5, "B0"},
+                                        {0, "ENDSEC"},
+                                        {0, "EOF"}});
+  struct Case {
+    const char* name;
+    std::string dxf;
+    QRgb top;
+  };
+  const Case cases[] = {
+      {"file order", tables + body + DxfText({{0, "EOF"}}), qRgb(0, 0, 255)},
+      {"sorted", tables + body + sortents, qRgb(255, 0, 0)},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    auto loaded = testing::LoadModern(c.dxf);
+    ASSERT_EQ(loaded->drawing.SolidCount(), 2);
+    ImageSurface surface(100, 100);
+    ZoomState zoom(loaded->drawing);
+    ASSERT_TRUE(zoom.Zoom({0, 100, 100, 0}, surface));
+    EXPECT_EQ(surface.image().pixel(50, 50) & 0xFFFFFF, c.top & 0xFFFFFF);
+  }
 }
 
 }  // namespace

@@ -51,6 +51,7 @@ class ModernReader : public ProfileReader {
   void ReadRecord(bool header);
   bool Dispatch(std::string_view name);
   void ReadOne(const Kind& kind);
+  bool Invisible(const Kind& kind);
   // A group code line that holds no 16-bit number: named in the report, and the reading
   // goes on at the next line that holds the code 0.
   int Resynchronise(std::string_view codeLine, std::string_view& value);
@@ -163,6 +164,11 @@ class ModernReader : public ProfileReader {
   void Restyle(Row& row, const Style& inherited);
   int32_t LayerZero();
   void ChooseLayout();
+  // Draw order (objects.cpp): where a model-space entity's rows start in the drawing order,
+  // the sort handles of a SORTENTSTABLE, and the order they give.
+  void NoteEntityStart(Handler handler);
+  bool DXFSortEnts();
+  void ApplyDrawOrder();
   void DrawLayout(int32_t block);
   void ShowModelSpaceIn(int32_t layout, const EntityTables& model);
   DimensionInput ReadDimensionInput() const;
@@ -195,6 +201,7 @@ class ModernReader : public ProfileReader {
   std::string_view pendingValue_;
   bool recordDamaged_ = false;  // the record being read met an unreadable group code
   bool skippingBlock_ = false;  // inside a block definition that could not be opened
+  bool hidingAttribs_ = false;  // after an invisible insert, up to its SEQEND
   std::string section_;
   std::string_view name_;       // the record's name (after its code 0)
   std::size_t recordLine_ = 0;  // the line of the record's name
@@ -237,6 +244,14 @@ class ModernReader : public ProfileReader {
   };
   std::vector<Viewport> viewports_;
   Box layoutBox_;  // the extents of a layout drawn instead of model space
+
+  // Draw order of model space. The starts are kept only when model space's block record
+  // has an extension dictionary, where a SORTENTSTABLE would hang.
+  std::string modelRecord_;  // the handle of *Model_Space's block record
+  bool keepStarts_ = false;
+  std::vector<std::pair<uint64_t, std::size_t>> entityStarts_;  // entity handle, first entry
+  std::size_t entitiesEnd_ = 0;                                 // the entries of ENTITIES end here
+  std::unordered_map<uint64_t, uint64_t> sortHandles_;          // entity handle -> sort handle
 };
 
 }  // namespace dxfimport

@@ -36,6 +36,7 @@ const ModernReader::Kind* ModernReader::FindKind(std::string_view name) {
       {"STYLE", "DXFStyle", &ModernReader::DXFStyle, kInTables},
       {"BLOCK_RECORD", "DXFBlock", &ModernReader::DXFBlockRecord, kInTables},
       {"LAYOUT", "DXFLayout", &ModernReader::DXFLayout, kInObjects},
+      {"SORTENTSTABLE", "DXFSortEnts", &ModernReader::DXFSortEnts, kInObjects},
       {"BLOCK", "DXFBlock", &ModernReader::DXFBlock, kInEntities},
       {"ENDBLK", "LoadDXF", &ModernReader::DXFEndBlock, kInEntities},
       {"LINE", "DXFLine", &ModernReader::DXFLine, kInEntities},
@@ -226,6 +227,7 @@ bool ModernReader::Read() {
   if (!goOn && ctx_.outcome.StoppedIn.empty()) ctx_.StopAt("LoadDXF");
   try {
     if (inPolyline_) FinishPolyline();
+    ApplyDrawOrder();
     if (!ctx_.outcome.Cancelled) ChooseLayout();
     // Every drawing has a layer "0", even one written without a layer table.
     if (drawing_.LayerCount() == 0 && drawing_.SeqCount() > 0) drawing_.AddLayer({"0", kForeground, -1, 0});
@@ -255,6 +257,7 @@ void ModernReader::Note(const std::string& kind, std::string notice) const {
 bool ModernReader::Dispatch(std::string_view name) {
   if (name == "SECTION") return Section();
   if (name == "ENDSEC") {
+    if (section_ == "ENTITIES") entitiesEnd_ = drawing_.DrawSeq.size();
     section_.clear();
     return true;
   }
@@ -274,6 +277,7 @@ bool ModernReader::Dispatch(std::string_view name) {
     FinishPolyline();
   name_ = name;
   if (skippingBlock_ && kind->handler != &ModernReader::DXFEndBlock) return true;
+  if (where == kInEntities && Invisible(*kind)) return true;
   // Paper-space entities of the ENTITIES section (67 = 1) go to the paper-space block.
   const bool paper = where == kInEntities && output_ == 0 && Whole(67, 0, 0, 1) == 1 &&
                      kind->handler != &ModernReader::DXFBlock && kind->handler != &ModernReader::DXFEndBlock;
@@ -282,8 +286,26 @@ bool ModernReader::Dispatch(std::string_view name) {
     const BlockEntry& b = drawing_.Blocks[std::size_t(output_ - 1)];
     toBlock_ = Affine::Translate(-b.BaseX, -b.BaseY);
   }
+  if (!paper && section_ == "ENTITIES") NoteEntityStart(kind->handler);
   ReadOne(*kind);
   if (paper) output_ = 0, toBlock_ = {};
+  return true;
+}
+
+// An entity flagged invisible (60 = 1) is neither drawn nor counted in the extents, in
+// model space, paper space and every block: the copy of a dynamic block keeps the
+// visibility states it does not show so. The attributes of an invisible insert, up to
+// its SEQEND, go with it.
+bool ModernReader::Invisible(const Kind& kind) {
+  const Handler h = kind.handler;
+  if (h == &ModernReader::DXFBlock || h == &ModernReader::DXFEndBlock || h == &ModernReader::DXFVertex)
+    return false;
+  const bool attribsHidden = hidingAttribs_;
+  hidingAttribs_ = false;
+  if (h == &ModernReader::DXFSeqEnd) return attribsHidden;
+  if (h == &ModernReader::DXFAttrib && attribsHidden) return hidingAttribs_ = true;
+  if (Whole(60, 0, -32768, 32767) != 1) return false;
+  hidingAttribs_ = h == &ModernReader::DXFInsert;
   return true;
 }
 

@@ -52,7 +52,12 @@ bool ModernReader::DXFLineTypes() {
 
 // BLOCK_RECORD: its handle (5) and name (2), to find a layout's block.
 bool ModernReader::DXFBlockRecord() {
-  blockRecords_[std::string(Trim(Value(5)))] = std::string(Trim(Text(2)));
+  const std::string name(Trim(Text(2)));
+  blockRecords_[std::string(Trim(Value(5)))] = name;
+  if (SameName(name, "*Model_Space")) {
+    modelRecord_ = std::string(Trim(Value(5)));
+    keepStarts_ = Has(360);  // its extension dictionary
+  }
   return true;
 }
 
