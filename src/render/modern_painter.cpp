@@ -3,6 +3,7 @@
 // current zoom, colours by the colour index (colour 7 contrasting with the background),
 // line types and, when asked, line weights; hatch patterns, points and construction
 // lines as CAD tools show them.
+#include <QBrush>
 #include <QFontMetricsF>
 #include <QPainterPath>
 #include <algorithm>
@@ -55,6 +56,9 @@ class ModernPainter : public EntityPainter {
   void DrawHatch(const HatchEntity& h);
   void DrawPatternLines(const HatchEntity& h, const std::vector<std::vector<PointD>>& loops, const Box& box);
   void FillLoops(const std::vector<std::vector<PointD>>& loops, QColor color);
+  void FillLoops(const std::vector<std::vector<PointD>>& loops, const QBrush& brush);
+  QPainterPath LoopsPath(const std::vector<std::vector<PointD>>& loops) const;
+  QBrush GradientBrush(const HatchEntity& h);
   void DrawText(const TextLayout& layout, int32_t colorValue, int32_t layer);
   void DrawPoint(const PointEntity& p);
   void DrawRay(const RayEntity& r);
@@ -79,6 +83,7 @@ class ModernPainter : public EntityPainter {
   };
   PenKey penKey_{0, -1, -1};
   std::vector<std::pair<PenKey, QPen>> pens_;  // the pens made so far in this redraw
+  static constexpr QRgb kOtherBrush = 1;       // a brush of no one colour (a gradient)
   QRgb brushKey_ = 0;                          // the brush's colour; 0 none
   std::vector<std::pair<QRgb, QBrush>> brushes_;
   QPolygonF run_;
@@ -369,12 +374,51 @@ void ModernPainter::DrawHatch(const HatchEntity& h) {
   }
   if (loops.empty() || !Visible(box)) return;
   if (h.Filling == HatchEntity::Fill::Pattern) return DrawPatternLines(h, loops, box);
+  if (h.Filling == HatchEntity::Fill::Gradient) return FillLoops(loops, GradientBrush(h));
   const QColor color = h.Filling == HatchEntity::Fill::Background ? background_ : ColorOf(h.Color, h.Layer);
   FillLoops(loops, color);
 }
 
 // The area the loops bound (even-odd), filled with `color`.
 void ModernPainter::FillLoops(const std::vector<std::vector<PointD>>& loops, QColor color) {
+  penKey_ = {0, -1, -1};
+  painter_.setPen(Qt::NoPen);
+  UseBrush(color);
+  painter_.drawPath(LoopsPath(loops));
+}
+
+void ModernPainter::FillLoops(const std::vector<std::vector<PointD>>& loops, const QBrush& brush) {
+  penKey_ = {0, -1, -1};
+  painter_.setPen(Qt::NoPen);
+  painter_.setBrush(brush);
+  brushKey_ = kOtherBrush;
+  painter_.drawPath(LoopsPath(loops));
+}
+
+// The gradient of a hatch over its span (GradientSpanOf), its stops mixed from its two
+// colours.
+QBrush ModernPainter::GradientBrush(const HatchEntity& h) {
+  const HatchGradient& g = h.Gradient;
+  const GradientSpan span = GradientSpanOf(h);
+  const QColor from = ColorOf(g.From, h.Layer), to = ColorOf(g.To, h.Layer);
+  auto mixed = [&from, &to](double k) {
+    return QColor::fromRgbF(float(from.redF() + (to.redF() - from.redF()) * k),
+                            float(from.greenF() + (to.greenF() - from.greenF()) * k),
+                            float(from.blueF() + (to.blueF() - from.blueF()) * k));
+  };
+  QGradientStops stops;
+  for (const GradientStop& stop : GradientStops(g.Kind)) stops.append({stop.at, mixed(stop.mix)});
+  if (RoundGradient(g.Kind)) {
+    QRadialGradient round(At(span.centre), std::max(span.radius * e_.ViewScale, 1e-3));
+    round.setStops(stops);
+    return QBrush(round);
+  }
+  QLinearGradient along(At(span.from), At(span.to));
+  along.setStops(stops);
+  return QBrush(along);
+}
+
+QPainterPath ModernPainter::LoopsPath(const std::vector<std::vector<PointD>>& loops) const {
   const QRectF clip = view_.adjusted(-8, -8, 8, 8);
   QPainterPath path;
   path.setFillRule(Qt::OddEvenFill);
@@ -384,10 +428,7 @@ void ModernPainter::FillLoops(const std::vector<std::vector<PointD>>& loops, QCo
     for (const PointD& p : loop) polygon << QPointF(p.x, p.y);
     path.addPolygon(ClipPolygon(polygon, clip));
   }
-  penKey_ = {0, -1, -1};
-  painter_.setPen(Qt::NoPen);
-  UseBrush(color);
-  painter_.drawPath(path);
+  return path;
 }
 
 // Pattern lines across the boundary (even-odd inside), dashed as the pattern says. A

@@ -277,3 +277,69 @@ TEST(DrawOrder, TheSortEntsTableOfModelSpaceDecidesWhatIsOnTop) {
 
 }  // namespace
 }  // namespace dxfimport
+
+namespace dxfimport {
+namespace {
+
+// A square hatch from 10 to 90 filled with a gradient from red (first colour) to blue.
+Pairs GradientSquare(const char* shape, const char* radians, bool oneColor) {
+  Pairs hatch = {{0, "HATCH"},     {70, "1"},
+                 {450, "1"},       {91, "1"},
+                 {92, "2"},        {72, "0"},
+                 {73, "1"},        {93, "4"},
+                 {10, "10"},       {20, "10"},
+                 {10, "90"},       {20, "10"},
+                 {10, "90"},       {20, "90"},
+                 {10, "10"},       {20, "90"},
+                 {97, "0"},        {75, "0"},
+                 {76, "1"},        {98, "0"},
+                 {451, "0"},       {460, radians},
+                 {461, "0"},       {452, oneColor ? "1" : "0"},
+                 {462, "1"},       {453, oneColor ? "1" : "2"},
+                 {463, "0"},       {63, "1"},
+                 {421, "16711680"}};
+  if (!oneColor) hatch.insert(hatch.end(), {{463, "1"}, {63, "5"}, {421, "255"}});
+  hatch.push_back({470, shape});
+  return hatch;
+}
+
+TEST(Gradients, EachShapeRunsFromItsFirstColourToItsSecond) {
+  struct Probe {
+    int x, y;
+    QRgb near;  // the colour expected there, within a tenth
+  };
+  struct Case {
+    const char* name;
+    Pairs hatch;
+    std::vector<Probe> probes;
+  };
+  const QRgb red = qRgb(255, 0, 0), blue = qRgb(0, 0, 255), white = qRgb(255, 255, 255);
+  const Case cases[] = {
+      {"linear, left to right", GradientSquare("LINEAR", "0", false), {{11, 50, red}, {88, 50, blue}}},
+      {"linear, turned a quarter: bottom to top",
+       GradientSquare("LINEAR", "1.5707963", false),
+       {{50, 88, red}, {50, 11, blue}}},
+      {"cylinder: the second colour in the middle",
+       GradientSquare("CYLINDER", "0", false),
+       {{11, 50, red}, {50, 50, blue}, {88, 50, red}}},
+      {"spherical: the second colour at the centre",
+       GradientSquare("SPHERICAL", "0", false),
+       {{50, 50, blue}}},
+      {"one colour tinted to white", GradientSquare("LINEAR", "0", true), {{11, 50, red}, {88, 50, white}}},
+  };
+  auto near = [](QRgb a, QRgb b) {
+    return std::abs(qRed(a) - qRed(b)) < 26 && std::abs(qGreen(a) - qGreen(b)) < 26 &&
+           std::abs(qBlue(a) - qBlue(b)) < 26;
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    ModernRender render(c.hatch);
+    ASSERT_TRUE(render.drawn());
+    for (const Probe& p : c.probes)
+      EXPECT_TRUE(near(render.Pixel(p.x, p.y), p.near))
+          << p.x << "," << p.y << ": " << std::hex << render.Pixel(p.x, p.y);
+  }
+}
+
+}  // namespace
+}  // namespace dxfimport

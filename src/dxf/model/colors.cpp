@@ -1,6 +1,8 @@
 #include "dxf/model/colors.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 
 #include "support/numbers.h"
 
@@ -91,6 +93,18 @@ int32_t EntityRgb(int32_t value, int32_t layer, const std::vector<LayerEntry>& l
     if (value == 0) return foreground;
   }
   return Resolve(value, foreground);
+}
+
+int32_t TintedColor(int32_t color, double tint) {
+  const int32_t rgb = (color & kColorMarkers) ? 0 : color & 0xFFFFFF;
+  const double t = std::isfinite(tint) ? std::clamp(tint, 0.0, 1.0) : 0.5;
+  int32_t out = 0;
+  for (int shift = 0; shift <= 16; shift += 8) {
+    const double c = (rgb >> shift) & 0xFF;
+    const double v = t >= 0.5 ? c + (255 - c) * (t - 0.5) * 2 : c * (1 - (0.5 - t) * 2);
+    out |= int32_t(std::lround(v)) << shift;
+  }
+  return out == 0 ? kExplicitBlack : out;
 }
 
 }  // namespace dxfimport

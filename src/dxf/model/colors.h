@@ -17,6 +17,11 @@ int32_t AciColor(int number);
 // and white beside colour number 7 only restates colour 7 (kForeground).
 int32_t TrueColorValue(std::string_view value, int aciNumber);
 
+// A colour tinted towards white (tint above one half) or shaded towards black (below): 0
+// black, 1 white, one half the colour itself. The second colour of a one-colour gradient.
+// A colour that is no plain RGB (foreground, by layer) is taken as black.
+int32_t TintedColor(int32_t color, double tint);
+
 // Black or white, whichever stands out on `background` (0x00BBGGRR).
 int32_t ContrastingColor(int32_t background);
 

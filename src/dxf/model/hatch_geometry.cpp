@@ -1,6 +1,7 @@
 #include "dxf/model/hatch_geometry.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace dxfimport {
 
@@ -43,6 +44,64 @@ void BoundaryCrossings(const std::vector<std::vector<PointD>>& loops, PointD ori
     }
   }
   std::sort(crossings.begin(), crossings.end());
+}
+
+GradientSpan GradientSpanOf(const HatchEntity& h) {
+  GradientSpan span;
+  const double length = Length(h.Gradient.Direction);
+  const PointD u = length > 0 ? h.Gradient.Direction * (1 / length) : PointD{1, 0}, v{-u.y, u.x};
+  double lowU = 1e300, highU = -1e300, lowV = 1e300, highV = -1e300;
+  for (const PointD& p : h.Points) {
+    const double along = p.x * u.x + p.y * u.y, across = p.x * v.x + p.y * v.y;
+    lowU = std::min(lowU, along), highU = std::max(highU, along);
+    lowV = std::min(lowV, across), highV = std::max(highV, across);
+  }
+  if (h.Points.empty()) return span;
+  const double midV = (lowV + highV) / 2, shift = std::clamp(h.Gradient.Shift, -1.0, 1.0);
+  span.from = u * lowU + v * midV;
+  span.to = u * highU + v * midV;
+  const double midU = (lowU + highU) / 2 + shift * (highU - lowU) / 2;
+  const bool hemi = h.Gradient.Kind == HatchGradient::Shape::Hemispherical ||
+                    h.Gradient.Kind == HatchGradient::Shape::InvHemispherical;
+  span.centre = hemi ? span.from : u * midU + v * midV;
+  const double reachU = std::max(highU - (hemi ? lowU : midU), (hemi ? lowU : midU) - lowU);
+  span.radius = std::hypot(reachU, (highV - lowV) / 2);
+  return span;
+}
+
+bool RoundGradient(HatchGradient::Shape shape) {
+  using S = HatchGradient::Shape;
+  return shape == S::Spherical || shape == S::InvSpherical || shape == S::Hemispherical ||
+         shape == S::InvHemispherical;
+}
+
+std::vector<GradientStop> GradientStops(HatchGradient::Shape shape) {
+  using S = HatchGradient::Shape;
+  switch (shape) {
+    case S::Linear:
+      return {{0, 0}, {1, 1}};
+    case S::Cylinder:
+      return {{0, 0}, {0.5, 1}, {1, 0}};
+    case S::InvCylinder:
+      return {{0, 1}, {0.5, 0}, {1, 1}};
+    case S::Spherical:
+    case S::Hemispherical:
+      return {{0, 1}, {1, 0}};
+    case S::InvSpherical:
+    case S::InvHemispherical:
+      return {{0, 0}, {1, 1}};
+    case S::Curved:
+    case S::InvCurved: {
+      // A curved gradient turns from its light side along a parabola.
+      std::vector<GradientStop> stops;
+      for (int k = 0; k <= 8; ++k) {
+        const double at = k / 8.0, mix = 1 - at * at;
+        stops.push_back({at, shape == S::Curved ? mix : 1 - mix});
+      }
+      return stops;
+    }
+  }
+  return {{0, 0}, {1, 1}};
 }
 
 }  // namespace dxfimport

@@ -28,4 +28,25 @@ std::pair<double, double> FamilyRange(PointD base, PointD offset, PointD unit,
 void BoundaryCrossings(const std::vector<std::vector<PointD>>& loops, PointD origin, PointD dir,
                        std::vector<double>& crossings);
 
+// Where a gradient runs over its hatch's boundary, in drawing units. Along the gradient's
+// direction the boundary reaches from `from` to `to` (through the middle of its extent
+// across); a round gradient (spherical) is centred on the middle of the boundary's extent
+// moved by the shift along the axis (hemispherical: on `from`), with the radius that
+// reaches the boundary's farthest corner.
+struct GradientSpan {
+  PointD from, to, centre;
+  double radius = 0;
+};
+GradientSpan GradientSpanOf(const HatchEntity& h);
+
+// The colour stops of a gradient shape: at each position along the span (0..1; for a
+// round one from the centre out), how far the colour is from the gradient's From colour
+// (0) towards its To colour (1).
+struct GradientStop {
+  double at, mix;
+};
+std::vector<GradientStop> GradientStops(HatchGradient::Shape shape);
+// Whether a shape is drawn round, from a centre, rather than along an axis.
+bool RoundGradient(HatchGradient::Shape shape);
+
 }  // namespace dxfimport

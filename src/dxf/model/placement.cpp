@@ -98,6 +98,7 @@ HatchEntity Placed(const HatchEntity& row, const Affine& m) {
     line.Direction = m.ApplyVector(line.Direction);
     line.Offset = m.ApplyVector(line.Offset);
   }
+  r.Gradient.Direction = m.ApplyVector(row.Gradient.Direction);
   return r;
 }
 

@@ -161,13 +161,35 @@ struct PatternLine {
   std::vector<double> Dashes;
 };
 
+// The gradient of a HATCH filled with one (450 = 1): its shape (470), its two colours as
+// row colours (a one-colour gradient's second is its first tinted, 462), the direction of
+// its axis (460, turned with the hatch) and the shift of its middle along it (461).
+struct HatchGradient {
+  enum class Shape : int8_t {
+    Linear,
+    Cylinder,
+    InvCylinder,
+    Spherical,
+    InvSpherical,
+    Hemispherical,
+    InvHemispherical,
+    Curved,
+    InvCurved
+  };
+  Shape Kind = Shape::Linear;
+  int32_t From = 0, To = 0;
+  PointD Direction{1, 0};
+  double Shift = 0;
+};
+
 // A HATCH (modern profile): its boundary loops as polygons, filled by the alternate rule
 // (inner loops are holes). Points of loop i run from LoopStarts[i] to the next start.
 struct HatchEntity {
-  enum class Fill : int8_t { Solid, Pattern, Background };
+  enum class Fill : int8_t { Solid, Pattern, Background, Gradient };
   std::vector<PointD> Points;
   std::vector<int32_t> LoopStarts;
   std::vector<PatternLine> Pattern;  // Fill::Pattern
+  HatchGradient Gradient;            // Fill::Gradient
   Fill Filling = Fill::Solid;
   int32_t Layer = 0;
   int32_t Color = 0;

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "dxf/model/colors.h"
 #include "dxf/model/curves.h"
 #include "dxf/model/placement.h"
 #include "dxf/modern/modern_reader.h"
 #include "support/numbers.h"
+#include "support/text_decode.h"
 
 namespace dxfimport {
 namespace {
@@ -180,8 +182,12 @@ bool ModernReader::DXFHatch() {
   const Style style = ReadStyle();
   hatch.Layer = style.Layer;
   hatch.Color = style.Color;
-  const bool solid = Whole(70, 0, 0, 1) == 1 || Whole(450, 0, 0, 1) == 1;
-  hatch.Filling = solid ? HatchEntity::Fill::Solid : HatchEntity::Fill::Pattern;
+  const bool gradient = Whole(450, 0, 0, 1) == 1;
+  const bool solid = Whole(70, 0, 0, 1) == 1 || gradient;
+  hatch.Filling = gradient ? HatchEntity::Fill::Gradient
+                  : solid  ? HatchEntity::Fill::Solid
+                           : HatchEntity::Fill::Pattern;
+  if (gradient) hatch.Gradient = ReadGradient(style.Color);
   std::size_t start = 0;
   while (start < pairs_.size() && pairs_[start].first != 91) ++start;
   PairCursor c(pairs_, start);
@@ -209,6 +215,52 @@ bool ModernReader::DXFHatch() {
   if (hatch.Points.empty() || (!solid && hatch.Pattern.empty())) return true;
   Emit(Placed(hatch, Placement(Num(30))));
   return true;
+}
+
+// The gradient of a HATCH: its shape by name (470; linear when unknown), its angle in
+// radians (460) and shift (461), and its colours after their count (453): each a colour
+// number (63) that a true colour (421) may replace. A one-colour gradient (452 = 1), or
+// one that names a single colour, runs from its colour to that colour tinted (462: 0
+// darkest, 1 lightest, one half the colour itself).
+HatchGradient ModernReader::ReadGradient(int32_t ownColor) const {
+  static const std::pair<std::string_view, HatchGradient::Shape> kShapes[] = {
+      {"LINEAR", HatchGradient::Shape::Linear},
+      {"CYLINDER", HatchGradient::Shape::Cylinder},
+      {"INVCYLINDER", HatchGradient::Shape::InvCylinder},
+      {"SPHERICAL", HatchGradient::Shape::Spherical},
+      {"INVSPHERICAL", HatchGradient::Shape::InvSpherical},
+      {"HEMISPHERICAL", HatchGradient::Shape::Hemispherical},
+      {"INVHEMISPHERICAL", HatchGradient::Shape::InvHemispherical},
+      {"CURVED", HatchGradient::Shape::Curved},
+      {"INVCURVED", HatchGradient::Shape::InvCurved},
+  };
+  HatchGradient g;
+  const std::string name(Trim(Text(470)));
+  for (const auto& [shapeName, shape] : kShapes)
+    if (SameName(name, shapeName)) g.Kind = shape;
+  const double angle = std::fmod(Num(460), 2 * M_PI);
+  g.Direction = std::isfinite(angle) ? PointD{std::cos(angle), std::sin(angle)} : PointD{1, 0};
+  g.Shift = std::isfinite(Num(461)) ? std::clamp(Num(461), -1.0, 1.0) : 0;
+  std::vector<int32_t> colors;
+  int aci = 7;
+  bool listed = false;
+  for (const auto& [code, value] : pairs_) {
+    listed = listed || code == 453;
+    if (!listed || colors.size() > 2) continue;
+    if (code == 463) {
+      colors.push_back(ownColor);
+    } else if (code == 63 && !colors.empty()) {
+      const double number = HeldVal(value);
+      aci = std::isfinite(number) ? int(std::clamp(number, 0.0, 256.0)) : 7;
+      colors.back() = AciColor(aci);
+    } else if (code == 421 && !colors.empty()) {
+      colors.back() = TrueColorValue(value, aci);
+    }
+  }
+  g.From = colors.empty() ? ownColor : colors[0];
+  const bool oneColor = Whole(452, 0, 0, 1) == 1 || colors.size() < 2;
+  g.To = oneColor ? TintedColor(g.From, Num(462, 0.5)) : colors[1];
+  return g;
 }
 
 }  // namespace dxfimport

@@ -105,6 +105,7 @@ class ModernReader : public ProfileReader {
   bool DXFRay();
   bool DXFWipeout();
   bool DXFHatch();
+  HatchGradient ReadGradient(int32_t ownColor) const;
   bool DXFPoly();
   bool DXFVertex();
   bool DXFSeqEnd();
