@@ -1,15 +1,11 @@
 #include "render/redraw.h"
 
-#include <QElapsedTimer>
 #include <QFontMetrics>
 #include <QPagedPaintDevice>
 #include <QPainter>
-#include <atomic>
 #include <cmath>
-#include <functional>
 #include <memory>
 
-#include "dxf/model/colors.h"
 #include "render/redraw_job.h"
 #include "support/log.h"
 #include "support/messages.h"

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -13,7 +12,6 @@
 #include "render/surface.h"
 #include "render/zoom_view.h"
 
-class QElapsedTimer;
 class QPaintDevice;
 class QPagedPaintDevice;
 

@@ -53,49 +53,22 @@ TEST(ModernRendering, MTextLinesAreDrawnOneBelowTheOther) {
 // Two dynamic columns with the text before the column break: the text stands in the
 // first column, at the insertion point, and the second stays empty (the reference
 // renderer draws such a text one column to the right).
+// An MTEXT at (5, 80), 10 high, in two dynamic columns 40 wide with a gutter of 5.
+Pairs TwoColumnText(const char* content) {
+  return {{0, "MTEXT"}, {10, "5"},  {20, "80"},   {40, "10"},
+          {41, "90"},   {71, "1"},  {1, content}, {101, "Embedded Object"},
+          {70, "1"},    {10, "1"},  {11, "5"},    {21, "80"},
+          {40, "90"},   {42, "90"}, {43, "25"},   {71, "2"},
+          {72, "2"},    {44, "40"}, {45, "5"}};
+}
+
 TEST(ModernRendering, MTextBeforeAColumnBreakStandsInTheFirstColumn) {
-  ModernRender columns({{0, "MTEXT"},
-                        {10, "5"},
-                        {20, "80"},
-                        {40, "10"},
-                        {41, "90"},
-                        {71, "1"},
-                        {1, "AB\\PCD\\N"},
-                        {101, "Embedded Object"},
-                        {70, "1"},
-                        {10, "1"},
-                        {11, "5"},
-                        {21, "80"},
-                        {40, "90"},
-                        {42, "90"},
-                        {43, "25"},
-                        {71, "2"},
-                        {72, "2"},
-                        {44, "40"},
-                        {45, "5"}});
+  ModernRender columns(TwoColumnText("AB\\PCD\\N"));
   ASSERT_TRUE(columns.drawn());
   EXPECT_GT(columns.InkedIn(5, 15, 45, 50), 20);
   EXPECT_EQ(columns.InkedIn(50, 0, 100, 100), 0);
   // What follows a break goes to the next column.
-  ModernRender broken({{0, "MTEXT"},
-                       {10, "5"},
-                       {20, "80"},
-                       {40, "10"},
-                       {41, "90"},
-                       {71, "1"},
-                       {1, "AB\\NCD"},
-                       {101, "Embedded Object"},
-                       {70, "1"},
-                       {10, "1"},
-                       {11, "5"},
-                       {21, "80"},
-                       {40, "90"},
-                       {42, "90"},
-                       {43, "25"},
-                       {71, "2"},
-                       {72, "2"},
-                       {44, "40"},
-                       {45, "5"}});
+  ModernRender broken(TwoColumnText("AB\\NCD"));
   EXPECT_GT(broken.InkedIn(5, 15, 45, 50), 10);
   EXPECT_GT(broken.InkedIn(50, 15, 90, 50), 10);
 }
