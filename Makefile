@@ -10,7 +10,7 @@ FUZZ_SECONDS ?= 60
 # the change and not to the dice).
 FUZZ_SEED ?= 0
 FUZZ_RUNS ?= -1
-FUZZERS := load_fuzzer render_fuzzer modern_draw_fuzzer hatch_fuzzer binary_fuzzer mtext_fuzzer text_codes_fuzzer
+FUZZERS := load_fuzzer render_fuzzer modern_draw_fuzzer hatch_fuzzer binary_fuzzer mtext_fuzzer text_codes_fuzzer proxy_graphics_fuzzer
 
 .PHONY: all deps configure build demo test asan-test tsan-test bench fuzz package format clean
 
@@ -78,6 +78,7 @@ fuzz: deps
 	    text_codes_fuzzer) seeds="fuzz/seeds_text_codes"; dict=fuzz/mtext.dict;; \
 	    hatch_fuzzer) seeds="fuzz/seeds_hatch"; dict=fuzz/dxf.dict;; \
 	    binary_fuzzer) seeds="fuzz/seeds_binary"; dict=;; \
+    proxy_graphics_fuzzer) seeds="fuzz/seeds_proxy"; dict=;; \
 	    *) seeds="fuzz/seeds $(CORPUS_DIR)"; dict=fuzz/dxf.dict;; \
 	  esac; \
 	  LSAN_OPTIONS=suppressions=$(CURDIR)/fuzz/lsan.supp QT_QPA_PLATFORM=offscreen \

@@ -3,7 +3,8 @@
 fuzzers to start from (the sample floor plan is copied beside them), and the seeds of the
 fuzzers of one parser each: fuzz/seeds_mtext (MTEXT contents), fuzz/seeds_text_codes (a
 code-page byte and a TEXT value), fuzz/seeds_hatch (the pairs of one HATCH) and
-fuzz/seeds_binary (binary DXF after its sentinel)."""
+fuzz/seeds_binary (binary DXF after its sentinel) and fuzz/seeds_proxy (proxy graphics
+streams)."""
 import os
 import shutil
 import struct
@@ -114,6 +115,12 @@ SEEDS = {
         (0, "SECTION"), (2, "OBJECTS"), (0, "SORTENTSTABLE"), (5, "2B"), (100, "AcDbSortentsTable"),
         (330, "1F"), (331, "A0"), (5, "B0"), (331, "A3"), (5, "1"), (331, "FFFFFFFFFFFFFFFFF"), (5, "zz"),
         (0, "ENDSEC"), (0, "EOF")),
+    # An entity of an add-on class drawn from its proxy graphics.
+    "proxy_entity": dxf(
+        (0, "SECTION"), (2, "CLASSES"), (0, "CLASS"), (1, "TCH_WALL"), (0, "ENDSEC"),
+        (0, "SECTION"), (2, "ENTITIES"), (0, "ACAD_PROXY_ENTITY"), (8, "0"), (91, "500"),
+        (92, "68"), (310, "4400000001000000" "3C0000000600000002000000" + "00" * 24 + "0000000000002440" + "00" * 16),
+        (93, "8"), (310, "00"), (0, "ENDSEC"), (0, "EOF")),
 }
 
 
@@ -138,6 +145,38 @@ BINARY = binary((0, "SECTION"), (2, "ENTITIES"), (0, "LINE"), (8, "0"), (62, "1"
                 (10, "4"), (20, "0"), (0, "MTEXT"), (10, "1"), (20, "1"), (40, "2"), (1, "bin\\Pary"),
                 (0, "ENDSEC"), (0, "EOF"))
 
+
+def proxy(*commands):
+    """A proxy graphics stream: (type, data bytes) commands after the header."""
+    body = b"".join(struct.pack("<ii", 8 + len(data), kind) + data for kind, data in commands)
+    return struct.pack("<ii", 8 + len(body), len(commands)) + body
+
+
+def points(*xy):
+    return struct.pack("<i", len(xy)) + b"".join(struct.pack("<ddd", x, y, 0) for x, y in xy)
+
+
+def utf16(text):
+    data = text.encode("utf-16-le") + b"\0\0"
+    return data + b"\0" * (-len(data) % 4)
+
+
+IDENTITY_SHIFTED = struct.pack("<16d", 1, 0, 0, 5, 0, 1, 0, 5, 0, 0, 1, 0, 0, 0, 0, 1)
+PROXY = {
+    "shapes": proxy((16, struct.pack("<i", 1)), (14, struct.pack("<i", 3)), (29, IDENTITY_SHIFTED),
+                    (6, points((0, 0), (10, 0), (10, 5))), (31, b""), (20, struct.pack("<i", 1)),
+                    (7, points((0, 0), (4, 0), (0, 4))), (2, struct.pack("<7d", 5, 5, 0, 2, 0, 0, 1)),
+                    (4, struct.pack("<11di", 0, 0, 0, 3, 0, 0, 1, 1, 0, 0, 3.1, 1)),
+                    (5, struct.pack("<9di", 1, 0, 0, 0, 1, 0, -1, 0, 0, 2)),
+                    (22, struct.pack("<I", 0xC2102030)), (18, struct.pack("<i", 0x7FFF)),
+                    (9, points((0, 0), (1, 0), (1, 1)) + struct.pack("<5i", 4, 3, 0, 1, 2)),
+                    (8, struct.pack("<ii", 2, 2) + struct.pack("<12d", 0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0))),
+    "texts": proxy((10, struct.pack("<12d", 1, 2, 0, 0, 0, 1, 1, 0, 0, 2.5, 1, 0) + b"abc\0"),
+                   (38, struct.pack("<9d", 1, 2, 0, 0, 0, 1, 0, 1, 0) + utf16("\u5b8bA") +
+                    struct.pack("<ii3d", -1, 0, 3, 1, 0))),
+    # The light-weight polyline: flags 16 (bulges), two points, two bulges, bit-coded.
+    "lwpolyline": proxy((33, struct.pack("<i", 8) + bytes([0x44, 0x10, 0x24, 0x0B, 0x00, 0x00, 0x00, 0x00]))),
+}
 
 MTEXT = {
     "paragraphs": "first\\Psecond\\Nthird\\X^Jfourth",
@@ -169,7 +208,7 @@ HATCH = {
 
 def main():
     for folder, seeds in (("seeds_mtext", MTEXT), ("seeds_text_codes", TEXT_CODES), ("seeds_hatch", HATCH),
-                          ("seeds_binary", {"entities": BINARY[22:]})):
+                          ("seeds_binary", {"entities": BINARY[22:]}), ("seeds_proxy", PROXY)):
         path = os.path.join(HERE, "..", "fuzz", folder)
         os.makedirs(path, exist_ok=True)
         for name, content in seeds.items():
@@ -189,15 +228,23 @@ def from_corpus(corpus, out, limit=200):
     """Seeds taken out of real drawings: MTEXT contents for mtext_fuzzer, TEXT values (with
     a code-page byte) for text_codes_fuzzer, and the pairs of HATCH records for
     hatch_fuzzer, at most `limit` of each, written into OUT/<fuzzer>/."""
-    found = {"mtext_fuzzer": [], "text_codes_fuzzer": [], "hatch_fuzzer": []}
+    found = {"mtext_fuzzer": [], "text_codes_fuzzer": [], "hatch_fuzzer": [], "proxy_graphics_fuzzer": []}
     for name in sorted(os.listdir(corpus)):
         if not name.lower().endswith(".dxf"):
             continue
         with open(os.path.join(corpus, name), "rb") as f:
             lines = f.read().replace(b"\r\n", b"\n").split(b"\n")
-        kind, record = b"", []
+        kind, record, graphics = b"", [], None
         for i in range(0, len(lines) - 1, 2):
             code, value = lines[i].strip(), lines[i + 1]
+            if graphics is not None and code != b"310":
+                found["proxy_graphics_fuzzer"].append(bytes.fromhex(graphics.decode("ascii", "replace")))
+                graphics = None
+            if (code in (b"92", b"160") and kind not in (b"HATCH", b"MTEXT") and i + 2 < len(lines)
+                    and lines[i + 2].strip() == b"310"):
+                graphics = b""
+            elif code == b"310" and graphics is not None:
+                graphics += value.strip()
             if code == b"0":
                 if kind == b"HATCH" and len(record) < 65536:
                     found["hatch_fuzzer"].append(b"\n".join(record))

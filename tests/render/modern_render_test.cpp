@@ -3,6 +3,7 @@
 #include "render/modern_render_fixture.h"
 #include "render/redraw.h"
 #include "testing/dxf_fixture.h"
+#include "testing/proxy_stream.h"
 
 namespace dxfimport {
 namespace {
@@ -11,6 +12,8 @@ using testing::DxfText;
 using testing::EntitiesFile;
 using testing::ModernRender;
 using testing::Pairs;
+using testing::ProxyData;
+using testing::ProxyStream;
 using testing::RenderSetup;
 
 TEST(ModernRendering, EllipseSplineAndBulgeArcsAreCurved) {
@@ -187,12 +190,6 @@ TEST(ModernRendering, DimensionsWithoutABlockGetFilledArrowheads) {
   EXPECT_GT(dimension.InkedIn(40, 40, 60, 50), 10);  // the text "80" above the line
 }
 
-}  // namespace
-}  // namespace dxfimport
-
-namespace dxfimport {
-namespace {
-
 // Two squares over each other, red (handle A0) written first, blue (A1) after: a
 // SORTENTSTABLE of model space that gives red the later sort handle brings it on top.
 TEST(DrawOrder, TheSortEntsTableOfModelSpaceDecidesWhatIsOnTop) {
@@ -247,12 +244,6 @@ TEST(DrawOrder, TheSortEntsTableOfModelSpaceDecidesWhatIsOnTop) {
     EXPECT_EQ(surface.image().pixel(50, 50) & 0xFFFFFF, c.top & 0xFFFFFF);
   }
 }
-
-}  // namespace
-}  // namespace dxfimport
-
-namespace dxfimport {
-namespace {
 
 // A square hatch from 10 to 90 filled with a gradient from red (first colour) to blue.
 Pairs GradientSquare(const char* shape, const char* radians, bool oneColor) {
@@ -312,6 +303,23 @@ TEST(Gradients, EachShapeRunsFromItsFirstColourToItsSecond) {
       EXPECT_TRUE(near(render.Pixel(p.x, p.y), p.near))
           << p.x << "," << p.y << ": " << std::hex << render.Pixel(p.x, p.y);
   }
+}
+
+TEST(ProxyGraphics, AnAddOnObjectIsDrawnAsItsGraphicsSay) {
+  ProxyStream stream;
+  stream
+      .Add(14, ProxyData().Int(1))  // red
+      .Add(20, ProxyData().Int(1))  // filled
+      .Add(7, ProxyData().Int(3).Point(0, 0).Point(100, 0).Point(0, 100))
+      .Add(14, ProxyData().Int(5))
+      .Add(6, ProxyData().Int(2).Point(0, 100).Point(100, 100));
+  Pairs wall{{0, "TCH_WALL"}, {8, "0"}};
+  for (const auto& pair : stream.Pairs()) wall.push_back(pair);
+  ModernRender render(wall);
+  ASSERT_TRUE(render.drawn());
+  EXPECT_EQ(render.Pixel(20, 80), qRgb(255, 0, 0) & 0xFFFFFF);  // inside the triangle
+  EXPECT_FALSE(render.Inked(80, 20));                           // beside it
+  EXPECT_TRUE(render.InkedNear(50, 0));                         // the blue line along the top
 }
 
 }  // namespace

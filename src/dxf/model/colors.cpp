@@ -69,7 +69,11 @@ int32_t AciColor(int number) {
 int32_t TrueColorValue(std::string_view value, int aciNumber) {
   // Writers put flags in the high byte: signed, unsigned or beyond either, only the low
   // 24 bits are the colour.
-  auto rgb = uint32_t(uint64_t(HeldWhole(HeldVal(value), INT32_MIN, UINT32_MAX)) & 0xFFFFFF);
+  return TrueColorValue(uint32_t(uint64_t(HeldWhole(HeldVal(value), INT32_MIN, UINT32_MAX))), aciNumber);
+}
+
+int32_t TrueColorValue(uint32_t rgb, int aciNumber) {
+  rgb &= 0xFFFFFF;
   if (rgb == 0xFFFFFF && aciNumber == 7) return kForeground;
   int32_t bgr = int32_t(((rgb & 0xFF) << 16) | (rgb & 0xFF00) | (rgb >> 16));
   return bgr == 0 ? kExplicitBlack : bgr;

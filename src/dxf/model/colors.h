@@ -16,6 +16,7 @@ int32_t AciColor(int number);
 // The colour of a true colour value (group 420, 0x00RRGGBB): black is kExplicitBlack,
 // and white beside colour number 7 only restates colour 7 (kForeground).
 int32_t TrueColorValue(std::string_view value, int aciNumber);
+int32_t TrueColorValue(uint32_t rgb, int aciNumber);
 
 // A colour tinted towards white (tint above one half) or shaded towards black (below): 0
 // black, 1 white, one half the colour itself. The second colour of a one-colour gradient.

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "dxf/input/load_context.h"
+#include "dxf/input/proxy_graphics.h"
 #include "dxf/model/dimension_drawing.h"
 #include "dxf/model/drawing.h"
 #include "dxf/model/geometry.h"
@@ -45,6 +46,7 @@ class ModernReader : public ProfileReader {
   using Handler = bool (ModernReader::*)();
   struct Kind;
   static const Kind* FindKind(std::string_view name);
+  static const Kind* ProxyKind();
 
   // Pairs and the record being read.
   bool NextPair(int& code, std::string_view& value);
@@ -112,6 +114,15 @@ class ModernReader : public ProfileReader {
   bool DXFLwPolyline();
   bool DXFMesh();
   bool DXFMline();
+  // Entities of unknown classes drawn from their proxy graphics (proxy.cpp).
+  bool DXFProxy();
+  bool DXFClass();
+  std::size_t ProxyGraphicsStart() const;
+  bool HasProxyGraphics() const { return ProxyGraphicsStart() < pairs_.size(); }
+  std::string ProxyGraphicsBytes() const;
+  std::string ProxyClassName() const;
+  Style ProxyStyle(const ProxyPen& pen, const Style& own);
+  void EmitProxyShape(const ProxyShape& shape, const Style& own);
   TextEntity ReadTextFields(const Style& style, int verticalCode);
   TextEntity StyledText(std::string markup, double height, const Style& style, int32_t styleRow) const;
   void ReadEmbeddedColumns(MTextEntity& m) const;
@@ -233,6 +244,11 @@ class ModernReader : public ProfileReader {
   std::map<std::pair<std::string, double>, int32_t> patternStyles_;  // (name, scale) -> style
   std::unordered_map<std::string, std::string> blockRecords_;        // handle -> block name
   std::vector<std::pair<std::string, std::string>> layouts_;         // layout name, block record handle
+  // The LAYER and LTYPE entries in table order, and the DXF names of the CLASSES: proxy
+  // graphics name layers and line types by position, a proxy entity its class by number.
+  std::vector<int32_t> tableLayers_;
+  std::vector<std::string> tableLineTypes_;
+  std::vector<std::string> classes_;
   // A viewport of a layout that shows model space in plan view: where it is on the paper
   // (centre 10/20, size 40/41) and what it shows (view centre 12/22 about the target
   // 17/27, view height 45, twist 51).

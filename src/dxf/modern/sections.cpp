@@ -16,7 +16,7 @@
 namespace dxfimport {
 namespace {
 
-enum Sections : int { kInTables = 1, kInEntities = 2, kInObjects = 4 };
+enum Sections : int { kInTables = 1, kInEntities = 2, kInObjects = 4, kInClasses = 8 };
 
 }  // namespace
 
@@ -35,6 +35,7 @@ const ModernReader::Kind* ModernReader::FindKind(std::string_view name) {
       {"DIMSTYLE", "DXFDimStyle", &ModernReader::DXFDimStyle, kInTables},
       {"STYLE", "DXFStyle", &ModernReader::DXFStyle, kInTables},
       {"BLOCK_RECORD", "DXFBlock", &ModernReader::DXFBlockRecord, kInTables},
+      {"CLASS", "DXFClass", &ModernReader::DXFClass, kInClasses},
       {"LAYOUT", "DXFLayout", &ModernReader::DXFLayout, kInObjects},
       {"SORTENTSTABLE", "DXFSortEnts", &ModernReader::DXFSortEnts, kInObjects},
       {"BLOCK", "DXFBlock", &ModernReader::DXFBlock, kInEntities},
@@ -73,6 +74,12 @@ const ModernReader::Kind* ModernReader::FindKind(std::string_view name) {
   for (const Kind& k : kKinds)
     if (k.name == name) return &k;
   return nullptr;
+}
+
+// Any other entity that carries proxy graphics.
+const ModernReader::Kind* ModernReader::ProxyKind() {
+  static const Kind kProxy{"", "DXFProxy", &ModernReader::DXFProxy, kInEntities};
+  return &kProxy;
 }
 
 ModernReader::ModernReader(LoadContext& context) : ctx_(context), drawing_(context.drawing) {}
@@ -265,12 +272,16 @@ bool ModernReader::Dispatch(std::string_view name) {
   const int where = section_ == "TABLES"                             ? kInTables
                     : section_ == "ENTITIES" || section_ == "BLOCKS" ? kInEntities
                     : section_ == "OBJECTS"                          ? kInObjects
+                    : section_ == "CLASSES"                          ? kInClasses
                                                                      : 0;
-  if (!kind) {
-    if (where == kInEntities && !name.empty())
+  if (!kind && where == kInEntities && !name.empty()) {
+    if (!HasProxyGraphics()) {
       Note("entity kind not drawn: " + std::string(name.substr(0, 64)));
-    return true;
+      return true;
+    }
+    kind = ProxyKind();
   }
+  if (!kind) return true;
   if (!(kind->sections & where)) return true;
   // A polyline ends at its SEQEND, or at the next entity of another kind.
   if (inPolyline_ && kind->handler != &ModernReader::DXFVertex && kind->handler != &ModernReader::DXFSeqEnd)

@@ -21,7 +21,10 @@ namespace dxfimport {
 bool ModernReader::DXFLayers() {
   dxfimport::LayerEntry entry;
   entry.Name = std::string(Trim(CutChars(Text(2), kMaxNameChars)));
-  if (drawing_.FindLayer(entry.Name)) return true;  // a second entry of one name adds nothing
+  if (const int32_t row = drawing_.FindLayer(entry.Name)) {  // a second entry of one name adds nothing
+    tableLayers_.push_back(row);
+    return true;
+  }
   const int number = Whole(62, 7, -32768, 32767);
   entry.Color = AciColor(std::abs(number));
   if (Has(420)) entry.Color = TrueColorValue(Value(420), std::abs(number));
@@ -30,6 +33,7 @@ bool ModernReader::DXFLayers() {
   entry.LineWeight = int16_t(Whole(370, kWeightDefault, kWeightDefault, 211));
   if (entry.LineWeight < 0) entry.LineWeight = kWeightDefault;
   drawing_.AddLayer(std::move(entry));
+  tableLayers_.push_back(drawing_.LayerCount());
   return true;
 }
 
@@ -46,7 +50,8 @@ bool ModernReader::DXFLineTypes() {
   // The shapes of a complex line type come from a shape file that is not here; its
   // dashes alone would leave dots where CAD tools draw a figure, so it is drawn solid.
   if (shapes) elements.clear();
-  lineTypes_[std::string(Trim(Text(2)))] = std::move(elements);
+  tableLineTypes_.push_back(std::string(Trim(Text(2)).substr(0, kMaxNameChars)));
+  lineTypes_[tableLineTypes_.back()] = std::move(elements);
   return true;
 }
 
