@@ -61,8 +61,10 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME dxfimport)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 # Faces the program draws with: the metric stand-ins for Arial and Courier New, the face
-# for SHX fonts, and Japanese and Chinese.
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "fonts-liberation, fonts-dejavu-core, fonts-ipafont-gothic, fonts-wqy-microhei")
+# for SHX fonts, and Japanese and Chinese; Qt's readers of TIFF (and WebP) for the raster
+# images of drawings.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS
+    "fonts-liberation, fonts-dejavu-core, fonts-ipafont-gothic, fonts-wqy-microhei, qt6-image-formats-plugins")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "DXF drawing viewer and background-bitmap importer
 dxfimport reads DXF drawings of every CAD tool of the last thirty years, draws them
 with zoom, pan and per-layer visibility and colour, and writes the picture as a

@@ -23,6 +23,7 @@ struct CommandLine {
   std::string file;
   bool json = false, legacy = false;
   int64_t maxEntities = 0;
+  std::vector<std::string> imageFolders;
 
   RenderOptions render;
   std::vector<std::string> renderFiles;  // several: a batch into the folder -o names

@@ -211,7 +211,10 @@ int RunRender(const RenderOptions& o) {
 
   Drawing drawing;
   LoadOutcome outcome;
-  if (!LoadForCommand(o.file, drawing, outcome, o.profile, LoadOptions{o.layout, o.maxEntities})) return 1;
+  if (!LoadForCommand(
+          o.file, drawing, outcome, o.profile,
+          LoadOptions{.Layout = o.layout, .EntityBudget = o.maxEntities, .ImageFolders = o.imageFolders}))
+    return 1;
   SwitchLayersOff(drawing, o.layersOff);
   ZoomState zoom(drawing);
   zoom.Display.LineWeights = o.lineWeights;

@@ -20,14 +20,15 @@ struct RenderOptions {
   bool entityColors = false;
   std::optional<ZoomRect> window;  // drawing units; default: the extents
   ReadingProfile profile = ReadingProfile::Modern;
-  std::string layout;        // a paper-space layout to draw instead of model space
-  bool lineWeights = false;  // line weights drawn as pen widths
-  int64_t maxEntities = 0;   // the modern profile's entity budget (0: the default)
-  bool worldFile = false;    // a world file beside the picture
-  double dpi = 0;            // the picture's resolution (0: not said; 96 for --scale)
-  std::string scale;         // "1:500": the size follows from the window, scale and dpi
-  std::string units;         // the drawing unit when the drawing does not say (mm, cm, m, in, ft)
-  int32_t stripRows = 0;     // draw a bitmap this many rows at a time (0: whole when it fits)
+  std::string layout;                     // a paper-space layout to draw instead of model space
+  bool lineWeights = false;               // line weights drawn as pen widths
+  int64_t maxEntities = 0;                // the modern profile's entity budget (0: the default)
+  std::vector<std::string> imageFolders;  // where named images are also looked for
+  bool worldFile = false;                 // a world file beside the picture
+  double dpi = 0;                         // the picture's resolution (0: not said; 96 for --scale)
+  std::string scale;                      // "1:500": the size follows from the window, scale and dpi
+  std::string units;      // the drawing unit when the drawing does not say (mm, cm, m, in, ft)
+  int32_t stripRows = 0;  // draw a bitmap this many rows at a time (0: whole when it fits)
 };
 
 // Draws a drawing to a picture file. 0 when the picture was written from a complete read

@@ -47,6 +47,7 @@ bool DXFReader::LocateSection(const std::string& fileName) {
 
 bool DXFReader::LoadDXF(const std::string& fileName, LoadProgress* progress) {
   outcome_ = {};
+  options_.DrawingFile = fileName;
   try {
     source_.Open(fileName);
   } catch (const RunTimeError& e) {
@@ -62,6 +63,7 @@ bool DXFReader::LoadDXF(const std::string& fileName, LoadProgress* progress) {
 
 bool DXFReader::LoadDXFBytes(std::string_view bytes, LoadProgress* progress) {
   outcome_ = {};
+  options_.DrawingFile.clear();
   source_.Attach(bytes);
   bool loaded = ReadAll(progress);
   source_.Close();

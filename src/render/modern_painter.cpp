@@ -62,6 +62,8 @@ class ModernPainter : public EntityPainter {
   void DrawText(const TextLayout& layout, int32_t colorValue, int32_t layer);
   void DrawPoint(const PointEntity& p);
   void DrawRay(const RayEntity& r);
+  void DrawImage(const ImageEntity& image);
+  void DrawPictureFrame(const ImageEntity& image);
   // The curve centre + u cos t + v sin t from t0 to t1 (radians), in visible runs.
   void StrokeCurve(PointD centre, PointD u, PointD v, double t0, double t1);
   void StrokeLine(QPointF a, QPointF b);
@@ -238,6 +240,8 @@ void ModernPainter::Draw(const SeqEntry& entry) {
       if (LayerOn(row.Layer)) DrawPoint(row);
     } else if constexpr (std::is_same_v<Row, RayEntity>) {
       if (LayerOn(row.Layer)) DrawRay(row);
+    } else if constexpr (std::is_same_v<Row, ImageEntity>) {
+      if (LayerOn(row.Layer)) DrawImage(row);
     }
   });
 }
@@ -570,6 +574,60 @@ void ModernPainter::DrawRay(const RayEntity& r) {
 std::unique_ptr<EntityPainter> MakeModernPainter(const RedrawJob& job, const Drawing& drawing, Canvas& canvas,
                                                  QColor background, bool toPrinter) {
   return std::make_unique<ModernPainter>(job, drawing, canvas, background, toPrinter);
+}
+
+// A raster image: its picture mapped onto its frame, within its clip boundary, faded
+// toward the background; without a picture, its frame and the name of its file.
+void ModernPainter::DrawImage(const ImageEntity& image) {
+  if (!VisibleRow(RowBox(image))) return;
+  const QImage& picture = job_.Caches.Pictures.Of(drawing_, image);
+  if (picture.isNull()) return DrawPictureFrame(image);
+  painter_.save();
+  if (!image.Clip.empty()) {
+    QPainterPath clip;
+    QPolygonF boundary;
+    for (const PointD& p : image.Clip) boundary << At(p);
+    clip.addPolygon(boundary);
+    clip.closeSubpath();
+    if (image.ClipInverted) {
+      QPainterPath all;
+      all.addRect(view_.adjusted(-2, -2, 2, 2));
+      clip = all.subtracted(clip);
+    }
+    painter_.setClipPath(clip, Qt::IntersectClip);
+  }
+  // Pixel (x, y) from the picture's top left lies at Origin + Width x / w + Height (1 - y / h).
+  const double w = picture.width(), h = picture.height();
+  const QTransform toDrawing(image.Width.x / w, image.Width.y / w, -image.Height.x / h, -image.Height.y / h,
+                             image.Origin.x + image.Height.x, image.Origin.y + image.Height.y);
+  painter_.setTransform(toDrawing * device_ * base_);
+  painter_.setRenderHint(QPainter::SmoothPixmapTransform, true);
+  painter_.setOpacity(1 - image.Fade / 100.0);
+  painter_.drawImage(QPointF(0, 0), picture);
+  painter_.restore();
+}
+
+void ModernPainter::DrawPictureFrame(const ImageEntity& image) {
+  const QColor color = ColorOf(image.Color, image.Layer);
+  UsePen(color, 0, 0);
+  std::vector<PointD> frame = image.Clip;
+  if (frame.empty() && (image.Width != PointD{} || image.Height != PointD{}))
+    frame = {image.Origin, image.Origin + image.Width, image.Origin + image.Width + image.Height,
+             image.Origin + image.Height};
+  for (std::size_t i = 0; i < frame.size(); ++i) StrokeLine(At(frame[i]), At(frame[(i + 1) % frame.size()]));
+  if (image.Picture < 1 || std::size_t(image.Picture) > drawing_.Pictures.size()) return;
+  // The name, a line of small print at the frame's top-left corner.
+  Box box;
+  for (const PointD& p : frame) box.Add(p);
+  const QPointF corner = frame.empty() ? At(image.Origin) : At(box.minX, box.maxY);
+  QFont font = painter_.font();
+  font.setPixelSize(11);
+  painter_.save();
+  painter_.setFont(font);
+  painter_.setPen(color);
+  painter_.drawText(corner + QPointF(3, 13),
+                    QString::fromStdString(drawing_.Pictures[std::size_t(image.Picture - 1)].Name));
+  painter_.restore();
 }
 
 }  // namespace dxfimport

@@ -8,6 +8,7 @@
 
 #include "dxf/model/drawing.h"
 #include "render/engine.h"
+#include "render/picture_cache.h"
 #include "render/spatial_index.h"
 #include "render/text_layout.h"
 
@@ -64,6 +65,7 @@ struct ZoomView {
 // drawing (texts are laid out under TextLayouts::Fonts()).
 struct DrawingCaches {
   TextLayouts Texts;                    // the texts laid out
+  PictureCache Pictures;                // the raster images read
   std::unique_ptr<SpatialIndex> Index;  // built at the first redraw of part of the drawing
 
   // Whether the index is built, and from the drawing as it is now.

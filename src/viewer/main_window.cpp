@@ -58,6 +58,7 @@ constexpr const char* kProgram = "dxfimport";
 constexpr const char* kLegacySetting = "Viewer/LegacyReadingRules";
 constexpr const char* kLineWeightsSetting = "Viewer/LineWeights";
 constexpr const char* kBudgetSetting = "Viewer/EntityBudget";
+constexpr const char* kImageFoldersSetting = "Viewer/ImageFolders";
 constexpr const char* kWorldFileSetting = "Viewer/WorldFile";
 constexpr int kReductions = 7;  // the Colour Depth menu's choices
 
@@ -123,6 +124,8 @@ frmImport::frmImport(bool startedForAutomation, QWidget* parent)
       new BusyInputGate([this] { return Busy(); }, [this] { RequestStop(); }, cancel_, this));
   zoom_.KeepDrawing = [this] { return KeepDrawing(); };
   entityBudget_ = QSettings(kOrganization, kProgram).value(kBudgetSetting, 0).toLongLong();
+  for (const QString& folder : QSettings(kOrganization, kProgram).value(kImageFoldersSetting).toStringList())
+    imageFolders_.push_back(folder.toStdString());
   setCentralWidget(viewport_);
   statusBar()->setObjectName("StatusBar1");
 
@@ -224,6 +227,7 @@ void frmImport::CreateMenus() {
   layoutMenu_->setObjectName("mnuOptionLayout");
   captioned_[1063] = layoutMenu_->menuAction();
   item(options, 1070, "mnuOptionBudget", &frmImport::mnuOptionBudget_Click);
+  item(options, 1088, "mnuOptionImageFolders", &frmImport::mnuOptionImageFolders_Click);
   QAction* legacy = item(options, 1061, "mnuOptionLegacy", [] {});
   legacy->setCheckable(true);
   legacy->setChecked(profile_ == ReadingProfile::Legacy);
@@ -346,7 +350,8 @@ bool frmImport::OpenDXFFile(bool showDialog) {
   loading_ = true;
   ProgressBarSink progress(progress_, cancel_, stopRequested_);
   DXFReader reader(drawing_, profile_);
-  reader.SetOptions(LoadOptions{layout_, entityBudget_});
+  reader.SetOptions(
+      LoadOptions{.Layout = layout_, .EntityBudget = entityBudget_, .ImageFolders = imageFolders_});
   bool loaded = reader.LoadDXF(gstrDXFFileName, &progress);
   loading_ = false;
   pendingView_.reset();  // views asked for during the load were views of the drawing before
@@ -424,6 +429,26 @@ void frmImport::mnuOptionBudget_Click() {
 void frmImport::SetEntityBudget(int64_t budget) {
   entityBudget_ = std::max<int64_t>(0, budget);
   QSettings(kOrganization, kProgram).setValue(kBudgetSetting, qlonglong(entityBudget_));
+}
+
+void frmImport::mnuOptionImageFolders_Click() {
+  QStringList folders;
+  for (const std::string& folder : imageFolders_) folders << QString::fromStdString(folder);
+  bool ok = false;
+  const QString chosen = QInputDialog::getMultiLineText(this, QString::fromStdString(ApplicationTitle()),
+                                                        Text(1089), folders.join('\n'), &ok);
+  if (!ok) return;
+  std::vector<std::string> kept;
+  for (const QString& line : chosen.split('\n', Qt::SkipEmptyParts))
+    if (!line.trimmed().isEmpty()) kept.push_back(line.trimmed().toStdString());
+  SetImageFolders(kept);
+}
+
+void frmImport::SetImageFolders(std::vector<std::string> folders) {
+  imageFolders_ = std::move(folders);
+  QStringList list;
+  for (const std::string& folder : imageFolders_) list << QString::fromStdString(folder);
+  QSettings(kOrganization, kProgram).setValue(kImageFoldersSetting, list);
 }
 
 void frmImport::ChooseDXFFile() {

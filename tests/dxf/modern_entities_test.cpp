@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 
 #include "dxf/model/curves.h"
 #include "dxf/model/mtext.h"
@@ -9,8 +12,10 @@
 namespace dxfimport {
 namespace {
 
+using testing::DxfText;
 using testing::EntitiesFile;
 using testing::LoadModern;
+using testing::LoadModernFile;
 
 TEST(MTextMarkup, ParagraphsWordsAndFormats) {
   EXPECT_EQ(PlainText("plain"), "plain");
@@ -303,6 +308,36 @@ TEST(ModernEntities, MeshesAndMultilinesDrawTheirEdgesAndDefinitionPointsStayOut
       {{0, "POINT"}, {8, "DEFPOINTS"}, {10, "1"}, {20, "1"}, {0, "POINT"}, {8, "0"}, {10, "2"}, {20, "2"}}));
   ASSERT_EQ(points->drawing.Points.size(), 1u);
   EXPECT_EQ(points->drawing.Points[0].X, 2);
+}
+
+// An IMAGE's file looked for as written, beside the drawing and in the folders given;
+// each named in the load report, found or missing.
+TEST(ModernImages, PicturesAreLookedForAndNamedInTheReport) {
+  const std::string folder =
+      std::filesystem::temp_directory_path() / ("dxfimport-images-" + std::to_string(getpid()));
+  std::filesystem::create_directories(folder + "/extra");
+  std::ofstream(folder + "/extra/plan.jpg") << "not really a picture";
+  const std::string dxf =
+      DxfText({{0, "SECTION"},  {2, "ENTITIES"}, {0, "IMAGE"},    {10, "1"},     {20, "2"},
+               {11, "0.5"},     {21, "0"},       {12, "0"},       {22, "0.5"},   {13, "4"},
+               {23, "2"},       {340, "7F"},     {0, "IMAGE"},    {340, "80"},   {0, "ENDSEC"},
+               {0, "SECTION"},  {2, "OBJECTS"},  {0, "IMAGEDEF"}, {5, "7F"},     {1, "..\\scans\\plan.jpg"},
+               {0, "IMAGEDEF"}, {5, "80"},       {1, "gone.png"}, {0, "ENDSEC"}, {0, "EOF"}});
+  std::ofstream(folder + "/drawing.dxf") << dxf;
+  auto loaded = LoadModernFile(folder + "/drawing.dxf", LoadOptions{.ImageFolders = {folder + "/extra"}});
+  const Drawing& d = loaded->drawing;
+  ASSERT_EQ(d.Images.size(), 2u);
+  EXPECT_EQ(d.Images[0].Origin, (PointD{1, 2}));
+  EXPECT_EQ(d.Images[0].Width, (PointD{2, 0}));
+  EXPECT_EQ(d.Images[0].Height, (PointD{0, 1}));
+  ASSERT_EQ(d.Pictures.size(), 2u);
+  EXPECT_EQ(d.Pictures[0].Path, folder + "/extra/plan.jpg");
+  EXPECT_EQ(d.Pictures[1].Path, "");
+  std::vector<std::string> report;
+  for (const ReportEntry& e : loaded->outcome.Report.Entries()) report.push_back(e.Kind);
+  EXPECT_EQ(report,
+            (std::vector<std::string>{"image found: ..\\scans\\plan.jpg", "image missing: gone.png"}));
+  std::filesystem::remove_all(folder);
 }
 
 }  // namespace

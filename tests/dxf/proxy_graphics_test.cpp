@@ -75,7 +75,8 @@ TEST(ProxyGraphics, DecodesShapesUnderTheirPenAndTransforms) {
   const ProxyShape& half = g.Shapes[3];  // through (0, 1) from (1, 0) to (-1, 0)
   EXPECT_NEAR(half.Radius, 1, 1e-12);
   EXPECT_NEAR(half.End - half.Start, M_PI, 1e-12);
-  const PointD top = half.Frame.Apply({std::cos((half.Start + half.End) / 2), std::sin((half.Start + half.End) / 2)});
+  const PointD top =
+      half.Frame.Apply({std::cos((half.Start + half.End) / 2), std::sin((half.Start + half.End) / 2)});
   EXPECT_NEAR(top.x, 0, 1e-12);
   EXPECT_NEAR(top.y, 1, 1e-12);
 
@@ -98,8 +99,8 @@ TEST(ProxyGraphics, ReadsTheBitCodedPolylineWithItsBulges) {
   bits.RawReal(10).RawReal(20).Changed(30).Put(0, 2).Changed(40).Changed(50);
   bits.Real(1).Put(2, 2).Put(2, 2);
   const std::string body = bits.bytes();
-  const ProxyGraphics g =
-      DecodeProxyGraphics(ProxyStream().Add(kLwPolyline, ProxyData().Int(int32_t(body.size())).Bytes(body)).Bytes());
+  const ProxyGraphics g = DecodeProxyGraphics(
+      ProxyStream().Add(kLwPolyline, ProxyData().Int(int32_t(body.size())).Bytes(body)).Bytes());
   ASSERT_EQ(g.Shapes.size(), 1u);
   EXPECT_EQ(g.Shapes[0].Points, (std::vector<PointD>{{10, 20}, {30, 20}, {40, 50}}));
   EXPECT_EQ(g.Shapes[0].Bulges, (std::vector<double>{1, 0, 0}));
@@ -115,18 +116,22 @@ TEST(ProxyGraphics, DamagedStreamsKeepWhatCameBeforeAndNeverReadBeyond) {
   EXPECT_EQ(cut.Shapes.size(), 1u);
   // Counts far beyond the bytes: a polyline of two billion points, a command count of
   // two billion, a shell whose face list runs past its end.
-  EXPECT_TRUE(DecodeProxyGraphics(ProxyStream().Add(kPolyline, ProxyData().Int(2000000000)).Bytes()).Shapes.empty());
+  EXPECT_TRUE(
+      DecodeProxyGraphics(ProxyStream().Add(kPolyline, ProxyData().Int(2000000000)).Bytes()).Shapes.empty());
   std::string many = whole;
   many[4] = '\xFF', many[5] = '\xFF', many[6] = '\xFF', many[7] = '\x7F';
   EXPECT_EQ(DecodeProxyGraphics(many).Shapes.size(), 2u);
   const ProxyGraphics shell = DecodeProxyGraphics(
-      ProxyStream().Add(kShell, ProxyData().Int(2).Point(0, 0).Point(1, 0).Int(3).Int(1000).Int(0).Int(7)).Bytes());
+      ProxyStream()
+          .Add(kShell, ProxyData().Int(2).Point(0, 0).Point(1, 0).Int(3).Int(1000).Int(0).Int(7))
+          .Bytes());
   EXPECT_LE(shell.Shapes.size(), 1u);
   // A size below its own header, and nothing at all.
   EXPECT_TRUE(DecodeProxyGraphics(ProxyData().Int(16).Int(1).Int(4).Int(6).bytes()).Damaged);
   EXPECT_TRUE(DecodeProxyGraphics("").Shapes.empty());
   // Not a number: the shape is left out.
-  EXPECT_TRUE(DecodeProxyGraphics(ProxyStream().Add(kPolyline, TwoPoints(0, NAN, 1, 1)).Bytes()).Shapes.empty());
+  EXPECT_TRUE(
+      DecodeProxyGraphics(ProxyStream().Add(kPolyline, TwoPoints(0, NAN, 1, 1)).Bytes()).Shapes.empty());
 }
 
 Pairs ProxyEntity(const ProxyStream& stream, const std::string& layer, int sizeCode = 92) {
@@ -147,29 +152,26 @@ TEST(ProxyGraphics, UnknownEntitiesAreDrawnFromThemAndCountedByClass) {
       .Add(kPolygon, ProxyData().Int(3).Point(0, 0).Point(4, 0).Point(0, 4));
   Pairs entities = ProxyEntity(wall, "WALL", 160);
   entities.push_back({62, "3"});
-  const Pairs bubble = ProxyEntity(ProxyStream().Add(kUnicodeText2, ProxyData()
-                                                                       .Point(1, 2)
-                                                                       .Point(0, 0, 1)
-                                                                       .Point(1, 0)
-                                                                       .Utf16(u"A1")
-                                                                       .Int(2)
-                                                                       .Int(0)
-                                                                       .Real(3)
-                                                                       .Real(1)
-                                                                       .Real(0)),
-                                   "0");
+  const Pairs bubble = ProxyEntity(
+      ProxyStream().Add(
+          kUnicodeText2,
+          ProxyData().Point(1, 2).Point(0, 0, 1).Point(1, 0).Utf16(u"A1").Int(2).Int(0).Real(3).Real(1).Real(
+              0)),
+      "0");
   entities.insert(entities.end(), bubble.begin(), bubble.end());
-  entities.insert(entities.end(), {{0, "TCH_NOTHING"}, {8, "0"}, {0, "TCH_EMPTY"}, {92, "8"}, {310, "0800000000000000"}});
-  const std::string file = DxfText({{0, "SECTION"}, {2, "CLASSES"}, {0, "CLASS"}, {1, "TCH_COLUMN"},  {0, "CLASS"},
-                                    {1, "TCH_WALL"},   {0, "ENDSEC"},  {0, "SECTION"}, {2, "TABLES"},   {0, "TABLE"},
-                                    {2, "LAYER"},      {0, "LAYER"},   {2, "0"},       {0, "LAYER"},    {2, "WALL"},
-                                    {0, "LAYER"},      {2, "HATCH"},   {62, "5"},      {0, "ENDTAB"},   {0, "ENDSEC"}}) +
-                           EntitiesFile(entities);
+  entities.insert(entities.end(),
+                  {{0, "TCH_NOTHING"}, {8, "0"}, {0, "TCH_EMPTY"}, {92, "8"}, {310, "0800000000000000"}});
+  const std::string file =
+      DxfText({{0, "SECTION"},  {2, "CLASSES"}, {0, "CLASS"},   {1, "TCH_COLUMN"}, {0, "CLASS"},
+               {1, "TCH_WALL"}, {0, "ENDSEC"},  {0, "SECTION"}, {2, "TABLES"},     {0, "TABLE"},
+               {2, "LAYER"},    {0, "LAYER"},   {2, "0"},       {0, "LAYER"},      {2, "WALL"},
+               {0, "LAYER"},    {2, "HATCH"},   {62, "5"},      {0, "ENDTAB"},     {0, "ENDSEC"}}) +
+      EntitiesFile(entities);
   auto loaded = LoadModern(file);
   const Drawing& d = loaded->drawing;
   ASSERT_EQ(d.PolySegCount(), 1);
   EXPECT_EQ(d.Layers[std::size_t(d.PolySegs[0].Layer - 1)].Name, "HATCH");  // layer number 2 of the table
-  EXPECT_EQ(d.PolySegs[0].Color, 0);                                          // by layer
+  EXPECT_EQ(d.PolySegs[0].Color, 0);                                        // by layer
   ASSERT_EQ(d.ArcCount(), 1);
   EXPECT_EQ(d.Layers[std::size_t(d.Arcs[0].Layer - 1)].Name, "WALL");
   EXPECT_EQ(d.Arcs[0].Color, 0x00FF00);  // colour 3 of the entity
@@ -181,10 +183,12 @@ TEST(ProxyGraphics, UnknownEntitiesAreDrawnFromThemAndCountedByClass) {
   EXPECT_DOUBLE_EQ(d.Texts[0].Height, 3);
 
   std::vector<std::string> report;
-  for (const ReportEntry& e : loaded->outcome.Report.Entries()) report.push_back(e.Kind + " x" + std::to_string(e.Count));
-  EXPECT_EQ(report, (std::vector<std::string>{"drawn from proxy graphics: ACAD_PROXY_ENTITY (TCH_WALL) x2",
-                                              "entity kind not drawn: TCH_NOTHING x1",
-                                              "entity kind not drawn (its proxy graphics draw nothing): TCH_EMPTY x1"}));
+  for (const ReportEntry& e : loaded->outcome.Report.Entries())
+    report.push_back(e.Kind + " x" + std::to_string(e.Count));
+  EXPECT_EQ(report, (std::vector<std::string>{
+                        "drawn from proxy graphics: ACAD_PROXY_ENTITY (TCH_WALL) x2",
+                        "entity kind not drawn: TCH_NOTHING x1",
+                        "entity kind not drawn (its proxy graphics draw nothing): TCH_EMPTY x1"}));
 }
 
 }  // namespace

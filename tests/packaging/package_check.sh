@@ -26,7 +26,7 @@ deb=$work/out/dxfimport_${version}_amd64.deb dev=$work/out/dxfimport-dev_${versi
 [ -n "$(dpkg-deb -f "$deb" Maintainer)" ] || fail "maintainer"
 depends=$(dpkg-deb -f "$deb" Depends)
 for need in libc6 libstdc++6 libqt6core6 libqt6gui6 libqt6widgets6 libqt6svg6 \
-            fonts-liberation fonts-dejavu-core fonts-ipafont-gothic fonts-wqy-microhei; do
+            fonts-liberation fonts-dejavu-core fonts-ipafont-gothic fonts-wqy-microhei qt6-image-formats-plugins; do
   [[ ", $depends" == *", $need"* ]] || fail "Depends lacks $need: $depends"
 done
 [[ "$(dpkg-deb -f "$dev" Depends)" == *"dxfimport (= $version)"* ]] || fail "dxfimport-dev does not depend on dxfimport"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <fstream>
 #include <memory>
 #include <string>
 
@@ -16,6 +17,8 @@ struct RenderSetup {
   std::string layerColor = "1";  // of layer 0
   std::string header;            // HEADER variables as DXF text
   Pairs lineTypes;               // LTYPE entries of the TABLES section
+  std::string folder;            // when set, the drawing is read from a file written here
+  std::string objects;           // an OBJECTS section after the entities, as DXF text
 };
 
 // Draws a modern drawing of one layer (red unless set up otherwise) into 100 x 100
@@ -38,7 +41,16 @@ class ModernRender {
     std::string header = setup.header.empty() ? ""
                                               : DxfText({{0, "SECTION"}, {2, "HEADER"}}) + setup.header +
                                                     DxfText({{0, "ENDSEC"}});
-    loaded_ = LoadModern(header + layers + EntitiesFile(entities));
+    const std::string text = header + layers + DxfText({{0, "SECTION"}, {2, "ENTITIES"}}) +
+                             DxfText(entities) + DxfText({{0, "ENDSEC"}}) + setup.objects +
+                             DxfText({{0, "EOF"}});
+    if (setup.folder.empty()) {
+      loaded_ = LoadModern(text);
+    } else {
+      const std::string path = setup.folder + "/drawing.dxf";
+      std::ofstream(path, std::ios::binary) << text;
+      loaded_ = LoadModernFile(path);
+    }
     ZoomState zoom(loaded_->drawing);
     zoom.Display.LineWeights = setup.lineWeights;
     surface_.Cls();

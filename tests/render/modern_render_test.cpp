@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <QTemporaryDir>
+
 #include "render/modern_render_fixture.h"
 #include "render/redraw.h"
 #include "testing/dxf_fixture.h"
@@ -320,6 +322,44 @@ TEST(ProxyGraphics, AnAddOnObjectIsDrawnAsItsGraphicsSay) {
   EXPECT_EQ(render.Pixel(20, 80), qRgb(255, 0, 0) & 0xFFFFFF);  // inside the triangle
   EXPECT_FALSE(render.Inked(80, 20));                           // beside it
   EXPECT_TRUE(render.InkedNear(50, 0));                         // the blue line along the top
+}
+
+// A picture of 8 x 8 red pixels over 0..50 x 0..100, clipped to the triangle of its top
+// left half; beside it, a picture whose file is not there, drawn as its frame.
+TEST(Images, APictureShowsWithinItsClipAndAMissingOneAsItsFrame) {
+  QTemporaryDir folder;
+  ASSERT_TRUE(folder.isValid());
+  QImage red(8, 8, QImage::Format_RGB32);
+  red.fill(Qt::red);
+  ASSERT_TRUE(red.save(folder.filePath("red.png")));
+  auto image = [](const char* handle, const char* x, const char* width, const char* height) {
+    return Pairs{{0, "IMAGE"}, {8, "0"},     {10, x},    {20, "0"},    {11, width},   {21, "0"},
+                 {12, "0"},    {22, height}, {13, "8"},  {23, "8"},    {340, handle}, {70, "7"},
+                 {280, "1"},   {71, "2"},    {91, "3"},  {14, "-0.5"}, {24, "-0.5"},  {14, "7.5"},
+                 {24, "-0.5"}, {14, "-0.5"}, {24, "7.5"}};
+  };
+  Pairs entities = image("A1", "0", "6.25", "12.5");
+  Pairs missing = image("A2", "60", "3.75", "3.75");
+  missing.resize(missing.size() - 9);  // no clip
+  entities.insert(entities.end(), missing.begin(), missing.end());
+  RenderSetup setup;
+  setup.folder = folder.path().toStdString();
+  // The first as written elsewhere (found by its bare name beside the drawing).
+  setup.objects = DxfText({{0, "SECTION"},
+                           {2, "OBJECTS"},
+                           {0, "IMAGEDEF"},
+                           {5, "A1"},
+                           {1, "C:\\pictures\\red.png"},
+                           {0, "IMAGEDEF"},
+                           {5, "A2"},
+                           {1, "gone.png"},
+                           {0, "ENDSEC"}});
+  ModernRender render(entities, setup);
+  ASSERT_TRUE(render.drawn());
+  EXPECT_EQ(render.Pixel(10, 10), qRgb(255, 0, 0) & 0xFFFFFF);  // inside the triangle
+  EXPECT_FALSE(render.Inked(40, 80));                           // the clipped-off half
+  EXPECT_TRUE(render.InkedNear(75, 70));                        // the missing one's frame, bottom edge
+  EXPECT_FALSE(render.Inked(80, 95));                           // and no picture inside it
 }
 
 }  // namespace

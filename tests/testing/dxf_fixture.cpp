@@ -43,6 +43,16 @@ std::unique_ptr<Loaded> Load(const std::string& dxf, std::size_t rowLimit, Readi
   return loaded;
 }
 
+std::unique_ptr<Loaded> LoadModernFile(const std::string& path, const LoadOptions& options) {
+  auto loaded = std::make_unique<Loaded>();
+  loaded->drawing.InitDrawing(true);
+  DXFReader reader(loaded->drawing, ReadingProfile::Modern);
+  reader.SetOptions(options);
+  loaded->result = reader.LoadDXF(path);
+  loaded->outcome = reader.outcome();
+  return loaded;
+}
+
 TempFile::TempFile(const std::string& contents, const std::string& suffix) {
   std::string name = "/tmp/dxfimport-testXXXXXX" + suffix;
   int fd = mkstemps(name.data(), int(suffix.size()));

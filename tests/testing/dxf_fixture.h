@@ -54,6 +54,8 @@ std::unique_ptr<Loaded> Load(const std::string& dxf, std::size_t rowLimit = Draw
 inline std::unique_ptr<Loaded> LoadModern(const std::string& dxf) {
   return Load(dxf, Drawing::kRowLimit, ReadingProfile::Modern);
 }
+// A file read with the modern profile (what it names is looked for beside it).
+std::unique_ptr<Loaded> LoadModernFile(const std::string& path, const LoadOptions& options = {});
 
 // A file in the temporary directory, removed with the object.
 class TempFile {

@@ -58,6 +58,10 @@ struct LoadOptions {
   // Rows the drawing may hold; an insert that would take it past them is left out whole
   // (0: DefaultEntityBudget()).
   int64_t EntityBudget = 0;
+  // The file the drawing is read from ("" from memory): images are looked for beside it.
+  std::string DrawingFile;
+  // Folders where the images a drawing names are also looked for (by their bare names).
+  std::vector<std::string> ImageFolders;
 };
 
 // The module that the readers' errors are reported under.

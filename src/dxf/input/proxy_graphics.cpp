@@ -463,9 +463,7 @@ void Decoder::Path(const std::vector<V3>& points, bool closed, bool filled) {
   Add(std::move(s));
 }
 
-void Decoder::Circle(V3 centre, double radius, V3 normal) {
-  Arc(centre, radius, normal, {}, 2 * M_PI, 0);
-}
+void Decoder::Circle(V3 centre, double radius, V3 normal) { Arc(centre, radius, normal, {}, 2 * M_PI, 0); }
 
 // A circular arc about `normal`, from the direction `startVector` (none: the plane's x
 // axis) through `sweep` radians; arc type 1 closes it through the centre, 2 by its chord.
@@ -529,7 +527,9 @@ void Decoder::Mesh(Data& d) {
   if (d.Short() || rows < 1 || cols < 1 || std::size_t(rows) * std::size_t(cols) > d.Left() / 24) return;
   std::vector<V3> grid(std::size_t(rows) * std::size_t(cols));
   for (V3& p : grid) p = d.Point();
-  const auto at = [&](int32_t r, int32_t c) { return grid[std::size_t(r) * std::size_t(cols) + std::size_t(c)]; };
+  const auto at = [&](int32_t r, int32_t c) {
+    return grid[std::size_t(r) * std::size_t(cols) + std::size_t(c)];
+  };
   for (int32_t r = 0; r < rows; ++r) {
     std::vector<V3> line;
     for (int32_t c = 0; c < cols; ++c) line.push_back(at(r, c));

@@ -15,12 +15,12 @@ namespace dxfimport {
 struct ProxyPen {
   static constexpr int32_t kByLayer = -1;
   static constexpr int32_t kByBlock = -2;
-  int32_t Aci = 256;                  // 256 by layer, 0 by block
-  int32_t Rgb = -1;                   // a true colour 0x00RRGGBB, or -1 (Aci holds)
-  int32_t Layer = -1;                 // -1: the entity's own
-  int32_t LineType = kByLayer;        // an index, kByLayer or kByBlock
-  int32_t LineWeight = kByLayer;      // hundredths of a millimetre, or -1, -2, -3
-  bool Fill = false;                  // polygons and shells are filled
+  int32_t Aci = 256;              // 256 by layer, 0 by block
+  int32_t Rgb = -1;               // a true colour 0x00RRGGBB, or -1 (Aci holds)
+  int32_t Layer = -1;             // -1: the entity's own
+  int32_t LineType = kByLayer;    // an index, kByLayer or kByBlock
+  int32_t LineWeight = kByLayer;  // hundredths of a millimetre, or -1, -2, -3
+  bool Fill = false;              // polygons and shells are filled
 };
 
 // One shape of a proxy graphics stream, in the plan (x, y) of the entity's coordinates
@@ -39,9 +39,9 @@ struct ProxyShape {
   // insertion point, x along the start of the arc or the text's direction) into the plan.
   Affine Frame;
   double Radius = 0;
-  double Start = 0, End = 0;  // radians, counter-clockwise in the frame
+  double Start = 0, End = 0;                        // radians, counter-clockwise in the frame
   double Height = 0, WidthFactor = 1, Oblique = 0;  // Oblique in degrees
-  std::string Text;     // UTF-8 when Unicode, else in the drawing's code page
+  std::string Text;                                 // UTF-8 when Unicode, else in the drawing's code page
   bool Unicode = false;
 };
 

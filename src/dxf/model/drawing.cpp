@@ -15,6 +15,7 @@ bool Drawing::InitDrawing(bool clearAll) {
   ++generation_;
   if (clearAll) {
     TextStyles = {};
+    Pictures = {};
     EntityTables::Clear();
     DashPatterns = {};
     PointDisplay = {};

@@ -34,6 +34,7 @@ struct EntityTables {
   std::vector<PointEntity> Points;
   std::vector<RayEntity> Rays;
   std::vector<MTextEntity> MTexts;
+  std::vector<ImageEntity> Images;
   std::vector<InsertRef> Inserts;
   std::vector<SeqEntry> DrawSeq;
 
@@ -49,6 +50,7 @@ struct EntityTables {
   void Append(const PointEntity& r) { Push(Points, kKindPoint, r); }
   void Append(const RayEntity& r) { Push(Rays, kKindRay, r); }
   void Append(const MTextEntity& r) { Push(MTexts, kKindMText, r); }
+  void Append(const ImageEntity& r) { Push(Images, kKindImage, r); }
   void Append(const InsertRef& r) { Push(Inserts, kKindInsert, r); }
 
   void Clear() { *this = EntityTables(); }
@@ -117,6 +119,9 @@ bool VisitRow(Tables& t, const SeqEntry& e, F&& f) {
     case kKindMText:
       f(RowOf(t.MTexts, e.Index));
       return true;
+    case kKindImage:
+      f(RowOf(t.Images, e.Index));
+      return true;
     case kKindInsert:
       f(RowOf(t.Inserts, e.Index));
       return true;
@@ -172,6 +177,7 @@ class Drawing : public EntityTables {
   std::vector<LayerEntry> Layers;
   std::vector<BlockEntry> Blocks;
   std::vector<TextStyle> TextStyles;  // modern profile
+  std::vector<PictureFile> Pictures;  // modern profile: the files of IMAGE rows
   std::vector<PendingInsert> PendingInserts;
 
   // Dash patterns of line types from the LTYPE table (modern profile), in drawing units:
@@ -262,6 +268,7 @@ class Drawing : public EntityTables {
     return 1;
   }
   static std::size_t RowWeight(const HatchEntity& hatch) { return 1 + hatch.Points.size() / 4; }
+  static std::size_t RowWeight(const ImageEntity& image) { return 1 + image.Clip.size() / 4; }
 
   const ProfileRules* rules_ = &ProfileRules::Of(ReadingProfile::Legacy);  // until a reader sets it
   NameIndex layerRows_;

@@ -141,6 +141,15 @@ Box RowBox(const PointEntity& r) { return Of({{r.X, r.Y}}); }
 Box RowBox(const RayEntity&) { return {}; }
 
 // An MTEXT's box estimated from its paragraphs, wrapped at its reference width.
+Box RowBox(const ImageEntity& r) {
+  if (!r.Clip.empty() && !r.ClipInverted) {
+    Box b;
+    for (const PointD& p : r.Clip) b.Add(p);
+    return b;
+  }
+  return Of({r.Origin, r.Origin + r.Width, r.Origin + r.Height, r.Origin + r.Width + r.Height});
+}
+
 Box RowBox(const MTextEntity& m) {
   const double h = std::abs(m.Height);
   int lines = 0;
@@ -191,6 +200,7 @@ Box TablesBox(const EntityTables& t) {
   widen(t.Hatches);
   widen(t.Points);
   widen(t.MTexts);
+  widen(t.Images);
   return box;
 }
 

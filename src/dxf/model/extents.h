@@ -20,6 +20,7 @@ Box RowBox(const HatchEntity& r);
 Box RowBox(const PointEntity& r);
 Box RowBox(const RayEntity& r);
 Box RowBox(const MTextEntity& r);
+Box RowBox(const ImageEntity& r);
 
 // The four corners of a text's box (baseline left first, counter-clockwise), estimated
 // from its height, its characters and its width factor.

@@ -102,6 +102,15 @@ HatchEntity Placed(const HatchEntity& row, const Affine& m) {
   return r;
 }
 
+ImageEntity Placed(const ImageEntity& row, const Affine& m) {
+  ImageEntity r = row;
+  r.Origin = m.Apply(row.Origin);
+  r.Width = m.ApplyVector(row.Width);
+  r.Height = m.ApplyVector(row.Height);
+  for (PointD& p : r.Clip) p = m.Apply(p);
+  return r;
+}
+
 EllipseEntity Placed(const EllipseEntity& row, const Affine& m) {
   EllipseEntity r = row;
   Map(m, r.CenterX, r.CenterY);

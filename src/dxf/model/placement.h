@@ -17,6 +17,7 @@ MTextEntity Placed(const MTextEntity& row, const Affine& m);
 AttribEntity Placed(const AttribEntity& row, const Affine& m);
 SolidEntity Placed(const SolidEntity& row, const Affine& m);
 HatchEntity Placed(const HatchEntity& row, const Affine& m);
+ImageEntity Placed(const ImageEntity& row, const Affine& m);
 EllipseEntity Placed(const EllipseEntity& row, const Affine& m);
 PointEntity Placed(const PointEntity& row, const Affine& m);
 RayEntity Placed(const RayEntity& row, const Affine& m);

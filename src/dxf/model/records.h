@@ -220,6 +220,30 @@ struct RayEntity {
   int16_t LineWeight = kWeightDefault;
 };
 
+// IMAGE (modern profile): a raster picture laid on the drawing. Its lower-left corner is
+// Origin, its bottom edge runs along Width and its left edge along Height (both in
+// drawing units, the picture's whole size). It shows only what its clip boundary keeps
+// (inside, or with ClipInverted outside), adjusted by brightness, contrast and fade
+// (0..100; 50, 50 and 0 leave it as it is). A picture whose file was not found, and an
+// underlay (PDF, DWF, DGN), are drawn as their frame with the file's name.
+struct ImageEntity {
+  PointD Origin, Width, Height;
+  std::vector<PointD> Clip;  // drawing units; empty: the whole frame
+  bool ClipInverted = false;
+  int32_t Picture = 0;  // row of Drawing::Pictures
+  int8_t Brightness = 50, Contrast = 50, Fade = 0;
+  int32_t Layer = 0;
+  int32_t Color = 0;
+};
+
+// The file behind pictures (IMAGEDEF) and underlays: its name as the drawing wrote it,
+// and where it was found ("" when it was not, and for underlays, which are not drawn).
+struct PictureFile {
+  std::string Name;
+  std::string Path;
+  bool Underlay = false;
+};
+
 // An INSERT kept inside a block definition (modern profile): expanded when the block
 // that holds it is inserted. Copy (c, r) of a MINSERT grid lands at
 // Frame * translate(c * ColumnSpacing, r * RowSpacing) * Local.
@@ -257,6 +281,7 @@ enum EntityKind : int32_t {
   kKindInsert = 12,  // only inside block definitions
   kKindClip = 13,    // what follows is clipped to ClipBoxes[Index - 1] (Index 0 ends it)
   kKindMText = 14,
+  kKindImage = 15,
 };
 
 // One drawable item in file order: its kind and its 1-based row in that kind's table.

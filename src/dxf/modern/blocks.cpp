@@ -96,6 +96,7 @@ template void ModernReader::Emit(const AttribEntity&);
 template void ModernReader::Emit(const HatchEntity&);
 template void ModernReader::Emit(const EllipseEntity&);
 template void ModernReader::Emit(const PointEntity&);
+template void ModernReader::Emit(const ImageEntity&);
 template void ModernReader::Emit(const RayEntity&);
 template void ModernReader::Emit(const MTextEntity&);
 template void ModernReader::Emit(const InsertRef&);

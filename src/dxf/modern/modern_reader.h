@@ -114,6 +114,13 @@ class ModernReader : public ProfileReader {
   bool DXFLwPolyline();
   bool DXFMesh();
   bool DXFMline();
+  // Images and underlays (images.cpp).
+  bool DXFImage();
+  bool DXFUnderlay();
+  bool DXFImageDef();
+  int32_t PictureRow(std::string_view handleText, bool underlay);
+  std::vector<PointD> ClipBoundary(int xCode) const;
+  void ResolvePictures();
   // Entities of unknown classes drawn from their proxy graphics (proxy.cpp).
   bool DXFProxy();
   bool DXFClass();
@@ -249,6 +256,7 @@ class ModernReader : public ProfileReader {
   std::vector<int32_t> tableLayers_;
   std::vector<std::string> tableLineTypes_;
   std::vector<std::string> classes_;
+  std::unordered_map<uint64_t, int32_t> pictureRows_;  // definition handle -> row of Pictures
   // A viewport of a layout that shows model space in plan view: where it is on the paper
   // (centre 10/20, size 40/41) and what it shows (view centre 12/22 about the target
   // 17/27, view height 45, twist 51).

@@ -51,7 +51,8 @@ std::string ModernReader::ProxyGraphicsBytes() const {
   const std::size_t start = ProxyGraphicsStart();
   if (start >= pairs_.size()) return bytes;
   bytes.reserve(std::min(std::size_t(Val(pairs_[start].second)), LoadContext::kMaxTextBytes));
-  for (std::size_t k = start + 1; k < pairs_.size() && pairs_[k].first == 310; ++k) AppendHex(pairs_[k].second, bytes);
+  for (std::size_t k = start + 1; k < pairs_.size() && pairs_[k].first == 310; ++k)
+    AppendHex(pairs_[k].second, bytes);
   return bytes;
 }
 
@@ -76,7 +77,8 @@ std::string ModernReader::ProxyClassName() const {
 // The style of a proxy shape: what its pen set, the entity's own for the rest.
 ModernReader::Style ModernReader::ProxyStyle(const ProxyPen& pen, const Style& own) {
   Style s = own;
-  if (pen.Layer >= 0 && std::size_t(pen.Layer) < tableLayers_.size()) s.Layer = tableLayers_[std::size_t(pen.Layer)];
+  if (pen.Layer >= 0 && std::size_t(pen.Layer) < tableLayers_.size())
+    s.Layer = tableLayers_[std::size_t(pen.Layer)];
   const LayerEntry& layer = drawing_.Layers[std::size_t(s.Layer - 1)];
   if (pen.Rgb >= 0)
     s.Color = TrueColorValue(uint32_t(pen.Rgb), pen.Aci);
@@ -119,8 +121,15 @@ void ModernReader::EmitProxyShape(const ProxyShape& shape, const Style& own) {
     }
     case ProxyShape::Kind::Arc: {
       const bool whole = shape.End - shape.Start >= 2 * M_PI - 1e-12;
-      ArcEntity arc{0,       0,          shape.Radius, whole ? 0 : Degrees(shape.Start), whole ? 0 : Degrees(shape.End),
-                    s.Layer, s.Color, s.LineType,   s.LineWeight};
+      ArcEntity arc{0,
+                    0,
+                    shape.Radius,
+                    whole ? 0 : Degrees(shape.Start),
+                    whole ? 0 : Degrees(shape.End),
+                    s.Layer,
+                    s.Color,
+                    s.LineType,
+                    s.LineWeight};
       PlaceInto(arc, toBlock_ * shape.Frame, [this](const auto& row) { Emit(row); });
       return;
     }

@@ -69,6 +69,14 @@ const ModernReader::Kind* ModernReader::FindKind(std::string_view name) {
       {"RAY", "DXFRay", &ModernReader::DXFRay, kInEntities},
       {"XLINE", "DXFRay", &ModernReader::DXFRay, kInEntities},
       {"WIPEOUT", "DXFWipeout", &ModernReader::DXFWipeout, kInEntities},
+      {"IMAGE", "DXFImage", &ModernReader::DXFImage, kInEntities},
+      {"PDFUNDERLAY", "DXFImage", &ModernReader::DXFUnderlay, kInEntities},
+      {"DWFUNDERLAY", "DXFImage", &ModernReader::DXFUnderlay, kInEntities},
+      {"DGNUNDERLAY", "DXFImage", &ModernReader::DXFUnderlay, kInEntities},
+      {"IMAGEDEF", "DXFImage", &ModernReader::DXFImageDef, kInObjects},
+      {"PDFDEFINITION", "DXFImage", &ModernReader::DXFImageDef, kInObjects},
+      {"DWFDEFINITION", "DXFImage", &ModernReader::DXFImageDef, kInObjects},
+      {"DGNDEFINITION", "DXFImage", &ModernReader::DXFImageDef, kInObjects},
       {"VIEWPORT", "DXFViewport", &ModernReader::DXFViewport, kInEntities},
   };
   for (const Kind& k : kKinds)
@@ -238,6 +246,7 @@ bool ModernReader::Read() {
     if (!ctx_.outcome.Cancelled) ChooseLayout();
     // Every drawing has a layer "0", even one written without a layer table.
     if (drawing_.LayerCount() == 0 && drawing_.SeqCount() > 0) drawing_.AddLayer({"0", kForeground, -1, 0});
+    ResolvePictures();
     FinishExtents();
   } catch (const RunTimeError& e) {
     goOn = ctx_.ReportFailure("LoadDXF", e.number(), e.text());

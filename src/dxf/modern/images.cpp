@@ -1,0 +1,120 @@
+// Raster images and underlays: IMAGE with its IMAGEDEF, the PDF, DWF and DGN underlays
+// with their definitions. The files are looked for when the drawing has been read.
+#include <algorithm>
+#include <charconv>
+
+#include "dxf/input/file_lookup.h"
+#include "dxf/model/placement.h"
+#include "dxf/modern/modern_reader.h"
+#include "support/numbers.h"
+#include "support/text_decode.h"
+
+namespace dxfimport {
+namespace {
+
+uint64_t HandleValue(std::string_view text) {
+  text = Trim(text);
+  uint64_t handle = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), handle, 16);
+  return error == std::errc() && end == text.data() + text.size() ? handle : 0;
+}
+
+int8_t Percent(double v, int8_t fallback) {
+  return std::isfinite(v) ? int8_t(std::clamp(v, 0.0, 100.0)) : fallback;
+}
+
+}  // namespace
+
+// The row of Drawing::Pictures for the definition with `handle`, made when first named.
+int32_t ModernReader::PictureRow(std::string_view handleText, bool underlay) {
+  const uint64_t handle = HandleValue(handleText);
+  auto [at, added] = pictureRows_.try_emplace(handle, int32_t(drawing_.Pictures.size() + 1));
+  if (added) drawing_.Pictures.push_back({"", "", underlay});
+  if (underlay) drawing_.Pictures[std::size_t(at->second - 1)].Underlay = true;
+  return at->second;
+}
+
+// The points of a clip boundary (14/24), in the picture's pixels from its top-left
+// corner; two points are the opposite corners of a rectangle.
+std::vector<PointD> ModernReader::ClipBoundary(int xCode) const {
+  std::vector<PointD> boundary;
+  for (const auto& [code, value] : pairs_) {
+    if (code == xCode && boundary.size() < 100000)
+      boundary.push_back({Val(value), 0});
+    else if (code == xCode + 10 && !boundary.empty())
+      boundary.back().y = Val(value);
+  }
+  if (boundary.size() == 2) {
+    const PointD a = boundary[0], b = boundary[1];
+    boundary = {a, {b.x, a.y}, b, {a.x, b.y}};
+  }
+  if (boundary.size() < 3) boundary.clear();
+  return boundary;
+}
+
+// IMAGE: its corner 10/20, a pixel's extent along the width 11/21 and the height 12/22,
+// its size in pixels 13/23, its definition 340, the clip boundary 14/24 when 70 bit 2
+// and 280 say it is used (290 = 1: what is outside it shows), brightness 281, contrast
+// 282 and fade 283.
+bool ModernReader::DXFImage() {
+  const Style s = ReadStyle();
+  ImageEntity image;
+  image.Layer = s.Layer, image.Color = s.Color;
+  const PointD u = Point(11), v = Point(12);
+  const double columns = Num(13), rows = Num(23);
+  image.Origin = Point(10);
+  image.Width = u * columns, image.Height = v * rows;
+  image.Picture = PictureRow(Value(340), false);
+  image.Brightness = Percent(Num(281, 50), 50);
+  image.Contrast = Percent(Num(282, 50), 50);
+  image.Fade = Percent(Num(283, 0), 0);
+  if ((Whole(70, 0, 0, 0xFFFF) & 4) && Whole(280, 0, 0, 1) == 1) {
+    // Pixel (x, y) from the top left is at origin + u (x + 1/2) + v (rows - 1/2 - y).
+    const PointD corner = image.Origin + u * 0.5 + v * (rows - 0.5);
+    for (const PointD& p : ClipBoundary(14)) image.Clip.push_back(corner + u * p.x - v * p.y);
+    image.ClipInverted = Whole(290, 0, 0, 1) == 1;
+  }
+  Emit(Placed(image, toBlock_));
+  return true;
+}
+
+// PDFUNDERLAY, DWFUNDERLAY, DGNUNDERLAY: drawn as the frame of its clip boundary (11/21,
+// in its own units, scaled by 41/42, turned by 50 and placed at 10/20 in its object
+// coordinates) with the name of its file; its definition is 340.
+bool ModernReader::DXFUnderlay() {
+  const Style s = ReadStyle();
+  ImageEntity frame;
+  frame.Layer = s.Layer, frame.Color = s.Color;
+  frame.Picture = PictureRow(Value(340), true);
+  const PointD at = Point(10);
+  frame.Origin = at;
+  const Affine local = Affine::Translate(at.x, at.y) * Affine::Rotate(Num(50)) * Affine::Scaling(Num(41, 1), Num(42, 1));
+  for (const PointD& p : ClipBoundary(11)) frame.Clip.push_back(local.Apply(p));
+  Emit(Placed(frame, Placement(Num(30))));
+  return true;
+}
+
+// IMAGEDEF and the underlay definitions: the file (1) of the pictures that name them.
+bool ModernReader::DXFImageDef() {
+  const bool underlay = name_ != "IMAGEDEF";
+  const int32_t row = PictureRow(Value(5), underlay);
+  drawing_.Pictures[std::size_t(row - 1)].Name = std::string(Trim(Text(1)).substr(0, 4096));
+  return true;
+}
+
+// After the load: each picture's file looked for, and named in the load report.
+void ModernReader::ResolvePictures() {
+  for (PictureFile& picture : drawing_.Pictures) {
+    const std::string name = picture.Name.empty() ? "(no definition)" : picture.Name.substr(0, 200);
+    if (picture.Underlay) {
+      ctx_.outcome.Report.Note("underlay drawn as its frame: " + name, 0);
+      continue;
+    }
+    picture.Path = picture.Name.empty()
+                       ? ""
+                       : FindReferencedFile(picture.Name, ctx_.options.DrawingFile, ctx_.options.ImageFolders);
+    ctx_.outcome.Report.Note((picture.Path.empty() ? "image missing: " : "image found: ") + name, 0);
+  }
+}
+
+}  // namespace dxfimport

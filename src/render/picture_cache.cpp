@@ -1,0 +1,63 @@
+#include "render/picture_cache.h"
+
+#include <QImageReader>
+#include <algorithm>
+#include <array>
+
+namespace dxfimport {
+
+QImage ReadPicture(const std::string& path, int longestSide) {
+  QImageReader reader(QString::fromStdString(path));
+  reader.setAutoTransform(true);
+  const QSize size = reader.size();
+  if (size.isValid() && std::max(size.width(), size.height()) > longestSide)
+    reader.setScaledSize(size.scaled(longestSide, longestSide, Qt::KeepAspectRatio));
+  QImage picture = reader.read();
+  if (picture.isNull()) return picture;
+  if (std::max(picture.width(), picture.height()) > longestSide)  // a reader that cannot scale
+    picture = picture.scaled(longestSide, longestSide, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  return picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
+void AdjustPicture(QImage& picture, int brightness, int contrast) {
+  if (brightness == 50 && contrast == 50) return;
+  std::array<uint8_t, 256> level{};
+  for (int v = 0; v < 256; ++v) {
+    const double adjusted = (v - 127.5) * (contrast / 50.0) + 127.5 + (brightness - 50) * 5.1;
+    level[std::size_t(v)] = uint8_t(std::clamp(adjusted, 0.0, 255.0));
+  }
+  picture = picture.convertToFormat(QImage::Format_ARGB32);
+  for (int y = 0; y < picture.height(); ++y) {
+    auto* line = reinterpret_cast<QRgb*>(picture.scanLine(y));
+    for (int x = 0; x < picture.width(); ++x) {
+      const QRgb c = line[x];
+      line[x] = qRgba(level[qRed(c)], level[qGreen(c)], level[qBlue(c)], qAlpha(c));
+    }
+  }
+  picture = picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
+const QImage& PictureCache::Of(const Drawing& drawing, const ImageEntity& image) {
+  static const QImage kNone;
+  std::lock_guard lock(mutex_);
+  if (drawing_ != &drawing || generation_ != drawing.Generation()) {
+    pictures_.clear();
+    drawing_ = &drawing;
+    generation_ = drawing.Generation();
+  }
+  if (image.Picture < 1 || std::size_t(image.Picture) > drawing.Pictures.size()) return kNone;
+  const PictureFile& file = drawing.Pictures[std::size_t(image.Picture - 1)];
+  if (file.Path.empty() || file.Underlay) return kNone;
+  const auto key = std::tuple(image.Picture, int(image.Brightness), int(image.Contrast));
+  auto found = pictures_.find(key);
+  if (found != pictures_.end()) return found->second;
+  // Another adjustment of the same file starts from the copy already read.
+  QImage picture;
+  for (const auto& [other, read] : pictures_)
+    if (std::get<0>(other) == image.Picture && std::get<1>(other) == 50 && std::get<2>(other) == 50) picture = read;
+  if (picture.isNull()) picture = ReadPicture(file.Path, kLongestSide);
+  if (!picture.isNull()) AdjustPicture(picture, image.Brightness, image.Contrast);
+  return pictures_.emplace(key, std::move(picture)).first->second;
+}
+
+}  // namespace dxfimport
