@@ -27,9 +27,14 @@ class ModernPainter : public EntityPainter {
  public:
   ModernPainter(const RedrawJob& job, const Drawing& drawing, Canvas& canvas, QColor background,
                 bool toPrinter);
-  ~ModernPainter() override { painter_.restore(); }
+  ~ModernPainter() override {
+    for (; clipDepth_ > 0; --clipDepth_) painter_.restore();
+    painter_.restore();
+  }
 
   void Draw(const SeqEntry& entry) override;
+  // Starts clipping to Clips[index - 1] within the clip in force; index 0 ends the last.
+  void Clip(int32_t index);
 
  private:
   QPointF At(double x, double y) const { return {e_.DeviceX(x), e_.DeviceY(y)}; }
@@ -94,6 +99,7 @@ class ModernPainter : public EntityPainter {
   QTransform device_;  // drawing to device coordinates
   QTransform base_;    // device to the paint device (a strip of the picture is moved up)
   QRectF bounds_;      // the clip the painter came with (a strip's rows), null for none
+  int clipDepth_ = 0;  // clips started and not yet ended
 };
 
 ModernPainter::ModernPainter(const RedrawJob& job, const Drawing& drawing, Canvas& canvas, QColor background,
@@ -203,15 +209,7 @@ void ModernPainter::UseBrush(QColor color) {
 }
 
 void ModernPainter::Draw(const SeqEntry& entry) {
-  if (entry.Kind == kKindClip) {
-    const bool ends = entry.Index <= 0 || std::size_t(entry.Index) > drawing_.ClipBoxes.size();
-    if (ends && bounds_.isNull()) return painter_.setClipping(false);
-    if (ends) return painter_.setClipRect(bounds_);
-    const Box& b = drawing_.ClipBoxes[std::size_t(entry.Index - 1)];
-    QRectF clip = QRectF(At(b.minX, b.maxY), At(b.maxX, b.minY)).intersected(view_.adjusted(-1, -1, 1, 1));
-    painter_.setClipRect(bounds_.isNull() ? clip : clip.intersected(bounds_));
-    return;
-  }
+  if (entry.Kind == kKindClip) return Clip(entry.Index);
   VisitRow(drawing_, entry, [this, &entry](const auto& row) {
     using Row = std::decay_t<decltype(row)>;
     if constexpr (std::is_same_v<Row, LineEntity>) {
@@ -244,6 +242,28 @@ void ModernPainter::Draw(const SeqEntry& entry) {
       if (LayerOn(row.Layer)) DrawImage(row);
     }
   });
+}
+
+void ModernPainter::Clip(int32_t index) {
+  if (index <= 0 || std::size_t(index) > drawing_.Clips.size()) {
+    if (clipDepth_ == 0) return;
+    --clipDepth_;
+    painter_.restore();
+    penKey_ = {0, -1, -1};  // the pen and brush are the ones from before the clip
+    brushKey_ = 0;
+    return;
+  }
+  painter_.save();
+  ++clipDepth_;
+  QPainterPath path;
+  path.setFillRule(Qt::OddEvenFill);
+  for (const std::vector<PointD>& loop : drawing_.Clips[std::size_t(index - 1)].Loops) {
+    QPolygonF boundary;
+    for (const PointD& p : loop) boundary << At(p);
+    path.addPolygon(ClipPolygon(boundary, view_.adjusted(-4, -4, 4, 4)));
+    path.closeSubpath();
+  }
+  painter_.setClipPath(path, painter_.hasClipping() ? Qt::IntersectClip : Qt::ReplaceClip);
 }
 
 // A line clipped to the view (so that far-away ends never reach the rasterizer).

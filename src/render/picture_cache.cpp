@@ -54,7 +54,8 @@ const QImage& PictureCache::Of(const Drawing& drawing, const ImageEntity& image)
   // Another adjustment of the same file starts from the copy already read.
   QImage picture;
   for (const auto& [other, read] : pictures_)
-    if (std::get<0>(other) == image.Picture && std::get<1>(other) == 50 && std::get<2>(other) == 50) picture = read;
+    if (std::get<0>(other) == image.Picture && std::get<1>(other) == 50 && std::get<2>(other) == 50)
+      picture = read;
   if (picture.isNull()) picture = ReadPicture(file.Path, kLongestSide);
   if (!picture.isNull()) AdjustPicture(picture, image.Brightness, image.Contrast);
   return pictures_.emplace(key, std::move(picture)).first->second;

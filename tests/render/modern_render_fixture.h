@@ -19,6 +19,7 @@ struct RenderSetup {
   Pairs lineTypes;               // LTYPE entries of the TABLES section
   std::string folder;            // when set, the drawing is read from a file written here
   std::string objects;           // an OBJECTS section after the entities, as DXF text
+  std::string blocks;            // block definitions (a BLOCKS section) as DXF text
 };
 
 // Draws a modern drawing of one layer (red unless set up otherwise) into 100 x 100
@@ -41,7 +42,10 @@ class ModernRender {
     std::string header = setup.header.empty() ? ""
                                               : DxfText({{0, "SECTION"}, {2, "HEADER"}}) + setup.header +
                                                     DxfText({{0, "ENDSEC"}});
-    const std::string text = header + layers + DxfText({{0, "SECTION"}, {2, "ENTITIES"}}) +
+    const std::string blocks = setup.blocks.empty() ? ""
+                                                    : DxfText({{0, "SECTION"}, {2, "BLOCKS"}}) +
+                                                          setup.blocks + DxfText({{0, "ENDSEC"}});
+    const std::string text = header + layers + blocks + DxfText({{0, "SECTION"}, {2, "ENTITIES"}}) +
                              DxfText(entities) + DxfText({{0, "ENDSEC"}}) + setup.objects +
                              DxfText({{0, "EOF"}});
     if (setup.folder.empty()) {

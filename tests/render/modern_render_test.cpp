@@ -362,5 +362,89 @@ TEST(Images, APictureShowsWithinItsClipAndAMissingOneAsItsFrame) {
   EXPECT_FALSE(render.Inked(80, 95));                           // and no picture inside it
 }
 
+// Two references to a line across the view: the lower one clipped to the left half, the
+// upper one by an inverted clip whose hole is the middle fifth (XCLIP).
+TEST(Clipping, ABlockReferenceShowsOnlyWhatItsSpatialFilterKeeps) {
+  const Pairs entities{{0, "INSERT"},
+                       {5, "A0"},
+                       {102, "{ACAD_XDICTIONARY"},
+                       {360, "B0"},
+                       {102, "}"},
+                       {2, "LINEB"},
+                       {10, "0"},
+                       {20, "30"},
+                       {0, "INSERT"},
+                       {5, "A1"},
+                       {102, "{ACAD_XDICTIONARY"},
+                       {360, "C0"},
+                       {102, "}"},
+                       {2, "LINEB"},
+                       {10, "0"},
+                       {20, "70"}};
+  auto filter = [](const char* handle, const char* right, const char* dy, const char* extension) {
+    Pairs f{{0, "SPATIAL_FILTER"}, {5, handle}};
+    if (*extension) f.insert(f.end(), {{102, "{ACAD_XDICTIONARY"}, {360, extension}, {102, "}"}});
+    f.insert(f.end(), {{100, "AcDbSpatialFilter"},
+                       {70, "2"},
+                       {10, "0"},
+                       {20, "0"},
+                       {10, right},
+                       {20, "100"},
+                       {71, "1"},
+                       {40, "1"},
+                       {40, "0"},
+                       {40, "0"},
+                       {40, "0"},
+                       {40, "0"},
+                       {40, "1"},
+                       {40, "0"},
+                       {40, dy},
+                       {40, "0"},
+                       {40, "0"},
+                       {40, "1"},
+                       {40, "0"}});
+    return f;
+  };
+  auto dictionary = [](const char* handle, const char* name, const char* entry) {
+    return Pairs{{0, "DICTIONARY"}, {5, handle}, {3, name}, {360, entry}};
+  };
+  Pairs objects{{0, "SECTION"}, {2, "OBJECTS"}};
+  for (const Pairs& p : {dictionary("B0", "ACAD_FILTER", "B1"), dictionary("B1", "SPATIAL", "B2"),
+                         filter("B2", "50", "-30", ""), dictionary("C0", "ACAD_FILTER", "C1"),
+                         dictionary("C1", "SPATIAL", "C2"), filter("C2", "100", "-70", "C3"),
+                         dictionary("C3", "ACAD_XREC_ROUNDTRIP", "C4"),
+                         Pairs{{0, "XRECORD"},
+                               {5, "C4"},
+                               {102, "ACAD_INVERTEDCLIP_ROUNDTRIP"},
+                               {10, "40"},
+                               {20, "0"},
+                               {10, "60"},
+                               {20, "0"},
+                               {10, "60"},
+                               {20, "100"},
+                               {10, "40"},
+                               {20, "100"}},
+                         Pairs{{0, "ENDSEC"}}})
+    objects.insert(objects.end(), p.begin(), p.end());
+  RenderSetup setup;
+  setup.objects = DxfText(objects);
+  setup.blocks = DxfText({{0, "BLOCK"},
+                          {2, "LINEB"},
+                          {0, "LINE"},
+                          {8, "0"},
+                          {10, "0"},
+                          {20, "0"},
+                          {11, "100"},
+                          {21, "0"},
+                          {0, "ENDBLK"}});
+  ModernRender render(entities, setup);
+  ASSERT_TRUE(render.drawn());
+  EXPECT_TRUE(render.InkedNear(25, 70));   // the lower line's left half
+  EXPECT_FALSE(render.InkedNear(75, 70));  // and not its right half
+  EXPECT_TRUE(render.InkedNear(25, 30));   // the upper line outside the hole
+  EXPECT_FALSE(render.InkedNear(50, 30));  // not in it
+  EXPECT_TRUE(render.InkedNear(75, 30));
+}
+
 }  // namespace
 }  // namespace dxfimport

@@ -19,7 +19,7 @@ bool Drawing::InitDrawing(bool clearAll) {
     EntityTables::Clear();
     DashPatterns = {};
     PointDisplay = {};
-    ClipBoxes = {};
+    Clips = {};
     DefaultLineWeight = 25;
     Layers = {};
     PendingInserts = {};

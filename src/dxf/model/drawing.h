@@ -186,9 +186,10 @@ class Drawing : public EntityTables {
   static constexpr int32_t kFirstDashPattern = 16;
   std::vector<std::vector<double>> DashPatterns;
   PointStyle PointDisplay;
-  // Boxes (drawing units) that the rows after a kKindClip entry are clipped to: the
-  // viewports of a paper-space layout that show model space.
-  std::vector<Box> ClipBoxes;
+  // The regions that the rows after a kKindClip entry are clipped to, until
+  // the entry that ends it: the viewports of a paper-space layout that show model space,
+  // and the spatial filters of clipped block references. Clips nest.
+  std::vector<ClipRegion> Clips;
   int16_t DefaultLineWeight = 25;  // $LWDEFAULT
   int16_t InsUnits = 0;            // $INSUNITS: the drawing unit (0: not said)
 

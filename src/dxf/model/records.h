@@ -244,6 +244,13 @@ struct PictureFile {
   bool Underlay = false;
 };
 
+// A clip of the rows drawn after a kKindClip entry: what lies inside an odd number of its
+// loops (drawing units) is drawn. A viewport's frame, or a clipped block reference's
+// boundary (with the hole of an inverted clip as a second loop).
+struct ClipRegion {
+  std::vector<std::vector<PointD>> Loops;
+};
+
 // An INSERT kept inside a block definition (modern profile): expanded when the block
 // that holds it is inserted. Copy (c, r) of a MINSERT grid lands at
 // Frame * translate(c * ColumnSpacing, r * RowSpacing) * Local.
@@ -279,7 +286,7 @@ enum EntityKind : int32_t {
   kKindPoint = 10,
   kKindRay = 11,
   kKindInsert = 12,  // only inside block definitions
-  kKindClip = 13,    // what follows is clipped to ClipBoxes[Index - 1] (Index 0 ends it)
+  kKindClip = 13,    // what follows is clipped to Clips[Index - 1] (Index 0 ends the last clip)
   kKindMText = 14,
   kKindImage = 15,
 };

@@ -156,7 +156,9 @@ bool ModernReader::DXFInsert() {
   attribOwner_ = style;
   InsertRef ref = ReadInsertRef(BlockRow(Text(2)), style);
   if (!ref.Frame.IsFinite() || !ref.Local.IsFinite()) return true;
+  const std::size_t first = drawing_.DrawSeq.size();
   PlaceInsert(ref);
+  NoteClippable(ref, first);
   return true;
 }
 

@@ -88,7 +88,8 @@ bool ModernReader::DXFUnderlay() {
   frame.Picture = PictureRow(Value(340), true);
   const PointD at = Point(10);
   frame.Origin = at;
-  const Affine local = Affine::Translate(at.x, at.y) * Affine::Rotate(Num(50)) * Affine::Scaling(Num(41, 1), Num(42, 1));
+  const Affine local =
+      Affine::Translate(at.x, at.y) * Affine::Rotate(Num(50)) * Affine::Scaling(Num(41, 1), Num(42, 1));
   for (const PointD& p : ClipBoundary(11)) frame.Clip.push_back(local.Apply(p));
   Emit(Placed(frame, Placement(Num(30))));
   return true;
@@ -110,9 +111,9 @@ void ModernReader::ResolvePictures() {
       ctx_.outcome.Report.Note("underlay drawn as its frame: " + name, 0);
       continue;
     }
-    picture.Path = picture.Name.empty()
-                       ? ""
-                       : FindReferencedFile(picture.Name, ctx_.options.DrawingFile, ctx_.options.ImageFolders);
+    picture.Path = picture.Name.empty() ? ""
+                                        : FindReferencedFile(picture.Name, ctx_.options.DrawingFile,
+                                                             ctx_.options.ImageFolders);
     ctx_.outcome.Report.Note((picture.Path.empty() ? "image missing: " : "image found: ") + name, 0);
   }
 }

@@ -114,6 +114,13 @@ class ModernReader : public ProfileReader {
   bool DXFLwPolyline();
   bool DXFMesh();
   bool DXFMline();
+  // Block references clipped by a spatial filter (clips.cpp).
+  uint64_t ExtensionDictionary() const;
+  void NoteClippable(const InsertRef& ref, std::size_t firstEntry);
+  bool DXFDictionary();
+  bool DXFSpatialFilter();
+  bool DXFXRecord();
+  void ApplyClips();
   // Images and underlays (images.cpp).
   bool DXFImage();
   bool DXFUnderlay();
@@ -257,6 +264,22 @@ class ModernReader : public ProfileReader {
   std::vector<std::string> tableLineTypes_;
   std::vector<std::string> classes_;
   std::unordered_map<uint64_t, int32_t> pictureRows_;  // definition handle -> row of Pictures
+  // Clipped block references: model-space inserts with an extension dictionary, the
+  // dictionary entries on the way to a spatial filter, and the filters.
+  struct Clippable {
+    uint64_t dictionary = 0;
+    Affine toWorld;        // block coordinates to the world
+    std::size_t from, to;  // the insert's entries in the drawing order
+  };
+  std::vector<Clippable> clippable_;
+  std::unordered_map<uint64_t, uint64_t> filterLinks_;  // dictionary -> its ACAD_FILTER or SPATIAL entry
+  struct SpatialFilter {
+    std::vector<PointD> boundary;
+    Affine toBlock;          // the world at clipping time to block coordinates
+    uint64_t extension = 0;  // its extension dictionary (an inverted clip's hole)
+  };
+  std::unordered_map<uint64_t, SpatialFilter> spatialFilters_;
+  std::unordered_map<uint64_t, std::vector<PointD>> invertedHoles_;  // XRECORD -> hole
   // A viewport of a layout that shows model space in plan view: where it is on the paper
   // (centre 10/20, size 40/41) and what it shows (view centre 12/22 about the target
   // 17/27, view height 45, twist 51).

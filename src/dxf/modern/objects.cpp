@@ -81,10 +81,25 @@ void ModernReader::ShowModelSpaceIn(int32_t layout, const EntityTables& model) {
     const Affine toPaper = Affine::Translate(v.centre.x, v.centre.y) * Affine::Scaling(scale, scale) *
                            Affine::Translate(-v.viewCentre.x, -v.viewCentre.y) * Affine::Rotate(-v.twist) *
                            Affine::Translate(-v.target.x, -v.target.y);
-    drawing_.ClipBoxes.push_back({v.centre.x - v.width / 2, v.centre.y - v.height / 2,
-                                  v.centre.x + v.width / 2, v.centre.y + v.height / 2});
-    drawing_.DrawSeq.push_back({kKindClip, int32_t(drawing_.ClipBoxes.size())});
+    const double w = v.width / 2, h = v.height / 2;
+    drawing_.Clips.push_back({{{{v.centre.x - w, v.centre.y - h},
+                                {v.centre.x + w, v.centre.y - h},
+                                {v.centre.x + w, v.centre.y + h},
+                                {v.centre.x - w, v.centre.y + h}}}});
+    drawing_.DrawSeq.push_back({kKindClip, int32_t(drawing_.Clips.size())});
     for (const SeqEntry& entry : model.DrawSeq) {
+      if (entry.Kind == kKindClip) {  // a clipped block reference of model space
+        if (entry.Index >= 1 && std::size_t(entry.Index) <= drawing_.Clips.size()) {
+          ClipRegion clip = drawing_.Clips[std::size_t(entry.Index - 1)];
+          for (auto& loop : clip.Loops)
+            for (PointD& p : loop) p = toPaper.Apply(p);
+          drawing_.Clips.push_back(std::move(clip));
+          drawing_.DrawSeq.push_back({kKindClip, int32_t(drawing_.Clips.size())});
+        } else {
+          drawing_.DrawSeq.push_back({kKindClip, 0});
+        }
+        continue;
+      }
       VisitRow(model, entry, [&](const auto& row) {
         if constexpr (!std::is_same_v<std::decay_t<decltype(row)>, InsertRef>) {
           PlaceInto(row, toPaper, [this](const auto& placed) { drawing_.Add(placed); });

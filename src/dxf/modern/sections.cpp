@@ -38,6 +38,9 @@ const ModernReader::Kind* ModernReader::FindKind(std::string_view name) {
       {"CLASS", "DXFClass", &ModernReader::DXFClass, kInClasses},
       {"LAYOUT", "DXFLayout", &ModernReader::DXFLayout, kInObjects},
       {"SORTENTSTABLE", "DXFSortEnts", &ModernReader::DXFSortEnts, kInObjects},
+      {"DICTIONARY", "DXFDictionary", &ModernReader::DXFDictionary, kInObjects},
+      {"SPATIAL_FILTER", "DXFSpatialFilter", &ModernReader::DXFSpatialFilter, kInObjects},
+      {"XRECORD", "DXFSpatialFilter", &ModernReader::DXFXRecord, kInObjects},
       {"BLOCK", "DXFBlock", &ModernReader::DXFBlock, kInEntities},
       {"ENDBLK", "LoadDXF", &ModernReader::DXFEndBlock, kInEntities},
       {"LINE", "DXFLine", &ModernReader::DXFLine, kInEntities},
@@ -242,6 +245,7 @@ bool ModernReader::Read() {
   if (!goOn && ctx_.outcome.StoppedIn.empty()) ctx_.StopAt("LoadDXF");
   try {
     if (inPolyline_) FinishPolyline();
+    ApplyClips();
     ApplyDrawOrder();
     if (!ctx_.outcome.Cancelled) ChooseLayout();
     // Every drawing has a layer "0", even one written without a layer table.
