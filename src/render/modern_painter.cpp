@@ -45,7 +45,8 @@ class ModernPainter : public EntityPainter {
   bool VisibleRow(const Box& units, double margin = 2) const;
   template <class Row>
   bool WorthLayingOut(const Row& text) const;
-  QColor ColorOf(int32_t value, int32_t layer) const;
+  // The ink of a colour value on `layer`, as opaque as `alpha` says.
+  QColor ColorOf(int32_t value, int32_t layer, uint8_t alpha = kOpaque) const;
   double WeightPixels(int16_t weight) const;
   void UsePen(QColor color, double width, int32_t style);
   // The brush for the fills that follow (an invalid colour: no fill).
@@ -64,7 +65,7 @@ class ModernPainter : public EntityPainter {
   void FillLoops(const std::vector<std::vector<PointD>>& loops, const QBrush& brush);
   QPainterPath LoopsPath(const std::vector<std::vector<PointD>>& loops) const;
   QBrush GradientBrush(const HatchEntity& h);
-  void DrawText(const TextLayout& layout, int32_t colorValue, int32_t layer);
+  void DrawText(const TextLayout& layout, int32_t colorValue, int32_t layer, uint8_t alpha);
   void DrawPoint(const PointEntity& p);
   void DrawRay(const RayEntity& r);
   void DrawImage(const ImageEntity& image);
@@ -152,13 +153,16 @@ bool ModernPainter::VisibleRow(const Box& u, double margin) const {
   return u.maxX >= z.left - m && u.minX <= z.right + m && u.maxY >= z.bottom - m && u.minY <= z.top + m;
 }
 
-QColor ModernPainter::ColorOf(int32_t value, int32_t layer) const {
+QColor ModernPainter::ColorOf(int32_t value, int32_t layer, uint8_t alpha) const {
   const int32_t bgr = job_.View.InkOf(drawing_, layer, value, foreground_, toPrinter_);
   if (bgr != lastBgr_) {
     lastBgr_ = bgr;
     lastColor_ = QColor::fromRgb(qRgb(bgr & 0xFF, (bgr >> 8) & 0xFF, (bgr >> 16) & 0xFF));
   }
-  return lastColor_;
+  if (alpha >= kOpaque) return lastColor_;
+  QColor see = lastColor_;
+  see.setAlpha(alpha);
+  return see;
 }
 
 // A line weight in pixels at the picture's resolution, or 0 (a one-pixel pen) when line
@@ -171,7 +175,7 @@ double ModernPainter::WeightPixels(int16_t weight) const {
 }
 
 void ModernPainter::UsePen(QColor color, double width, int32_t style) {
-  const PenKey key{color.rgb(), width, style};
+  const PenKey key{color.rgba(), width, style};
   if (key == penKey_) return;
   penKey_ = key;
   // Entities of a few layers alternate: the pens are made once and handed out again.
@@ -218,14 +222,15 @@ void ModernPainter::Draw(const SeqEntry& entry) {
       if (LayerOn(row.Layer)) DrawSegment(row, entry.Index);
     } else if constexpr (std::is_same_v<Row, TextEntity>) {
       if (LayerOn(row.Layer) && WorthLayingOut(row))
-        DrawText(job_.Caches.Texts.Of(row, kKindText, entry.Index, drawing_), row.Color, row.Layer);
+        DrawText(job_.Caches.Texts.Of(row, kKindText, entry.Index, drawing_), row.Color, row.Layer,
+                 row.Alpha);
     } else if constexpr (std::is_same_v<Row, AttribEntity>) {
       if (LayerOn(row.Text.Layer) && job_.View.AttributesVisible && WorthLayingOut(row.Text))
         DrawText(job_.Caches.Texts.Of(row.Text, kKindAttrib, entry.Index, drawing_), row.Text.Color,
-                 row.Text.Layer);
+                 row.Text.Layer, row.Text.Alpha);
     } else if constexpr (std::is_same_v<Row, MTextEntity>) {
       if (LayerOn(row.Layer) && WorthLayingOut(row))
-        DrawText(job_.Caches.Texts.Of(row, entry.Index, drawing_), row.Color, row.Layer);
+        DrawText(job_.Caches.Texts.Of(row, entry.Index, drawing_), row.Color, row.Layer, row.Alpha);
     } else if constexpr (std::is_same_v<Row, ArcEntity>) {
       if (LayerOn(row.Layer)) DrawArc(row);
     } else if constexpr (std::is_same_v<Row, EllipseEntity>) {
@@ -273,12 +278,12 @@ void ModernPainter::StrokeLine(QPointF a, QPointF b) {
 }
 
 void ModernPainter::DrawLine(const LineEntity& l) {
-  UsePen(ColorOf(l.Color, l.Layer), WeightPixels(l.LineWeight), l.LineType);
+  UsePen(ColorOf(l.Color, l.Layer, l.Alpha), WeightPixels(l.LineWeight), l.LineType);
   StrokeLine(At(l.X1, l.Y1), At(l.X2, l.Y2));
 }
 
 void ModernPainter::DrawSegment(const PolySegment& s, int32_t row) {
-  const QColor color = ColorOf(s.Color, s.Layer);
+  const QColor color = ColorOf(s.Color, s.Layer, s.Alpha);
   if (std::max(std::abs(s.Width), std::abs(s.EndWidth)) * e_.ViewScale > 1.5)
     return DrawWideSegment(s, row, color);
   UsePen(color, WeightPixels(s.LineWeight), s.LineType);
@@ -318,7 +323,7 @@ void ModernPainter::DrawArc(const ArcEntity& a) {
   const bool inside =
       circle.minX >= z.left && circle.maxX <= z.right && circle.minY >= z.bottom && circle.maxY <= z.top;
   if (!inside && !VisibleRow(RowBox(a))) return;
-  UsePen(ColorOf(a.Color, a.Layer), WeightPixels(a.LineWeight), a.LineType);
+  UsePen(ColorOf(a.Color, a.Layer, a.Alpha), WeightPixels(a.LineWeight), a.LineType);
   const Sweep sweep =
       a.StartAngle == a.EndAngle ? Sweep{} : SweepOf(Radians(a.StartAngle), Radians(a.EndAngle));
   StrokeCurve({a.CenterX, a.CenterY}, {a.Radius, 0}, {0, a.Radius}, sweep.start, sweep.end);
@@ -326,7 +331,7 @@ void ModernPainter::DrawArc(const ArcEntity& a) {
 
 void ModernPainter::DrawEllipse(const EllipseEntity& el) {
   if (!VisibleRow(RowBox(el))) return;
-  UsePen(ColorOf(el.Color, el.Layer), WeightPixels(el.LineWeight), el.LineType);
+  UsePen(ColorOf(el.Color, el.Layer, el.Alpha), WeightPixels(el.LineWeight), el.LineType);
   StrokeCurve({el.CenterX, el.CenterY}, {el.UX, el.UY}, {el.VX, el.VY}, el.Start,
               std::min(el.End, el.Start + 2 * M_PI));
 }
@@ -399,7 +404,8 @@ void ModernPainter::DrawHatch(const HatchEntity& h) {
   if (loops.empty() || !Visible(box)) return;
   if (h.Filling == HatchEntity::Fill::Pattern) return DrawPatternLines(h, loops, box);
   if (h.Filling == HatchEntity::Fill::Gradient) return FillLoops(loops, GradientBrush(h));
-  const QColor color = h.Filling == HatchEntity::Fill::Background ? background_ : ColorOf(h.Color, h.Layer);
+  const QColor color =
+      h.Filling == HatchEntity::Fill::Background ? background_ : ColorOf(h.Color, h.Layer, h.Alpha);
   FillLoops(loops, color);
 }
 
@@ -424,7 +430,7 @@ void ModernPainter::FillLoops(const std::vector<std::vector<PointD>>& loops, con
 QBrush ModernPainter::GradientBrush(const HatchEntity& h) {
   const HatchGradient& g = h.Gradient;
   const GradientSpan span = GradientSpanOf(h);
-  const QColor from = ColorOf(g.From, h.Layer), to = ColorOf(g.To, h.Layer);
+  const QColor from = ColorOf(g.From, h.Layer, h.Alpha), to = ColorOf(g.To, h.Layer, h.Alpha);
   auto mixed = [&from, &to](double k) {
     return QColor::fromRgbF(float(from.redF() + (to.redF() - from.redF()) * k),
                             float(from.greenF() + (to.greenF() - from.greenF()) * k),
@@ -460,7 +466,7 @@ QPainterPath ModernPainter::LoopsPath(const std::vector<std::vector<PointD>>& lo
 // is drawn as a tint: the boundary filled with the colour at half cover.
 void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<std::vector<PointD>>& loops,
                                      const Box& box) {
-  const QColor color = ColorOf(h.Color, h.Layer);
+  const QColor color = ColorOf(h.Color, h.Layer, h.Alpha);
   const QRectF area = QRectF(QPointF(box.minX, box.minY), QPointF(box.maxX, box.maxY))
                           .intersected(view_.adjusted(-2, -2, 2, 2));
   if (area.isEmpty()) return;
@@ -509,7 +515,7 @@ void ModernPainter::DrawPatternLines(const HatchEntity& h, const std::vector<std
 // A laid-out text: its background, its glyph runs and its strokes, mapped from its
 // frame to the device. Text whose capitals would be lower than a pixel and a half, or far
 // larger than the picture, is left out.
-void ModernPainter::DrawText(const TextLayout& layout, int32_t colorValue, int32_t layer) {
+void ModernPainter::DrawText(const TextLayout& layout, int32_t colorValue, int32_t layer, uint8_t alpha) {
   const double capPixels = layout.height * e_.ViewScale;
   if (!(capPixels >= kSmallestTextPixels) || capPixels > 16.0 * std::max(e_.DeviceWidth, e_.DeviceHeight))
     return;
@@ -517,11 +523,11 @@ void ModernPainter::DrawText(const TextLayout& layout, int32_t colorValue, int32
   QRectF covered = layout.box;
   if (layout.fill) covered |= *layout.fill;
   if (!toDevice.mapRect(covered).intersects(view_)) return;
-  const QColor own = ColorOf(colorValue, layer);
+  const QColor own = ColorOf(colorValue, layer, alpha);
   penKey_ = {0, -1, -1};
   if (layout.fill) {
     painter_.setPen(Qt::NoPen);
-    UseBrush(layout.fillBackground ? background_ : ColorOf(layout.fillColor, layer));
+    UseBrush(layout.fillBackground ? background_ : ColorOf(layout.fillColor, layer, alpha));
     painter_.drawPolygon(toDevice.map(QPolygonF(*layout.fill)));
   }
   // Glyphs and their strokes with smoothed edges; the painter's state is put back by
@@ -532,13 +538,14 @@ void ModernPainter::DrawText(const TextLayout& layout, int32_t colorValue, int32
     const QTransform glyphs(run.scale * run.widthScale, 0, -run.shear * run.scale, -run.scale, run.origin.x(),
                             run.origin.y());
     painter_.setTransform(glyphs * toDevice * base_);
-    painter_.setPen(run.color ? ColorOf(run.color, layer) : own);
+    painter_.setPen(run.color ? ColorOf(run.color, layer, alpha) : own);
     painter_.drawGlyphRun(QPointF(0, 0), run.glyphs);
   }
   fonts.unlock();
   painter_.setTransform(base_);
   for (const TextLayout::Stroke& stroke : layout.strokes) {
-    painter_.setPen(QPen(stroke.color ? ColorOf(stroke.color, layer) : own, std::max(1.0, capPixels * 0.07)));
+    painter_.setPen(
+        QPen(stroke.color ? ColorOf(stroke.color, layer, alpha) : own, std::max(1.0, capPixels * 0.07)));
     painter_.drawLine(toDevice.map(stroke.line));
   }
   painter_.setRenderHint(QPainter::Antialiasing, job_.View.Display.Antialias);
@@ -585,7 +592,7 @@ void ModernPainter::DrawRay(const RayEntity& r) {
   const QPointF dir(r.DX * e_.ViewScale, -r.DY * e_.ViewScale);
   double t0 = r.BothWays ? -1e300 : 0, t1 = 1e300;
   if (!ClipLineRange(base, dir, view_.adjusted(-2, -2, 2, 2), t0, t1)) return;
-  UsePen(ColorOf(r.Color, r.Layer), WeightPixels(r.LineWeight), r.LineType);
+  UsePen(ColorOf(r.Color, r.Layer, r.Alpha), WeightPixels(r.LineWeight), r.LineType);
   painter_.drawLine(QLineF(base + dir * t0, base + dir * t1));
 }
 
@@ -622,13 +629,13 @@ void ModernPainter::DrawImage(const ImageEntity& image) {
                              image.Origin.x + image.Height.x, image.Origin.y + image.Height.y);
   painter_.setTransform(toDrawing * device_ * base_);
   painter_.setRenderHint(QPainter::SmoothPixmapTransform, true);
-  painter_.setOpacity(1 - image.Fade / 100.0);
+  painter_.setOpacity((1 - image.Fade / 100.0) * image.Alpha / 255.0);
   painter_.drawImage(QPointF(0, 0), picture);
   painter_.restore();
 }
 
 void ModernPainter::DrawPictureFrame(const ImageEntity& image) {
-  const QColor color = ColorOf(image.Color, image.Layer);
+  const QColor color = ColorOf(image.Color, image.Layer, image.Alpha);
   UsePen(color, 0, 0);
   std::vector<PointD> frame = image.Clip;
   if (frame.empty() && (image.Width != PointD{} || image.Height != PointD{}))

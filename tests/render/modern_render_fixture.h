@@ -20,6 +20,7 @@ struct RenderSetup {
   std::string folder;            // when set, the drawing is read from a file written here
   std::string objects;           // an OBJECTS section after the entities, as DXF text
   std::string blocks;            // block definitions (a BLOCKS section) as DXF text
+  Pairs layers;                  // LAYER entries after layer 0
 };
 
 // Draws a modern drawing of one layer (red unless set up otherwise) into 100 x 100
@@ -31,14 +32,10 @@ class ModernRender {
     std::string lineTypes = setup.lineTypes.empty() ? ""
                                                     : DxfText({{0, "TABLE"}, {2, "LTYPE"}}) +
                                                           DxfText(setup.lineTypes) + DxfText({{0, "ENDTAB"}});
-    std::string layers = DxfText({{0, "SECTION"}, {2, "TABLES"}}) + lineTypes +
-                         DxfText({{0, "TABLE"},
-                                  {2, "LAYER"},
-                                  {0, "LAYER"},
-                                  {2, "0"},
-                                  {62, setup.layerColor},
-                                  {0, "ENDTAB"},
-                                  {0, "ENDSEC"}});
+    std::string layers =
+        DxfText({{0, "SECTION"}, {2, "TABLES"}}) + lineTypes +
+        DxfText({{0, "TABLE"}, {2, "LAYER"}, {0, "LAYER"}, {2, "0"}, {62, setup.layerColor}}) +
+        DxfText(setup.layers) + DxfText({{0, "ENDTAB"}, {0, "ENDSEC"}});
     std::string header = setup.header.empty() ? ""
                                               : DxfText({{0, "SECTION"}, {2, "HEADER"}}) + setup.header +
                                                     DxfText({{0, "ENDSEC"}});

@@ -446,5 +446,43 @@ TEST(Clipping, ABlockReferenceShowsOnlyWhatItsSpatialFilterKeeps) {
   EXPECT_TRUE(render.InkedNear(75, 30));
 }
 
+// A blue fill half transparent (440) over a red line; a line on a layer whose extended
+// data makes it half transparent; a block of one line "by block" in an insert that is.
+TEST(Transparency, EntitiesLayersAndBlocksAreDrawnWithTheirAlpha) {
+  const std::string half = std::to_string(0x02000000 | 127);
+  RenderSetup setup;
+  setup.layers = {{0, "LAYER"}, {2, "GLASS"}, {62, "1"}, {1001, "AcCmTransparency"}, {1071, half}};
+  setup.blocks = DxfText({{0, "BLOCK"},
+                          {2, "B"},
+                          {0, "LINE"},
+                          {8, "0"},
+                          {62, "1"},
+                          {440, std::to_string(0x01000000)},
+                          {10, "0"},
+                          {20, "0"},
+                          {11, "100"},
+                          {21, "0"},
+                          {0, "ENDBLK"}});
+  ModernRender render(
+      {{0, "LINE"}, {62, "1"},   {10, "0"},   {20, "50"}, {11, "100"},   {21, "50"},  {0, "HATCH"},
+       {62, "5"},   {440, half}, {70, "1"},   {91, "1"},  {92, "1"},     {93, "4"},   {72, "1"},
+       {10, "40"},  {20, "40"},  {11, "60"},  {21, "40"}, {72, "1"},     {10, "60"},  {20, "40"},
+       {11, "60"},  {21, "60"},  {72, "1"},   {10, "60"}, {20, "60"},    {11, "40"},  {21, "60"},
+       {72, "1"},   {10, "40"},  {20, "60"},  {11, "40"}, {21, "40"},    {0, "LINE"}, {8, "GLASS"},
+       {10, "0"},   {20, "20"},  {11, "100"}, {21, "20"}, {0, "INSERT"}, {2, "B"},    {440, half},
+       {10, "0"},   {20, "80"}},
+      setup);
+  ASSERT_TRUE(render.drawn());
+  auto near = [](QRgb c, int r, int g, int b) {
+    return std::abs(qRed(c) - r) < 20 && std::abs(qGreen(c) - g) < 20 && std::abs(qBlue(c) - b) < 20;
+  };
+  EXPECT_TRUE(near(render.Pixel(50, 45), 128, 128, 255))
+      << std::hex << render.Pixel(50, 45);                                                   // fill on white
+  EXPECT_TRUE(near(render.Pixel(50, 50), 128, 0, 128)) << std::hex << render.Pixel(50, 50);  // over the line
+  EXPECT_TRUE(near(render.Pixel(10, 50), 255, 0, 0));                                        // the line alone
+  EXPECT_TRUE(near(render.Pixel(10, 80), 255, 128, 128)) << std::hex << render.Pixel(10, 80);  // the layer's
+  EXPECT_TRUE(near(render.Pixel(10, 20), 255, 128, 128)) << std::hex << render.Pixel(10, 20);  // by block
+}
+
 }  // namespace
 }  // namespace dxfimport

@@ -26,6 +26,14 @@ inline constexpr int16_t kWeightByLayer = -1;
 inline constexpr int16_t kWeightByBlock = -2;
 inline constexpr int16_t kWeightDefault = -3;
 
+// Opacity of a row (modern profile): 255 opaque down to 25 (90 % transparent, the most
+// CAD tools allow). Inside a block definition two values stand for "by block" and "by
+// layer" until an insert resolves them.
+inline constexpr uint8_t kOpaque = 255;
+inline constexpr uint8_t kAlphaByBlock = 1;
+inline constexpr uint8_t kAlphaByLayer = 2;
+inline constexpr uint8_t kLeastAlpha = 25;
+
 // Pen styles "by layer" and "by block" while a block definition is read (modern); an
 // insert replaces them.
 inline constexpr int32_t kLineTypeByLayer = -1;
@@ -38,6 +46,7 @@ struct LineEntity {
   int32_t Color = 0;
   int32_t LineType = 0;
   int16_t LineWeight = kWeightDefault;  // modern profile
+  uint8_t Alpha = kOpaque;              // modern profile
 };
 
 // One segment of a polyline, from the previous vertex to this one.
@@ -54,6 +63,7 @@ struct PolySegment {
   int32_t LineType = 0;
   int16_t LineWeight = kWeightDefault;
   bool Joined = false;
+  uint8_t Alpha = kOpaque;
 };
 
 // Mirror flags of a text (group 71 of TEXT and STYLE).
@@ -74,11 +84,12 @@ struct TextEntity {
   std::string FontName;   // font face, at most 20 characters
   double FontFactor = 0;  // size factor that goes with the face
   // Modern profile:
-  int32_t VertJustify = 0;        // 73 (74 of an ATTRIB): baseline, bottom, middle, top
-  int32_t Style = 0;              // row of Drawing::TextStyles (0: none)
-  double WidthFactor = 1;         // 41
-  double Oblique = 0;             // 51, degrees
-  int32_t Mirror = 0;             // 71: kTextBackward, kTextUpsideDown
+  int32_t VertJustify = 0;  // 73 (74 of an ATTRIB): baseline, bottom, middle, top
+  int32_t Style = 0;        // row of Drawing::TextStyles (0: none)
+  double WidthFactor = 1;   // 41
+  double Oblique = 0;       // 51, degrees
+  int32_t Mirror = 0;       // 71: kTextBackward, kTextUpsideDown
+  uint8_t Alpha = kOpaque;
   double AlignX = 0, AlignY = 0;  // the second point (11/21) of an aligned or fitted text
 };
 
@@ -105,6 +116,7 @@ struct MTextEntity {
   int32_t FillFlags = 0;
   int32_t FillColor = 0;
   double FillScale = 1.5;
+  uint8_t Alpha = kOpaque;
   std::string Content;
 };
 
@@ -130,6 +142,7 @@ struct ArcEntity {
   int32_t Color = 0;
   int32_t LineType = 0;
   int16_t LineWeight = kWeightDefault;
+  uint8_t Alpha = kOpaque;  // modern profile
 };
 
 // An elliptic arc (modern profile): P(t) = centre + U cos t + V sin t for t from Start to
@@ -143,6 +156,7 @@ struct EllipseEntity {
   int32_t Color = 0;
   int32_t LineType = 0;
   int16_t LineWeight = kWeightDefault;
+  uint8_t Alpha = kOpaque;
 };
 
 // SOLID; the corners are kept in the order 1, 2, 4, 3 so that a polygon through them in
@@ -191,6 +205,7 @@ struct HatchEntity {
   std::vector<PatternLine> Pattern;  // Fill::Pattern
   HatchGradient Gradient;            // Fill::Gradient
   Fill Filling = Fill::Solid;
+  uint8_t Alpha = kOpaque;
   int32_t Layer = 0;
   int32_t Color = 0;
 };
@@ -218,6 +233,7 @@ struct RayEntity {
   int32_t Color = 0;
   int32_t LineType = 0;
   int16_t LineWeight = kWeightDefault;
+  uint8_t Alpha = kOpaque;
 };
 
 // IMAGE (modern profile): a raster picture laid on the drawing. Its lower-left corner is
@@ -232,6 +248,7 @@ struct ImageEntity {
   bool ClipInverted = false;
   int32_t Picture = 0;  // row of Drawing::Pictures
   int8_t Brightness = 50, Contrast = 50, Fade = 0;
+  uint8_t Alpha = kOpaque;
   int32_t Layer = 0;
   int32_t Color = 0;
 };
@@ -264,6 +281,7 @@ struct InsertRef {
   int32_t Color = 0;
   int32_t LineType = 0;
   int16_t LineWeight = kWeightDefault;
+  uint8_t Alpha = kOpaque;
 };
 
 struct LayerEntry {
@@ -272,6 +290,7 @@ struct LayerEntry {
   int32_t IsOn = -1;                    // -1 on, 0 off (frozen)
   int32_t LineType = 0;                 // pen style of group 6, for entities drawn "by layer" (modern)
   int16_t LineWeight = kWeightDefault;  // group 370 (modern)
+  uint8_t Alpha = kOpaque;              // the transparency of its extended data (modern)
 };
 
 enum EntityKind : int32_t {

@@ -77,14 +77,35 @@ void ModernReader::Restyle(Row& row, const Style& inherited) {
     else if (row.LineWeight == kWeightByLayer)
       row.LineWeight = own ? own->LineWeight : kWeightDefault;
   }
+  uint8_t* alpha = nullptr;
+  if constexpr (std::is_same_v<Row, AttribEntity>)
+    alpha = &row.Text.Alpha;
+  else if constexpr (requires { row.Alpha; })
+    alpha = &row.Alpha;
+  if (alpha && *alpha == kAlphaByBlock)
+    *alpha = inherited.Alpha;
+  else if (alpha && *alpha == kAlphaByLayer)
+    *alpha = own ? own->Alpha : kOpaque;
 }
 
 template <class Row>
-void ModernReader::Emit(const Row& row) {
+void ModernReader::Emit(const Row& given) {
+  const Row* row = &given;
+  Row withAlpha;
+  uint8_t* alpha = nullptr;
+  if constexpr (std::is_same_v<Row, AttribEntity>)
+    alpha = &withAlpha.Text.Alpha;
+  else if constexpr (requires { given.Alpha; })
+    alpha = &withAlpha.Alpha;
+  if (alpha && entityAlpha_ != kOpaque) {
+    withAlpha = given;
+    *alpha = entityAlpha_;
+    row = &withAlpha;
+  }
   if (output_)
-    drawing_.AddBlockRecord(output_, row);
+    drawing_.AddBlockRecord(output_, *row);
   else
-    drawing_.Add(row);
+    drawing_.Add(*row);
 }
 
 template void ModernReader::Emit(const LineEntity&);
@@ -148,6 +169,7 @@ InsertRef ModernReader::ReadInsertRef(int32_t block, const Style& style) {
   ref.ColumnSpacing = Num(44), ref.RowSpacing = Num(45);
   ref.Layer = style.Layer, ref.Color = style.Color;
   ref.LineType = style.LineType, ref.LineWeight = style.LineWeight;
+  ref.Alpha = style.Alpha;
   return ref;
 }
 
@@ -171,7 +193,7 @@ void ModernReader::PlaceInsert(const InsertRef& ref) {
   }
   if (!InsertAllowed(ref.Block) || MeasureBlock(ref.Block, 0).rows == 0 || !WithinBudget(ref)) return;
   Style inherited{ref.Layer, ref.Color == 0 ? (kColorOfLayer | ref.Layer) : ref.Color, ref.LineType,
-                  ref.LineWeight};
+                  ref.LineWeight, ref.Alpha};
   for (int32_t r = 0; r < ref.Rows; ++r)
     for (int32_t c = 0; c < ref.Columns; ++c) ExpandBlock(ref.Block, CopyTransform(ref, c, r), inherited, 1);
 }
@@ -254,7 +276,7 @@ void ModernReader::ExpandBlock(int32_t block, const Affine& m, const Style& inhe
         InsertRef ref = stored;
         Restyle(ref, inherited);
         Style child{ref.Layer, ref.Color == 0 ? (kColorOfLayer | ref.Layer) : ref.Color, ref.LineType,
-                    ref.LineWeight};
+                    ref.LineWeight, ref.Alpha};
         for (int32_t r = 0; r < ref.Rows; ++r)
           for (int32_t c = 0; c < ref.Columns; ++c)
             ExpandBlock(ref.Block, place * CopyTransform(ref, c, r), child, depth + 1);

@@ -47,8 +47,8 @@ bool ModernReader::DXFDictionary() {
   std::string_view name;
   for (const auto& [code, value] : pairs_) {
     if (code == 3) name = Trim(value);
-    if ((code == 350 || code == 360) && (name == "ACAD_FILTER" || name == "SPATIAL" || name == "ACAD_XREC_ROUNDTRIP") &&
-        self)
+    if ((code == 350 || code == 360) &&
+        (name == "ACAD_FILTER" || name == "SPATIAL" || name == "ACAD_XREC_ROUNDTRIP") && self)
       filterLinks_[self] = HandleNumber(value);
   }
   return true;
@@ -75,7 +75,8 @@ bool ModernReader::DXFSpatialFilter() {
     filter.boundary = {a, {b.x, a.y}, b, {a.x, b.y}};
   }
   filter.extension = ExtensionDictionary();
-  if (matrix.size() >= 12) filter.toBlock = {matrix[0], matrix[4], matrix[1], matrix[5], matrix[3], matrix[7]};
+  if (matrix.size() >= 12)
+    filter.toBlock = {matrix[0], matrix[4], matrix[1], matrix[5], matrix[3], matrix[7]};
   if (filter.boundary.size() >= 3 && filter.toBlock.IsFinite())
     spatialFilters_[HandleNumber(Value(5))] = std::move(filter);
   return true;
@@ -119,11 +120,14 @@ void ModernReader::ApplyClips() {
     // which is kept aside (the boundary itself runs around the frame and into the hole
     // through a slit, or around the frame alone).
     const auto roundTrip = filterLinks_.find(filter->second.extension);
-    const auto hole = roundTrip == filterLinks_.end() ? invertedHoles_.end() : invertedHoles_.find(roundTrip->second);
+    const auto hole =
+        roundTrip == filterLinks_.end() ? invertedHoles_.end() : invertedHoles_.find(roundTrip->second);
     if (hole != invertedHoles_.end()) {
       Box frame;
       for (const PointD& p : filter->second.boundary) frame.Add(p);
-      region.Loops = {{{frame.minX, frame.minY}, {frame.maxX, frame.minY}, {frame.maxX, frame.maxY},
+      region.Loops = {{{frame.minX, frame.minY},
+                       {frame.maxX, frame.minY},
+                       {frame.maxX, frame.maxY},
                        {frame.minX, frame.maxY}},
                       hole->second};
     }
@@ -138,21 +142,24 @@ void ModernReader::ApplyClips() {
   clippable_.clear();
   if (marks.empty()) return;
   // At one place, ends before starts.
-  std::stable_sort(marks.begin(), marks.end(),
-                   [](const Mark& a, const Mark& b) { return a.at != b.at ? a.at < b.at : !a.opens && b.opens; });
+  std::stable_sort(marks.begin(), marks.end(), [](const Mark& a, const Mark& b) {
+    return a.at != b.at ? a.at < b.at : !a.opens && b.opens;
+  });
   std::vector<SeqEntry>& seq = drawing_.DrawSeq;
   std::vector<SeqEntry> clipped;
   clipped.reserve(seq.size() + marks.size());
   std::size_t next = 0;
   for (std::size_t i = 0; i <= seq.size(); ++i) {
-    for (; next < marks.size() && marks[next].at == i; ++next) clipped.push_back({kKindClip, marks[next].clip});
+    for (; next < marks.size() && marks[next].at == i; ++next)
+      clipped.push_back({kKindClip, marks[next].clip});
     if (i < seq.size()) clipped.push_back(seq[i]);
   }
   // Where an entry at `old` lands: after every mark before it and every end at it. The
   // starts come in the order of the drawing, so one walk over the marks serves them all.
   std::size_t passed = 0;
   auto shifted = [&marks, &passed](std::size_t old) {
-    while (passed < marks.size() && (marks[passed].at < old || (marks[passed].at == old && !marks[passed].opens)))
+    while (passed < marks.size() &&
+           (marks[passed].at < old || (marks[passed].at == old && !marks[passed].opens)))
       ++passed;
     return old + passed;
   };

@@ -40,6 +40,7 @@ class ModernReader : public ProfileReader {
     int32_t Color = 0;
     int32_t LineType = 0;
     int16_t LineWeight = kWeightDefault;
+    uint8_t Alpha = kOpaque;
   };
 
  private:
@@ -90,6 +91,7 @@ class ModernReader : public ProfileReader {
   int32_t ColorValue() const;
   int32_t LineTypeValue(int32_t layer);
   int16_t LineWeightValue(int32_t layer) const;
+  uint8_t AlphaValue(int32_t layer) const;
 
   // Entities (entities.cpp, text.cpp, polylines.cpp, hatch.cpp).
   bool DXFLine();
@@ -243,6 +245,7 @@ class ModernReader : public ProfileReader {
   std::vector<int32_t> expanding_;  // blocks being expanded, outermost first
   int32_t layerZero_ = 0;           // row of layer "0", found when first needed
   Style attribOwner_;               // the last INSERT, which the ATTRIBs that follow belong to
+  uint8_t entityAlpha_ = kOpaque;   // the opacity of the entity being read: every row it emits has it
 
   // Polyline state.
   bool inPolyline_ = false;

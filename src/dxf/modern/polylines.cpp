@@ -92,8 +92,9 @@ void ModernReader::FinishPolyline() {
     Affine toBlock;
     ~Restore() { r.output_ = output, r.toBlock_ = toBlock; }
   } restore{*this, output_, toBlock_};
-  // The polyline's rows go where its header was read.
+  // The polyline's rows go where its header was read, as transparent as it is.
   output_ = polyline_.output;
+  entityAlpha_ = polyline_.style.Alpha;
   if (polyline_.flags & kPolyface) return EmitPolyface();
   if (polyline_.flags & kPolygonMesh) return EmitPolygonMesh();
   EmitPolylinePath(polyline_.vertices, polyline_.flags & kClosed, polyline_.style, polyline_.place);

@@ -343,6 +343,7 @@ void ModernReader::ReadOne(const Kind& kind) {
     why = "a group code line that is no number";
   } else {
     try {
+      entityAlpha_ = kOpaque;
       (this->*kind.handler)();
       return;
     } catch (const RunTimeError& e) {

@@ -15,6 +15,20 @@
 
 namespace dxfimport {
 
+namespace {
+
+// A transparency value (440, or 1071 of a layer's AcCmTransparency): bit 24 "by block",
+// bit 25 an opacity in the low byte; anything else is "by layer".
+enum class Transparency { ByLayer, ByBlock, Own };
+Transparency TransparencyKind(int64_t value) {
+  if (value & 0x01000000) return Transparency::ByBlock;
+  if (value & 0x02000000) return Transparency::Own;
+  return Transparency::ByLayer;
+}
+uint8_t OpacityOf(int64_t value) { return uint8_t(std::max<int64_t>(kLeastAlpha, value & 0xFF)); }
+
+}  // namespace
+
 // A layer that is off in the file (negative colour) is off here; a true colour (420)
 // wins over the colour number; the layer's line type and line weight are kept for
 // entities drawn "by layer".
@@ -32,6 +46,13 @@ bool ModernReader::DXFLayers() {
   entry.LineType = LineTypeOfName(Trim(Text(6)));
   entry.LineWeight = int16_t(Whole(370, kWeightDefault, kWeightDefault, 211));
   if (entry.LineWeight < 0) entry.LineWeight = kWeightDefault;
+  // Its transparency: the 1071 of the extended data of AcCmTransparency.
+  bool transparency = false;
+  for (const auto& [code, value] : pairs_) {
+    if (code == 1001) transparency = Trim(value) == "AcCmTransparency";
+    if (code == 1071 && transparency && TransparencyKind(int64_t(Val(value))) == Transparency::Own)
+      entry.Alpha = OpacityOf(int64_t(Val(value)));
+  }
   drawing_.AddLayer(std::move(entry));
   tableLayers_.push_back(drawing_.LayerCount());
   return true;
@@ -88,7 +109,24 @@ ModernReader::Style ModernReader::ReadStyle() {
   style.Color = ColorValue();
   style.LineType = LineTypeValue(style.Layer);
   style.LineWeight = LineWeightValue(style.Layer);
+  style.Alpha = entityAlpha_ = AlphaValue(style.Layer);
   return style;
+}
+
+// The opacity of the entity being read (440), or the marker that an insert resolves.
+uint8_t ModernReader::AlphaValue(int32_t layer) const {
+  const int64_t value = Has(440) ? Whole(440, 0, INT32_MIN, INT32_MAX) : 0;
+  switch (TransparencyKind(value)) {
+    case Transparency::Own:
+      return OpacityOf(value);
+    case Transparency::ByBlock:
+      return output_ ? kAlphaByBlock : kOpaque;
+    case Transparency::ByLayer:
+      break;
+  }
+  if (output_) return kAlphaByLayer;
+  return layer >= 1 && layer <= drawing_.LayerCount() ? drawing_.Layers[std::size_t(layer - 1)].Alpha
+                                                      : kOpaque;
 }
 
 // The layer row of a name, trimmed as layer names are stored; a layer that the table
