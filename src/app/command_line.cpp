@@ -21,6 +21,8 @@ CommandLine::CommandLine()
       "Rows the drawing may hold; an insert that would pass them is left out (modern profile)";
   const char* imagePathHelp =
       "A folder where the images a drawing names are also looked for (repeatable; modern profile)";
+  const char* xrefPathHelp =
+      "A folder where the drawings of external references are also looked for (repeatable; modern profile)";
   const char* legacyHelp = "Read with the legacy rules (every line compared with the entity names)";
   stats = app.add_subcommand("stats", "Print the load statistics of a drawing");
   stats->add_option("file", file, "DXF file")->required();
@@ -28,6 +30,7 @@ CommandLine::CommandLine()
   stats->add_flag("--legacy", legacy, legacyHelp);
   stats->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
   stats->add_option("--image-path", imageFolders, imagePathHelp);
+  stats->add_option("--xref-path", xrefFolders, xrefPathHelp);
   stats->add_option("--window", window, "With --json: the window of the picture whose placement is given");
   stats->add_option("--size", size, "With --json: the size of that picture, WIDTHxHEIGHT")
       ->capture_default_str();
@@ -37,6 +40,7 @@ CommandLine::CommandLine()
   dump->add_flag("--legacy", legacy, legacyHelp);
   dump->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
   dump->add_option("--image-path", imageFolders, imagePathHelp);
+  dump->add_option("--xref-path", xrefFolders, xrefPathHelp);
 
   draw = app.add_subcommand("render", "Draw a drawing to a picture file (.bmp, .png, .svg, .pdf)");
   draw->add_option("file", renderFiles, "DXF file (several: a batch into the folder -o names)")->required();
@@ -65,6 +69,7 @@ CommandLine::CommandLine()
   draw->add_flag("--lineweights", render.lineWeights, "Draw line weights as pen widths");
   draw->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
   draw->add_option("--image-path", imageFolders, imagePathHelp);
+  draw->add_option("--xref-path", xrefFolders, xrefPathHelp);
   draw->add_flag("--world-file", render.worldFile, "Write a world file beside the picture (.bpw, .pgw, ...)");
   draw->add_option("--dpi", render.dpi, "Resolution kept in the picture, and with --scale its pixel size")
       ->check(CLI::Range(1.0, 100000.0));

@@ -24,6 +24,7 @@ struct CommandLine {
   bool json = false, legacy = false;
   int64_t maxEntities = 0;
   std::vector<std::string> imageFolders;
+  std::vector<std::string> xrefFolders;
 
   RenderOptions render;
   std::vector<std::string> renderFiles;  // several: a batch into the folder -o names

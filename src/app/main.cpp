@@ -62,7 +62,8 @@ int main(int argc, char** argv) {
     return status == 0 ? 0 : 2;
   }
   const ReadingProfile profile = cl.legacy ? ReadingProfile::Legacy : ReadingProfile::Modern;
-  const LoadOptions budget{.EntityBudget = cl.maxEntities, .ImageFolders = cl.imageFolders};
+  const LoadOptions budget{
+      .EntityBudget = cl.maxEntities, .ImageFolders = cl.imageFolders, .XrefFolders = cl.xrefFolders};
   if (app.get_subcommands().empty()) {
     if (cl.automation) return RunAutomation(argc, argv, cl.viewerFile, cl.placement);
     return RunViewer(argc, argv, cl.viewerFile);
@@ -90,6 +91,7 @@ int main(int argc, char** argv) {
     render.profile = profile;
     render.maxEntities = cl.maxEntities;
     render.imageFolders = cl.imageFolders;
+    render.xrefFolders = cl.xrefFolders;
     render.width = view.width, render.height = view.height, render.window = view.window;
     PrepareHeadlessQt();
     std::error_code ec;

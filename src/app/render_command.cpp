@@ -211,9 +211,11 @@ int RunRender(const RenderOptions& o) {
 
   Drawing drawing;
   LoadOutcome outcome;
-  if (!LoadForCommand(
-          o.file, drawing, outcome, o.profile,
-          LoadOptions{.Layout = o.layout, .EntityBudget = o.maxEntities, .ImageFolders = o.imageFolders}))
+  if (!LoadForCommand(o.file, drawing, outcome, o.profile,
+                      LoadOptions{.Layout = o.layout,
+                                  .EntityBudget = o.maxEntities,
+                                  .ImageFolders = o.imageFolders,
+                                  .XrefFolders = o.xrefFolders}))
     return 1;
   SwitchLayersOff(drawing, o.layersOff);
   ZoomState zoom(drawing);

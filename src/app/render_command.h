@@ -24,6 +24,7 @@ struct RenderOptions {
   bool lineWeights = false;               // line weights drawn as pen widths
   int64_t maxEntities = 0;                // the modern profile's entity budget (0: the default)
   std::vector<std::string> imageFolders;  // where named images are also looked for
+  std::vector<std::string> xrefFolders;   // where the drawings of external references are
   bool worldFile = false;                 // a world file beside the picture
   double dpi = 0;                         // the picture's resolution (0: not said; 96 for --scale)
   std::string scale;                      // "1:500": the size follows from the window, scale and dpi

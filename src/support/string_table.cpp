@@ -128,9 +128,9 @@ constexpr std::array kTable = std::to_array<Entry>({
      "render draws any size).",
      "この縮尺では %1 x %2 ピクセルになります。ビューアーは一辺 %3 まで表示できます (dxfimport render "
      "はどの大きさでも描けます)。"},
-    {1088, "&Image Folders...", "画像のフォルダー(&I)..."},
-    {1089, "Folders where the images a drawing names are also looked for, one per line:",
-     "図面が参照する画像を探す追加のフォルダー (1 行に 1 つ):"},
+    {1088, "&Reference Folders...", "参照のフォルダー(&R)..."},
+    {1089, "Folders where the images and drawings a drawing refers to are also looked for, one per line:",
+     "図面が参照する画像と図面を探す追加のフォルダー (1 行に 1 つ):"},
 });
 
 static_assert(std::is_sorted(kTable.begin(), kTable.end(),

@@ -58,7 +58,7 @@ constexpr const char* kProgram = "dxfimport";
 constexpr const char* kLegacySetting = "Viewer/LegacyReadingRules";
 constexpr const char* kLineWeightsSetting = "Viewer/LineWeights";
 constexpr const char* kBudgetSetting = "Viewer/EntityBudget";
-constexpr const char* kImageFoldersSetting = "Viewer/ImageFolders";
+constexpr const char* kReferenceFoldersSetting = "Viewer/ReferenceFolders";
 constexpr const char* kWorldFileSetting = "Viewer/WorldFile";
 constexpr int kReductions = 7;  // the Colour Depth menu's choices
 
@@ -124,8 +124,9 @@ frmImport::frmImport(bool startedForAutomation, QWidget* parent)
       new BusyInputGate([this] { return Busy(); }, [this] { RequestStop(); }, cancel_, this));
   zoom_.KeepDrawing = [this] { return KeepDrawing(); };
   entityBudget_ = QSettings(kOrganization, kProgram).value(kBudgetSetting, 0).toLongLong();
-  for (const QString& folder : QSettings(kOrganization, kProgram).value(kImageFoldersSetting).toStringList())
-    imageFolders_.push_back(folder.toStdString());
+  for (const QString& folder :
+       QSettings(kOrganization, kProgram).value(kReferenceFoldersSetting).toStringList())
+    referenceFolders_.push_back(folder.toStdString());
   setCentralWidget(viewport_);
   statusBar()->setObjectName("StatusBar1");
 
@@ -227,7 +228,7 @@ void frmImport::CreateMenus() {
   layoutMenu_->setObjectName("mnuOptionLayout");
   captioned_[1063] = layoutMenu_->menuAction();
   item(options, 1070, "mnuOptionBudget", &frmImport::mnuOptionBudget_Click);
-  item(options, 1088, "mnuOptionImageFolders", &frmImport::mnuOptionImageFolders_Click);
+  item(options, 1088, "mnuOptionReferenceFolders", &frmImport::mnuOptionReferenceFolders_Click);
   QAction* legacy = item(options, 1061, "mnuOptionLegacy", [] {});
   legacy->setCheckable(true);
   legacy->setChecked(profile_ == ReadingProfile::Legacy);
@@ -350,8 +351,10 @@ bool frmImport::OpenDXFFile(bool showDialog) {
   loading_ = true;
   ProgressBarSink progress(progress_, cancel_, stopRequested_);
   DXFReader reader(drawing_, profile_);
-  reader.SetOptions(
-      LoadOptions{.Layout = layout_, .EntityBudget = entityBudget_, .ImageFolders = imageFolders_});
+  reader.SetOptions(LoadOptions{.Layout = layout_,
+                                .EntityBudget = entityBudget_,
+                                .ImageFolders = referenceFolders_,
+                                .XrefFolders = referenceFolders_});
   bool loaded = reader.LoadDXF(gstrDXFFileName, &progress);
   loading_ = false;
   pendingView_.reset();  // views asked for during the load were views of the drawing before
@@ -431,9 +434,9 @@ void frmImport::SetEntityBudget(int64_t budget) {
   QSettings(kOrganization, kProgram).setValue(kBudgetSetting, qlonglong(entityBudget_));
 }
 
-void frmImport::mnuOptionImageFolders_Click() {
+void frmImport::mnuOptionReferenceFolders_Click() {
   QStringList folders;
-  for (const std::string& folder : imageFolders_) folders << QString::fromStdString(folder);
+  for (const std::string& folder : referenceFolders_) folders << QString::fromStdString(folder);
   bool ok = false;
   const QString chosen = QInputDialog::getMultiLineText(this, QString::fromStdString(ApplicationTitle()),
                                                         Text(1089), folders.join('\n'), &ok);
@@ -441,14 +444,14 @@ void frmImport::mnuOptionImageFolders_Click() {
   std::vector<std::string> kept;
   for (const QString& line : chosen.split('\n', Qt::SkipEmptyParts))
     if (!line.trimmed().isEmpty()) kept.push_back(line.trimmed().toStdString());
-  SetImageFolders(kept);
+  SetReferenceFolders(kept);
 }
 
-void frmImport::SetImageFolders(std::vector<std::string> folders) {
-  imageFolders_ = std::move(folders);
+void frmImport::SetReferenceFolders(std::vector<std::string> folders) {
+  referenceFolders_ = std::move(folders);
   QStringList list;
-  for (const std::string& folder : imageFolders_) list << QString::fromStdString(folder);
-  QSettings(kOrganization, kProgram).setValue(kImageFoldersSetting, list);
+  for (const std::string& folder : referenceFolders_) list << QString::fromStdString(folder);
+  QSettings(kOrganization, kProgram).setValue(kReferenceFoldersSetting, list);
 }
 
 void frmImport::ChooseDXFFile() {

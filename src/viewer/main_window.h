@@ -109,11 +109,12 @@ class frmImport : public QMainWindow {
   const LoadReport& loadReport() const { return report_; }
   // The entity budget of the loads (0: the default); kept between runs.
   void mnuOptionBudget_Click();
-  void mnuOptionImageFolders_Click();
+  void mnuOptionReferenceFolders_Click();
   void SetEntityBudget(int64_t budget);
-  // Folders where the images a drawing names are also looked for (kept between runs).
-  void SetImageFolders(std::vector<std::string> folders);
-  const std::vector<std::string>& imageFolders() const { return imageFolders_; }
+  // Folders where the images and external references a drawing names are also looked
+  // for (kept between runs).
+  void SetReferenceFolders(std::vector<std::string> folders);
+  const std::vector<std::string>& referenceFolders() const { return referenceFolders_; }
   int64_t entityBudget() const { return entityBudget_; }
 
   // Navigation (navigation.cpp). The picture follows the window's size unless a size was
@@ -223,7 +224,7 @@ class frmImport : public QMainWindow {
   LoadReport report_;
   bool reportKept_ = false;  // the last load kept a report (what it skipped or repaired)
   int64_t entityBudget_ = 0;
-  std::vector<std::string> imageFolders_;
+  std::vector<std::string> referenceFolders_;
   bool followWindow_ = true;
   QTimer* fitTimer_ = nullptr;
   bool panning_ = false, spaceDown_ = false, panRedrawPending_ = false;

@@ -16,6 +16,7 @@ using testing::DxfText;
 using testing::EntitiesFile;
 using testing::LoadModern;
 using testing::LoadModernFile;
+using testing::Pairs;
 
 TEST(MTextMarkup, ParagraphsWordsAndFormats) {
   EXPECT_EQ(PlainText("plain"), "plain");
@@ -337,6 +338,51 @@ TEST(ModernImages, PicturesAreLookedForAndNamedInTheReport) {
   for (const ReportEntry& e : loaded->outcome.Report.Entries()) report.push_back(e.Kind);
   EXPECT_EQ(report,
             (std::vector<std::string>{"image found: ..\\scans\\plan.jpg", "image missing: gone.png"}));
+  std::filesystem::remove_all(folder);
+}
+
+// An external reference pair that refers back: host.dxf draws b.dxf at (10, 0), b.dxf's
+// own reference to host.dxf is a cycle and left out; a missing reference and a DWG one
+// are named in the report and draw nothing.
+TEST(ModernReferences, ReferencesAreDrawnWhereInsertedCyclesAndMissingOnesReported) {
+  const std::string folder =
+      std::filesystem::temp_directory_path() / ("dxfimport-xref-" + std::to_string(getpid()));
+  std::filesystem::create_directories(folder + "/refs");
+  auto reference = [](const char* name, const char* file) {
+    return Pairs{{0, "BLOCK"}, {2, name}, {70, "4"}, {1, file}, {10, "0"}, {20, "0"}, {0, "ENDBLK"}};
+  };
+  auto drawing = [](const Pairs& blocks, const Pairs& entities, const Pairs& layers) {
+    return DxfText({{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "LAYER"}}) + DxfText(layers) +
+           DxfText({{0, "ENDTAB"}, {0, "ENDSEC"}, {0, "SECTION"}, {2, "BLOCKS"}}) + DxfText(blocks) +
+           DxfText({{0, "ENDSEC"}}) + EntitiesFile(entities);
+  };
+  Pairs hostBlocks = reference("B", "..\\elsewhere\\b.dxf");
+  for (const Pairs& more : {reference("GONE", "gone.dxf"), reference("CAD", "plan.dwg")})
+    hostBlocks.insert(hostBlocks.end(), more.begin(), more.end());
+  std::ofstream(folder + "/host.dxf") << drawing(
+      hostBlocks,
+      {{0, "INSERT"}, {2, "B"}, {10, "10"}, {20, "0"}, {0, "INSERT"}, {2, "GONE"}, {0, "INSERT"}, {2, "CAD"}},
+      {{0, "LAYER"}, {2, "0"}});
+  std::ofstream(folder + "/refs/b.dxf") << drawing(
+      reference("HOST", "../host.dxf"),
+      {{0, "LINE"}, {8, "WALL"}, {10, "0"}, {20, "0"}, {11, "5"}, {21, "0"}, {0, "INSERT"}, {2, "HOST"}},
+      {{0, "LAYER"}, {2, "WALL"}, {62, "3"}});
+  // b.dxf is not where host.dxf says; it is found in the folder given.
+  auto loaded = LoadModernFile(folder + "/host.dxf", LoadOptions{.XrefFolders = {folder + "/refs"}});
+  const Drawing& d = loaded->drawing;
+  ASSERT_EQ(d.LineCount(), 1);
+  EXPECT_EQ(d.Lines[0].X1, 10);
+  EXPECT_EQ(d.Lines[0].X2, 15);
+  EXPECT_EQ(d.Layers[std::size_t(d.Lines[0].Layer - 1)].Name, "B|WALL");
+  EXPECT_EQ(d.Layers[std::size_t(d.Lines[0].Layer - 1)].Color, 0x00FF00);
+  std::vector<std::string> report;
+  for (const ReportEntry& e : loaded->outcome.Report.Entries()) report.push_back(e.Kind);
+  EXPECT_EQ(report, (std::vector<std::string>{
+                        "in B: external reference that refers back to itself, left out: ../host.dxf",
+                        "external reference drawn: ..\\elsewhere\\b.dxf",
+                        "external reference missing: gone.dxf",
+                        "external reference is a DWG file, not drawn: plan.dwg",
+                    }));
   std::filesystem::remove_all(folder);
 }
 

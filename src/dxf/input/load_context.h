@@ -62,6 +62,11 @@ struct LoadOptions {
   std::string DrawingFile;
   // Folders where the images a drawing names are also looked for (by their bare names).
   std::vector<std::string> ImageFolders;
+  // Folders where the drawings that external references name are also looked for.
+  std::vector<std::string> XrefFolders;
+  // The drawings being read, outermost first, when this one is an external reference of
+  // the last (a reference to any of them is a cycle).
+  std::vector<std::string> XrefChain;
 };
 
 // The module that the readers' errors are reported under.

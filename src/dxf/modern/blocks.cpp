@@ -136,6 +136,9 @@ bool ModernReader::DXFBlock() {
   block.BaseX = Num(10), block.BaseY = Num(20);
   block_ = output_ = row;
   toBlock_ = Affine::Translate(-block.BaseX, -block.BaseY);
+  // An external reference (bit 2; an overlay, bit 3, is drawn the same): its drawing's
+  // model space is the content.
+  if (Whole(70, 0, 0, 0xFFFF) & 4) LoadExternalReference(row, std::string(Trim(Text(1)).substr(0, 4096)));
   return true;
 }
 

@@ -123,6 +123,10 @@ class ModernReader : public ProfileReader {
   bool DXFSpatialFilter();
   bool DXFXRecord();
   void ApplyClips();
+  // External references (xrefs.cpp).
+  std::string ReferenceFile(const std::string& written) const;
+  void LoadExternalReference(int32_t block, const std::string& written);
+  void PutReferenceIn(const Drawing& reference, int32_t block);
   // Images and underlays (images.cpp).
   bool DXFImage();
   bool DXFUnderlay();
