@@ -386,5 +386,60 @@ TEST(ModernReferences, ReferencesAreDrawnWhereInsertedCyclesAndMissingOnesReport
   std::filesystem::remove_all(folder);
 }
 
+// A MULTILEADER without saved graphics, from its context data: the leader from its
+// arrowhead through a vertex to the landing and the dogleg, the closed filled arrowhead,
+// the text at its place in the colour of the context (red), framed.
+TEST(ModernMultiLeader, LeadersArrowheadsAndTextFromTheContextData) {
+  auto loaded = LoadModern(EntitiesFile({{0, "MULTILEADER"},
+                                         {8, "0"},
+                                         {100, "AcDbMLeader"},
+                                         {300, "CONTEXT_DATA{"},
+                                         {40, "1"},
+                                         {41, "2.5"},
+                                         {140, "1.5"},
+                                         {145, "0.5"},
+                                         {290, "1"},
+                                         {304, "Cable\\Pduct"},
+                                         {12, "20"},
+                                         {22, "12"},
+                                         {13, "1"},
+                                         {23, "0"},
+                                         {171, "1"},
+                                         {90, std::to_string(int32_t(0xC3000001))},
+                                         {302, "LEADER{"},
+                                         {290, "1"},
+                                         {291, "1"},
+                                         {10, "18"},
+                                         {20, "10"},
+                                         {11, "1"},
+                                         {21, "0"},
+                                         {40, "2"},
+                                         {304, "LEADER_LINE{"},
+                                         {10, "0"},
+                                         {20, "0"},
+                                         {10, "10"},
+                                         {20, "10"},
+                                         {305, "}"},
+                                         {303, "}"},
+                                         {301, "}"},
+                                         {170, "1"},
+                                         {291, "1"},
+                                         {42, "0.18"},
+                                         {172, "2"},
+                                         {292, "1"}}));
+  const Drawing& d = loaded->drawing;
+  ASSERT_EQ(d.MTexts.size(), 1u);
+  EXPECT_EQ(PlainText(d.MTexts[0].Content), "Cable\nduct");
+  EXPECT_EQ(d.MTexts[0].X, 20);
+  EXPECT_DOUBLE_EQ(d.MTexts[0].Height, 2.5);
+  EXPECT_EQ(d.MTexts[0].Color, 0x0000FF);
+  // (0, 0) -> (10, 10) -> (18, 10) -> the dogleg to (20, 10); then the frame's four sides.
+  ASSERT_EQ(d.PolySegCount(), 3 + 4);
+  EXPECT_EQ((PointD{d.PolySegs[2].X2, d.PolySegs[2].Y2}), (PointD{20, 10}));
+  ASSERT_EQ(d.SolidCount(), 1);
+  EXPECT_EQ((PointD{d.Solids[0].X1, d.Solids[0].Y1}), (PointD{0, 0}));  // the arrowhead's tip
+  EXPECT_TRUE(loaded->outcome.Report.Clean());
+}
+
 }  // namespace
 }  // namespace dxfimport

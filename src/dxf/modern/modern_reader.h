@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -123,6 +124,32 @@ class ModernReader : public ProfileReader {
   bool DXFSpatialFilter();
   bool DXFXRecord();
   void ApplyClips();
+  // MULTILEADER (multileader.cpp).
+  struct Leader {
+    std::vector<std::vector<PointD>> lines;
+    PointD last, dogleg{1, 0};
+    bool hasLast = false;
+    double doglegLength = 0;
+  };
+  struct LeaderData {
+    double scale = 1, textHeight = 0, arrowSize = 0, landingGap = 0;
+    bool hasText = false, hasBlock = false, fill = false, frame = false, doglegOn = true;
+    std::string text;
+    PointD textAt, textDirection{1, 0};
+    double textWidth = 0, fillScale = 0;
+    int32_t attachment = 1;
+    std::optional<double> textColor, fillColor, lineColor, blockColor;
+    std::string block, arrowBlock;
+    PointD blockAt, blockScale{1, 1};
+    double blockRotation = 0;
+    int32_t lineKind = 1;  // 0 none, 1 straight, 2 spline
+    std::vector<Leader> leaders;
+  };
+  bool DXFMultiLeader();
+  LeaderData ReadLeaderData() const;
+  void EmitArrowhead(PointD tip, PointD from, const LeaderData& d, const Style& s);
+  void EmitLeaderText(const LeaderData& d, const Style& own);
+  void EmitLeaderBlock(const LeaderData& d, const Style& own);
   // External references (xrefs.cpp).
   std::string ReferenceFile(const std::string& written) const;
   void LoadExternalReference(int32_t block, const std::string& written);

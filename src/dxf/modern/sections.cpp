@@ -67,6 +67,8 @@ const ModernReader::Kind* ModernReader::FindKind(std::string_view name) {
       {"ELLIPSE", "DXFEllipse", &ModernReader::DXFEllipse, kInEntities},
       {"SPLINE", "DXFSpline", &ModernReader::DXFSpline, kInEntities},
       {"LEADER", "DXFLeader", &ModernReader::DXFLeader, kInEntities},
+      {"MULTILEADER", "DXFMultiLeader", &ModernReader::DXFMultiLeader, kInEntities},
+      {"MLEADER", "DXFMultiLeader", &ModernReader::DXFMultiLeader, kInEntities},
       {"HATCH", "DXFHatch", &ModernReader::DXFHatch, kInEntities},
       {"POINT", "DXFPoint", &ModernReader::DXFPoint, kInEntities},
       {"RAY", "DXFRay", &ModernReader::DXFRay, kInEntities},

@@ -34,7 +34,8 @@ bool IsDwgName(const std::string& name) {
 std::string ModernReader::ReferenceFile(const std::string& written) const {
   const auto& folders = ctx_.options.XrefFolders;
   if (!IsDwgName(written)) return FindReferencedFile(written, ctx_.options.DrawingFile, folders);
-  return FindReferencedFile(written.substr(0, written.size() - 4) + ".dxf", ctx_.options.DrawingFile, folders);
+  return FindReferencedFile(written.substr(0, written.size() - 4) + ".dxf", ctx_.options.DrawingFile,
+                            folders);
 }
 
 void ModernReader::LoadExternalReference(int32_t block, const std::string& written) {
@@ -43,14 +44,17 @@ void ModernReader::LoadExternalReference(int32_t block, const std::string& writt
   if (written.empty()) return Note("external reference without a file: " + name);
   const std::string file = ReferenceFile(written);
   if (file.empty())
-    return Note((IsDwgName(written) ? "external reference is a DWG file, not drawn: " : "external reference missing: ") +
+    return Note((IsDwgName(written) ? "external reference is a DWG file, not drawn: "
+                                    : "external reference missing: ") +
                 shown);
   std::vector<std::string> chain = ctx_.options.XrefChain;
-  if (!ctx_.options.DrawingFile.empty() && chain.empty()) chain.push_back(Canonical(ctx_.options.DrawingFile));
+  if (!ctx_.options.DrawingFile.empty() && chain.empty())
+    chain.push_back(Canonical(ctx_.options.DrawingFile));
   const std::string canonical = Canonical(file);
   if (std::find(chain.begin(), chain.end(), canonical) != chain.end())
     return Note("external reference that refers back to itself, left out: " + shown);
-  if (chain.size() >= kMaxReferenceDepth) return Note("external reference nested too deep, left out: " + shown);
+  if (chain.size() >= kMaxReferenceDepth)
+    return Note("external reference nested too deep, left out: " + shown);
   chain.push_back(canonical);
 
   LineSource source;
