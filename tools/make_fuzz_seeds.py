@@ -115,6 +115,28 @@ SEEDS = {
         (0, "SECTION"), (2, "OBJECTS"), (0, "SORTENTSTABLE"), (5, "2B"), (100, "AcDbSortentsTable"),
         (330, "1F"), (331, "A0"), (5, "B0"), (331, "A3"), (5, "1"), (331, "FFFFFFFFFFFFFFFFF"), (5, "zz"),
         (0, "ENDSEC"), (0, "EOF")),
+    # Images (a clipped one, a missing one), an underlay, a clipped block reference, an
+    # external reference that is not there, transparency and a MULTILEADER.
+    "references_clips_images": dxf(
+        (0, "SECTION"), (2, "TABLES"), (0, "TABLE"), (2, "LAYER"), (0, "LAYER"), (2, "GLASS"),
+        (1001, "AcCmTransparency"), (1071, "33554559"), (0, "ENDTAB"), (0, "ENDSEC"),
+        (0, "SECTION"), (2, "BLOCKS"), (0, "BLOCK"), (2, "B"), (0, "LINE"), (440, "16777216"), (11, "9"),
+        (0, "ENDBLK"), (0, "BLOCK"), (2, "X"), (70, "4"), (1, "missing.dxf"), (0, "ENDBLK"), (0, "ENDSEC"),
+        (0, "SECTION"), (2, "ENTITIES"), (0, "IMAGE"), (8, "GLASS"), (10, "0"), (20, "0"), (11, "1"), (21, "0"),
+        (12, "0"), (22, "1"), (13, "8"), (23, "8"), (340, "7F"), (70, "7"), (280, "1"), (71, "2"), (91, "3"),
+        (14, "-0.5"), (24, "-0.5"), (14, "7.5"), (24, "-0.5"), (14, "-0.5"), (24, "7.5"),
+        (0, "PDFUNDERLAY"), (340, "80"), (10, "20"), (20, "0"), (41, "2"), (11, "0"), (21, "0"), (11, "5"),
+        (21, "5"), (0, "INSERT"), (5, "A0"), (102, "{ACAD_XDICTIONARY"), (360, "B0"), (102, "}"), (2, "B"),
+        (440, "33554559"), (0, "INSERT"), (2, "X"), (0, "MULTILEADER"), (300, "CONTEXT_DATA{"), (41, "2"),
+        (140, "1"), (290, "1"), (304, "note"), (12, "5"), (22, "5"), (302, "LEADER{"), (10, "4"), (20, "4"),
+        (304, "LEADER_LINE{"), (10, "0"), (20, "0"), (305, "}"), (303, "}"), (301, "}"), (292, "1"),
+        (0, "ENDSEC"),
+        (0, "SECTION"), (2, "OBJECTS"), (0, "IMAGEDEF"), (5, "7F"), (1, "gone.png"), (0, "PDFDEFINITION"),
+        (5, "80"), (1, "plan.pdf"), (0, "DICTIONARY"), (5, "B0"), (3, "ACAD_FILTER"), (360, "B1"),
+        (0, "DICTIONARY"), (5, "B1"), (3, "SPATIAL"), (360, "B2"), (0, "SPATIAL_FILTER"), (5, "B2"), (70, "3"),
+        (10, "0"), (20, "0"), (10, "5"), (20, "9"), (10, "9"), (20, "0"), (71, "1"), (40, "1"), (40, "0"),
+        (40, "0"), (40, "0"), (40, "0"), (40, "1"), (40, "0"), (40, "0"), (40, "0"), (40, "0"), (40, "1"),
+        (40, "0"), (0, "ENDSEC"), (0, "EOF")),
     # An entity of an add-on class drawn from its proxy graphics.
     "proxy_entity": dxf(
         (0, "SECTION"), (2, "CLASSES"), (0, "CLASS"), (1, "TCH_WALL"), (0, "ENDSEC"),
