@@ -193,48 +193,73 @@ TEST(ModernRendering, DimensionsWithoutABlockGetFilledArrowheads) {
 }
 
 // Two squares over each other, red (handle A0) written first, blue (A1) after: a
-// SORTENTSTABLE of model space that gives red the later sort handle brings it on top.
-TEST(DrawOrder, TheSortEntsTableOfModelSpaceDecidesWhatIsOnTop) {
+// SORTENTSTABLE that gives red the later sort handle brings it on top, in model space,
+// in a block (every insert of it) and in a paper-space layout.
+TEST(DrawOrder, TheSortEntsTableOfItsSpaceDecidesWhatIsOnTop) {
   auto square = [](const char* handle, const char* color) {
     return Pairs{{0, "SOLID"}, {5, handle}, {62, color}, {10, "20"}, {20, "20"}, {11, "80"},
                  {21, "20"},   {12, "20"},  {22, "80"},  {13, "80"}, {23, "80"}};
   };
-  const std::string tables = DxfText({{0, "SECTION"},
-                                      {2, "TABLES"},
-                                      {0, "TABLE"},
-                                      {2, "BLOCK_RECORD"},
-                                      {0, "BLOCK_RECORD"},
-                                      {5, "1F"},
-                                      {102, "{ACAD_XDICTIONARY"},
-                                      {360, "2A"},
-                                      {102, "}"},
-                                      {2, "*Model_Space"},
-                                      {0, "ENDTAB"},
-                                      {0, "ENDSEC"}});
-  Pairs entities = square("A0", "1");
+  auto record = [](const char* handle, const char* name) {
+    return Pairs{{0, "BLOCK_RECORD"}, {5, handle}, {102, "{ACAD_XDICTIONARY"},
+                 {360, "2A"},         {102, "}"},  {2, name}};
+  };
+  Pairs records{{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "BLOCK_RECORD"}};
+  for (const Pairs& r : {record("1F", "*Model_Space"), record("3F", "SQUARES"), record("4F", "*Paper_Space")})
+    records.insert(records.end(), r.begin(), r.end());
+  records.insert(records.end(), {{0, "ENDTAB"}, {0, "ENDSEC"}});
+  Pairs squares = square("A0", "1");
   const Pairs blue = square("A1", "5");
-  entities.insert(entities.end(), blue.begin(), blue.end());
-  const std::string body =
-      DxfText({{0, "SECTION"}, {2, "ENTITIES"}}) + DxfText(entities) + DxfText({{0, "ENDSEC"}});
-  const std::string sortents = DxfText({{0, "SECTION"},
-                                        {2, "OBJECTS"},
-                                        {0, "SORTENTSTABLE"},
-                                        {5, "2B"},
-                                        {330, "2A"},
-                                        {100, "AcDbSortentsTable"},
-                                        {330, "1F"},
-                                        {331, "A0"},
-                                        {5, "B0"},
-                                        {0, "ENDSEC"},
-                                        {0, "EOF"}});
+  squares.insert(squares.end(), blue.begin(), blue.end());
+  auto sortents = [](const char* owner) {
+    return DxfText({{0, "SECTION"},
+                    {2, "OBJECTS"},
+                    {0, "SORTENTSTABLE"},
+                    {5, "2B"},
+                    {330, "2A"},
+                    {100, "AcDbSortentsTable"},
+                    {330, owner},
+                    {331, "A0"},
+                    {5, "B0"},
+                    {0, "ENDSEC"},
+                    {0, "EOF"}});
+  };
+  const std::string modelSpace = DxfText(records) + DxfText({{0, "SECTION"}, {2, "ENTITIES"}}) +
+                                 DxfText(squares) + DxfText({{0, "ENDSEC"}});
+  Pairs block{{0, "SECTION"}, {2, "BLOCKS"}, {0, "BLOCK"}, {330, "3F"}, {2, "SQUARES"}};
+  block.insert(block.end(), squares.begin(), squares.end());
+  block.insert(block.end(), {{0, "ENDBLK"},
+                             {0, "ENDSEC"},
+                             {0, "SECTION"},
+                             {2, "ENTITIES"},
+                             {0, "INSERT"},
+                             {2, "SQUARES"},
+                             {0, "ENDSEC"}});
+  Pairs paper = squares;
+  for (std::size_t i = 0; i < paper.size(); ++i)
+    if (paper[i].first == 0) paper.insert(paper.begin() + std::ptrdiff_t(i) + 1, {67, "1"});
+  const std::string paperSpace = DxfText(records) +
+                                 DxfText({{0, "SECTION"},
+                                          {2, "BLOCKS"},
+                                          {0, "BLOCK"},
+                                          {330, "4F"},
+                                          {2, "*Paper_Space"},
+                                          {0, "ENDBLK"},
+                                          {0, "ENDSEC"},
+                                          {0, "SECTION"},
+                                          {2, "ENTITIES"}}) +
+                                 DxfText(paper) + DxfText({{0, "ENDSEC"}});
   struct Case {
     const char* name;
     std::string dxf;
     QRgb top;
   };
   const Case cases[] = {
-      {"file order", tables + body + DxfText({{0, "EOF"}}), qRgb(0, 0, 255)},
-      {"sorted", tables + body + sortents, qRgb(255, 0, 0)},
+      {"file order", modelSpace + DxfText({{0, "EOF"}}), qRgb(0, 0, 255)},
+      {"model space sorted", modelSpace + sortents("1F"), qRgb(255, 0, 0)},
+      {"block in file order", DxfText(records) + DxfText(block) + DxfText({{0, "EOF"}}), qRgb(0, 0, 255)},
+      {"block sorted", DxfText(records) + DxfText(block) + sortents("3F"), qRgb(255, 0, 0)},
+      {"layout sorted", paperSpace + sortents("4F"), qRgb(255, 0, 0)},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);

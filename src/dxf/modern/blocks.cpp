@@ -134,6 +134,7 @@ bool ModernReader::DXFBlock() {
   BlockEntry& block = drawing_.Blocks[std::size_t(row - 1)];
   block.Defined = true;
   block.BaseX = Num(10), block.BaseY = Num(20);
+  NoteSortableBlock(row);
   block_ = output_ = row;
   toBlock_ = Affine::Translate(-block.BaseX, -block.BaseY);
   // An external reference (bit 2; an overlay, bit 3, is drawn the same): its drawing's
@@ -269,7 +270,10 @@ void ModernReader::ExpandBlock(int32_t block, const Affine& m, const Style& inhe
   const Affine& place = m;  // the rows are relative to the block's base point already
   expanding_.push_back(block);
   const EntityTables& content = b.Content;
+  const std::size_t expansion = BeginExpansion(block);
+  std::size_t at = 0;
   for (const SeqEntry& entry : content.DrawSeq) {
+    if (expansion != kNoExpansion) NoteExpansion(expansion, at++);
     VisitRow(content, entry, [&](const auto& stored) {
       using Row = std::decay_t<decltype(stored)>;
       if constexpr (std::is_same_v<Row, InsertRef>) {
@@ -291,6 +295,7 @@ void ModernReader::ExpandBlock(int32_t block, const Affine& m, const Style& inhe
       }
     });
   }
+  if (expansion != kNoExpansion) expansions_[expansion].end = drawing_.DrawSeq.size();
   expanding_.pop_back();
 }
 

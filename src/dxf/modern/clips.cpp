@@ -10,23 +10,14 @@
 #include "support/text_decode.h"
 
 namespace dxfimport {
-namespace {
-
-uint64_t HandleNumber(std::string_view text) {
-  text = Trim(text);
-  uint64_t handle = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), handle, 16);
-  return error == std::errc() && end == text.data() + text.size() ? handle : 0;
-}
-
-}  // namespace
+namespace {}  // namespace
 
 // The extension dictionary of the record (360 after 102 {ACAD_XDICTIONARY), or 0.
 uint64_t ModernReader::ExtensionDictionary() const {
   bool inside = false;
   for (const auto& [code, value] : pairs_) {
     if (code == 102) inside = Trim(value) == "{ACAD_XDICTIONARY";
-    if (code == 360 && inside) return HandleNumber(value);
+    if (code == 360 && inside) return HandleOf(value);
   }
   return 0;
 }
@@ -43,13 +34,13 @@ void ModernReader::NoteClippable(const InsertRef& ref, std::size_t firstEntry) {
 
 // DICTIONARY: only the entries that lead to a spatial filter are kept.
 bool ModernReader::DXFDictionary() {
-  const uint64_t self = HandleNumber(Value(5));
+  const uint64_t self = HandleOf(Value(5));
   std::string_view name;
   for (const auto& [code, value] : pairs_) {
     if (code == 3) name = Trim(value);
     if ((code == 350 || code == 360) &&
         (name == "ACAD_FILTER" || name == "SPATIAL" || name == "ACAD_XREC_ROUNDTRIP") && self)
-      filterLinks_[self] = HandleNumber(value);
+      filterLinks_[self] = HandleOf(value);
   }
   return true;
 }
@@ -78,7 +69,7 @@ bool ModernReader::DXFSpatialFilter() {
   if (matrix.size() >= 12)
     filter.toBlock = {matrix[0], matrix[4], matrix[1], matrix[5], matrix[3], matrix[7]};
   if (filter.boundary.size() >= 3 && filter.toBlock.IsFinite())
-    spatialFilters_[HandleNumber(Value(5))] = std::move(filter);
+    spatialFilters_[HandleOf(Value(5))] = std::move(filter);
   return true;
 }
 
@@ -95,7 +86,7 @@ bool ModernReader::DXFXRecord() {
     else if (code == 20 && !hole.empty())
       hole.back().y = Val(value);
   }
-  if (hole.size() >= 3) invertedHoles_[HandleNumber(Value(5))] = std::move(hole);
+  if (hole.size() >= 3) invertedHoles_[HandleOf(Value(5))] = std::move(hole);
   return true;
 }
 

@@ -12,13 +12,6 @@
 namespace dxfimport {
 namespace {
 
-uint64_t HandleValue(std::string_view text) {
-  text = Trim(text);
-  uint64_t handle = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), handle, 16);
-  return error == std::errc() && end == text.data() + text.size() ? handle : 0;
-}
-
 int8_t Percent(double v, int8_t fallback) {
   return std::isfinite(v) ? int8_t(std::clamp(v, 0.0, 100.0)) : fallback;
 }
@@ -27,7 +20,7 @@ int8_t Percent(double v, int8_t fallback) {
 
 // The row of Drawing::Pictures for the definition with `handle`, made when first named.
 int32_t ModernReader::PictureRow(std::string_view handleText, bool underlay) {
-  const uint64_t handle = HandleValue(handleText);
+  const uint64_t handle = HandleOf(handleText);
   auto [at, added] = pictureRows_.try_emplace(handle, int32_t(drawing_.Pictures.size() + 1));
   if (added) drawing_.Pictures.push_back({"", "", underlay});
   if (underlay) drawing_.Pictures[std::size_t(at->second - 1)].Underlay = true;

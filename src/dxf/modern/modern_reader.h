@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -225,8 +226,15 @@ class ModernReader : public ProfileReader {
   void ChooseLayout();
   // Draw order (objects.cpp): where a model-space entity's rows start in the drawing order,
   // the sort handles of a SORTENTSTABLE, and the order they give.
+  static uint64_t HandleOf(std::string_view text);
+  static bool StartsNoEntity(Handler h);
   void NoteEntityStart(Handler handler);
+  void NoteSortableBlock(int32_t block);
+  static constexpr std::size_t kNoExpansion = SIZE_MAX;
+  std::size_t BeginExpansion(int32_t block);
+  void NoteExpansion(std::size_t expansion, std::size_t entry);
   bool DXFSortEnts();
+  void ApplyBlockOrders();
   void ApplyDrawOrder();
   void DrawLayout(int32_t block);
   void ShowModelSpaceIn(int32_t layout, const EntityTables& model);
@@ -334,6 +342,24 @@ class ModernReader : public ProfileReader {
   std::vector<std::pair<uint64_t, std::size_t>> entityStarts_;  // entity handle, first entry
   std::size_t entitiesEnd_ = 0;                                 // the entries of ENTITIES end here
   std::unordered_map<uint64_t, uint64_t> sortHandles_;          // entity handle -> sort handle
+  // Draw order of blocks and layouts: the block records with an extension dictionary,
+  // the entity starts of their blocks, each expansion of them, their sort tables.
+  std::unordered_set<std::string> sortableRecords_;
+  struct BlockOrder {
+    std::string record;
+    std::vector<std::pair<uint64_t, uint32_t>> starts;  // entity handle, first entry in the block
+  };
+  std::unordered_map<int32_t, BlockOrder> blockOrders_;
+  struct BlockExpansion {
+    int32_t block = 0;
+    std::vector<std::size_t> starts;  // where each entity's rows start in the drawing order
+    std::size_t end = 0, next = 0;
+  };
+  std::vector<BlockExpansion> expansions_;
+  static constexpr std::size_t kMaxExpansionStarts = 20'000'000;
+  std::size_t expansionStarts_ = 0;
+  bool recordExpansions_ = true;
+  std::unordered_map<std::string, std::unordered_map<uint64_t, uint64_t>> blockSortHandles_;
 };
 
 }  // namespace dxfimport

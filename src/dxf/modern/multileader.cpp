@@ -37,11 +37,13 @@ std::vector<PointD> CurveThrough(const std::vector<PointD>& p) {
   if (p.size() < 3) return p;
   std::vector<PointD> out{p.front()};
   for (std::size_t i = 0; i + 1 < p.size(); ++i) {
-    const PointD p0 = i > 0 ? p[i - 1] : p[i], p1 = p[i], p2 = p[i + 1], p3 = i + 2 < p.size() ? p[i + 2] : p[i + 1];
+    const PointD p0 = i > 0 ? p[i - 1] : p[i], p1 = p[i], p2 = p[i + 1],
+                 p3 = i + 2 < p.size() ? p[i + 2] : p[i + 1];
     for (int k = 1; k <= 8; ++k) {
       const double t = k / 8.0, t2 = t * t, t3 = t2 * t;
-      out.push_back((p1 * 2 + (p2 - p0) * t + (p0 * 2 - p1 * 5 + p2 * 4 - p3) * t2 + (p1 * 3 - p0 - p2 * 3 + p3) * t3) *
-                    0.5);
+      out.push_back(
+          (p1 * 2 + (p2 - p0) * t + (p0 * 2 - p1 * 5 + p2 * 4 - p3) * t2 + (p1 * 3 - p0 - p2 * 3 + p3) * t3) *
+          0.5);
     }
   }
   return out;
@@ -56,16 +58,24 @@ ModernReader::LeaderData ModernReader::ReadLeaderData() const {
   int depth = 0;  // 0 the entity, 1 the context, 2 a leader, 3 a leader line
   for (const auto& [code, value] : pairs_) {
     const std::string_view v = Trim(value);
-    if (code == 300 && v == "CONTEXT_DATA{") depth = 1;
-    else if (code == 301 && depth == 1) depth = 0;
-    else if (code == 302 && v == "LEADER{" && depth == 1) depth = 2, d.leaders.emplace_back();
-    else if (code == 303 && depth == 2) depth = 1;
-    else if (code == 304 && v == "LEADER_LINE{" && depth == 2) depth = 3, d.leaders.back().lines.emplace_back();
-    else if (code == 305 && depth == 3) depth = 2;
+    if (code == 300 && v == "CONTEXT_DATA{")
+      depth = 1;
+    else if (code == 301 && depth == 1)
+      depth = 0;
+    else if (code == 302 && v == "LEADER{" && depth == 1)
+      depth = 2, d.leaders.emplace_back();
+    else if (code == 303 && depth == 2)
+      depth = 1;
+    else if (code == 304 && v == "LEADER_LINE{" && depth == 2)
+      depth = 3, d.leaders.back().lines.emplace_back();
+    else if (code == 305 && depth == 3)
+      depth = 2;
     else if (depth == 3 && d.leaders.back().lines.back().size() < 10000 && (code == 10 || code == 20)) {
       auto& line = d.leaders.back().lines.back();
-      if (code == 10) line.push_back({Val(v), 0});
-      else if (!line.empty()) line.back().y = Val(v);
+      if (code == 10)
+        line.push_back({Val(v), 0});
+      else if (!line.empty())
+        line.back().y = Val(v);
     } else if (depth == 2) {
       Leader& l = d.leaders.back();
       if (code == 10) l.last.x = Val(v), l.hasLast = true;
@@ -75,41 +85,103 @@ ModernReader::LeaderData ModernReader::ReadLeaderData() const {
       if (code == 40) l.doglegLength = Val(v);
     } else if (depth == 1) {
       switch (code) {
-        case 40: d.scale = Val(v); break;
-        case 41: d.textHeight = Val(v); break;
-        case 140: d.arrowSize = Val(v); break;
-        case 145: d.landingGap = Val(v); break;
-        case 290: d.hasText = Val(v) != 0; break;
-        case 304: if (d.text.size() < LoadContext::kMaxTextBytes) d.text.append(value); break;
-        case 12: d.textAt.x = Val(v); break;
-        case 22: d.textAt.y = Val(v); break;
-        case 13: d.textDirection.x = Val(v); break;
-        case 23: d.textDirection.y = Val(v); break;
-        case 43: d.textWidth = Val(v); break;
-        case 171: d.attachment = int32_t(HeldWhole(Val(v), 1, 9)); break;
-        case 90: d.textColor = Val(v); break;
-        case 91: d.fillColor = Val(v); break;
-        case 141: d.fillScale = Val(v); break;
-        case 292: d.fill = Val(v) != 0; break;
-        case 296: d.hasBlock = Val(v) != 0; break;
-        case 341: d.block = std::string(v); break;
-        case 15: d.blockAt.x = Val(v); break;
-        case 25: d.blockAt.y = Val(v); break;
-        case 16: d.blockScale.x = Val(v); break;
-        case 26: d.blockScale.y = Val(v); break;
-        case 46: d.blockRotation = Val(v); break;
-        case 93: d.blockColor = Val(v); break;
-        default: break;
+        case 40:
+          d.scale = Val(v);
+          break;
+        case 41:
+          d.textHeight = Val(v);
+          break;
+        case 140:
+          d.arrowSize = Val(v);
+          break;
+        case 145:
+          d.landingGap = Val(v);
+          break;
+        case 290:
+          d.hasText = Val(v) != 0;
+          break;
+        case 304:
+          if (d.text.size() < LoadContext::kMaxTextBytes) d.text.append(value);
+          break;
+        case 12:
+          d.textAt.x = Val(v);
+          break;
+        case 22:
+          d.textAt.y = Val(v);
+          break;
+        case 13:
+          d.textDirection.x = Val(v);
+          break;
+        case 23:
+          d.textDirection.y = Val(v);
+          break;
+        case 43:
+          d.textWidth = Val(v);
+          break;
+        case 171:
+          d.attachment = int32_t(HeldWhole(Val(v), 1, 9));
+          break;
+        case 90:
+          d.textColor = Val(v);
+          break;
+        case 91:
+          d.fillColor = Val(v);
+          break;
+        case 141:
+          d.fillScale = Val(v);
+          break;
+        case 292:
+          d.fill = Val(v) != 0;
+          break;
+        case 296:
+          d.hasBlock = Val(v) != 0;
+          break;
+        case 341:
+          d.block = std::string(v);
+          break;
+        case 15:
+          d.blockAt.x = Val(v);
+          break;
+        case 25:
+          d.blockAt.y = Val(v);
+          break;
+        case 16:
+          d.blockScale.x = Val(v);
+          break;
+        case 26:
+          d.blockScale.y = Val(v);
+          break;
+        case 46:
+          d.blockRotation = Val(v);
+          break;
+        case 93:
+          d.blockColor = Val(v);
+          break;
+        default:
+          break;
       }
     } else {
       switch (code) {
-        case 170: d.lineKind = int32_t(HeldWhole(Val(v), 0, 2)); break;
-        case 91: d.lineColor = Val(v); break;
-        case 291: d.doglegOn = Val(v) != 0; break;
-        case 342: d.arrowBlock = std::string(v); break;
-        case 42: if (!(d.arrowSize > 0)) d.arrowSize = Val(v); break;
-        case 292: d.frame = Val(v) != 0; break;
-        default: break;
+        case 170:
+          d.lineKind = int32_t(HeldWhole(Val(v), 0, 2));
+          break;
+        case 91:
+          d.lineColor = Val(v);
+          break;
+        case 291:
+          d.doglegOn = Val(v) != 0;
+          break;
+        case 342:
+          d.arrowBlock = std::string(v);
+          break;
+        case 42:
+          if (!(d.arrowSize > 0)) d.arrowSize = Val(v);
+          break;
+        case 292:
+          d.frame = Val(v) != 0;
+          break;
+        default:
+          break;
       }
     }
   }
@@ -128,7 +200,8 @@ bool ModernReader::DXFMultiLeader() {
       if (leader.hasLast) points.push_back(leader.last);
       if (points.empty()) continue;
       if (d.doglegOn && leader.hasLast && leader.doglegLength > 0)
-        points.push_back(leader.last + leader.dogleg * (leader.doglegLength / std::max(1e-12, Length(leader.dogleg))));
+        points.push_back(leader.last +
+                         leader.dogleg * (leader.doglegLength / std::max(1e-12, Length(leader.dogleg))));
       for (PointD& p : points) p = toBlock_.Apply(p);
       if (d.lineKind != 0) EmitCurve(d.lineKind == 2 ? CurveThrough(points) : points, lines);
       if (points.size() >= 2) EmitArrowhead(points[0], points[1], d, lines);
@@ -185,8 +258,10 @@ void ModernReader::EmitLeaderText(const LeaderData& d, const Style& own) {
   Box box = RowBox(placed);
   if (box.Empty()) return;
   const double gap = std::max(0.0, d.landingGap);
-  const std::vector<PointD> frame{
-      {box.minX - gap, box.minY - gap}, {box.maxX + gap, box.minY - gap}, {box.maxX + gap, box.maxY + gap}, {box.minX - gap, box.maxY + gap}};
+  const std::vector<PointD> frame{{box.minX - gap, box.minY - gap},
+                                  {box.maxX + gap, box.minY - gap},
+                                  {box.maxX + gap, box.maxY + gap},
+                                  {box.minX - gap, box.maxY + gap}};
   Style s = own;
   s.Color = m.Color;
   EmitCurve(frame, s, true);
@@ -198,8 +273,10 @@ void ModernReader::EmitLeaderBlock(const LeaderData& d, const Style& own) {
   if (!block) return;
   InsertRef ref;
   ref.Block = block;
-  ref.Frame = toBlock_ * Affine::Translate(d.blockAt.x, d.blockAt.y) * Affine::Rotate(Degrees(d.blockRotation));
-  ref.Local = Affine::Scaling(d.blockScale.x == 0 ? 1 : d.blockScale.x, d.blockScale.y == 0 ? 1 : d.blockScale.y);
+  ref.Frame =
+      toBlock_ * Affine::Translate(d.blockAt.x, d.blockAt.y) * Affine::Rotate(Degrees(d.blockRotation));
+  ref.Local =
+      Affine::Scaling(d.blockScale.x == 0 ? 1 : d.blockScale.x, d.blockScale.y == 0 ? 1 : d.blockScale.y);
   ref.Layer = own.Layer, ref.LineType = own.LineType, ref.LineWeight = own.LineWeight, ref.Alpha = own.Alpha;
   ref.Color = d.blockColor ? RawColor(*d.blockColor, output_ != 0) : own.Color;
   PlaceInsert(ref);

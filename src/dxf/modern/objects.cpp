@@ -2,7 +2,6 @@
 // seen through a layout's viewports.
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <cmath>
 
 #include "dxf/model/colors.h"
@@ -27,14 +26,6 @@ std::string Upper(std::string_view s) {
 bool IsPaperSpaceName(std::string_view name) {
   const std::string upper = Upper(name);
   return upper.starts_with("*PAPER_SPACE") || upper.starts_with("$PAPER_SPACE");
-}
-
-// A handle: up to 16 hexadecimal digits (0 when it is none).
-uint64_t HandleOf(std::string_view text) {
-  text = Trim(text);
-  uint64_t handle = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), handle, 16);
-  return error == std::errc() && end == text.data() + text.size() ? handle : 0;
 }
 
 }  // namespace
@@ -178,71 +169,6 @@ void ModernReader::DrawLayout(int32_t block) {
   const int32_t zero = layerZero_ ? layerZero_ : 1;
   const BlockEntry& b = drawing_.Blocks[std::size_t(block - 1)];
   ExpandBlock(block, Affine::Translate(b.BaseX, b.BaseY), Style{zero, kForeground, 0, kWeightDefault}, 1);
-}
-
-// Where each entity of model space starts in the drawing order, by its handle (the rows
-// of an insert, its attributes and a polyline's vertices go with it).
-void ModernReader::NoteEntityStart(Handler h) {
-  if (!keepStarts_ || output_ != 0 || h == &ModernReader::DXFVertex || h == &ModernReader::DXFSeqEnd ||
-      h == &ModernReader::DXFAttrib || h == &ModernReader::DXFBlock || h == &ModernReader::DXFEndBlock)
-    return;
-  if (const uint64_t handle = HandleOf(Value(5))) entityStarts_.emplace_back(handle, drawing_.DrawSeq.size());
-}
-
-// SORTENTSTABLE: the block record it orders (the first 330 after its subclass marker),
-// then pairs of an entity handle (331) and the sort handle it is drawn by (5).
-bool ModernReader::DXFSortEnts() {
-  bool inTable = false;
-  std::string_view owner;
-  uint64_t entity = 0;
-  std::vector<std::pair<uint64_t, uint64_t>> keys;
-  for (const auto& [code, value] : pairs_) {
-    if (code == 100) {
-      inTable = Trim(value) == "AcDbSortentsTable";
-    } else if (inTable && code == 330 && owner.empty()) {
-      owner = Trim(value);
-    } else if (inTable && code == 331) {
-      entity = HandleOf(value);
-    } else if (inTable && code == 5 && entity != 0) {
-      keys.emplace_back(entity, HandleOf(value));
-      entity = 0;
-    }
-  }
-  if (!owner.empty() && owner == modelRecord_)
-    for (const auto& [from, to] : keys) sortHandles_[from] = to;
-  return true;
-}
-
-// Model space is drawn in the order of its entities' sort handles: an entity that the
-// SORTENTSTABLE lists by the handle it gives, any other by its own handle.
-void ModernReader::ApplyDrawOrder() {
-  std::vector<std::pair<uint64_t, std::size_t>> starts;
-  starts.swap(entityStarts_);
-  std::vector<SeqEntry>& seq = drawing_.DrawSeq;
-  const std::size_t end = std::min(entitiesEnd_ ? entitiesEnd_ : seq.size(), seq.size());
-  if (sortHandles_.empty() || starts.empty() || starts.front().second > end) return;
-  struct Run {
-    uint64_t key;
-    std::size_t from, to;
-  };
-  std::vector<Run> runs;
-  runs.reserve(starts.size());
-  for (std::size_t i = 0; i < starts.size(); ++i) {
-    const std::size_t from = std::min(starts[i].second, end);
-    const std::size_t to = i + 1 < starts.size() ? std::min(starts[i + 1].second, end) : end;
-    const auto sorted = sortHandles_.find(starts[i].first);
-    if (from < to)
-      runs.push_back({sorted != sortHandles_.end() ? sorted->second : starts[i].first, from, to});
-  }
-  std::stable_sort(runs.begin(), runs.end(), [](const Run& a, const Run& b) { return a.key < b.key; });
-  std::vector<SeqEntry> ordered;
-  ordered.reserve(seq.size());
-  ordered.insert(ordered.end(), seq.begin(), seq.begin() + std::ptrdiff_t(starts.front().second));
-  for (const Run& run : runs)
-    ordered.insert(ordered.end(), seq.begin() + std::ptrdiff_t(run.from),
-                   seq.begin() + std::ptrdiff_t(run.to));
-  ordered.insert(ordered.end(), seq.begin() + std::ptrdiff_t(end), seq.end());
-  seq.swap(ordered);
 }
 
 }  // namespace dxfimport

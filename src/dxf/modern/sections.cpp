@@ -247,6 +247,7 @@ bool ModernReader::Read() {
   if (!goOn && ctx_.outcome.StoppedIn.empty()) ctx_.StopAt("LoadDXF");
   try {
     if (inPolyline_) FinishPolyline();
+    ApplyBlockOrders();
     ApplyClips();
     ApplyDrawOrder();
     if (!ctx_.outcome.Cancelled) ChooseLayout();
@@ -312,7 +313,7 @@ bool ModernReader::Dispatch(std::string_view name) {
     const BlockEntry& b = drawing_.Blocks[std::size_t(output_ - 1)];
     toBlock_ = Affine::Translate(-b.BaseX, -b.BaseY);
   }
-  if (!paper && section_ == "ENTITIES") NoteEntityStart(kind->handler);
+  if (section_ == "ENTITIES" || output_) NoteEntityStart(kind->handler);
   ReadOne(*kind);
   if (paper) output_ = 0, toBlock_ = {};
   return true;

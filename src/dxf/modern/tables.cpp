@@ -80,6 +80,7 @@ bool ModernReader::DXFLineTypes() {
 bool ModernReader::DXFBlockRecord() {
   const std::string name(Trim(Text(2)));
   blockRecords_[std::string(Trim(Value(5)))] = name;
+  if (Has(360)) sortableRecords_.insert(std::string(Trim(Value(5))));
   if (SameName(name, "*Model_Space")) {
     modelRecord_ = std::string(Trim(Value(5)));
     keepStarts_ = Has(360);  // its extension dictionary
