@@ -45,6 +45,10 @@ class ModernPainter : public EntityPainter {
   bool VisibleRow(const Box& units, double margin = 2) const;
   template <class Row>
   bool WorthLayingOut(const Row& text) const;
+  // A text too small to read (below kSmallestTextPixels, above a tenth of that): the
+  // grey mark its letters make, its box in its colour at a third of its strength.
+  template <class Row>
+  void MarkSmallText(const Row& text);
   // The ink of a colour value on `layer`, as opaque as `alpha` says.
   QColor ColorOf(int32_t value, int32_t layer, uint8_t alpha = kOpaque) const;
   double WeightPixels(int16_t weight) const;
@@ -136,6 +140,17 @@ bool ModernPainter::Visible(const Box& b, double margin) const {
 // its own size, near the view. Aligned text sets its height from its width: only the
 // view decides there.
 template <class Row>
+void ModernPainter::MarkSmallText(const Row& text) {
+  const double cap = std::abs(text.Height) * e_.ViewScale;
+  if (!(cap < kSmallestTextPixels && cap >= kSmallestTextPixels / 10)) return;
+  const Box box = RowBox(text);
+  if (box.Empty() || !VisibleRow(box)) return;
+  QColor color = ColorOf(text.Color, text.Layer, text.Alpha);
+  color.setAlphaF(color.alphaF() / 3);
+  FillPolygon(QPolygonF(QRectF(At(box.minX, box.maxY), At(box.maxX, box.minY))), color);
+}
+
+template <class Row>
 bool ModernPainter::WorthLayingOut(const Row& text) const {
   bool aligned = false;
   if constexpr (std::is_same_v<Row, TextEntity>) aligned = text.HorzJustify == 3;
@@ -224,13 +239,19 @@ void ModernPainter::Draw(const SeqEntry& entry) {
       if (LayerOn(row.Layer) && WorthLayingOut(row))
         DrawText(job_.Caches.Texts.Of(row, kKindText, entry.Index, drawing_), row.Color, row.Layer,
                  row.Alpha);
+      else if (LayerOn(row.Layer))
+        MarkSmallText(row);
     } else if constexpr (std::is_same_v<Row, AttribEntity>) {
       if (LayerOn(row.Text.Layer) && job_.View.AttributesVisible && WorthLayingOut(row.Text))
         DrawText(job_.Caches.Texts.Of(row.Text, kKindAttrib, entry.Index, drawing_), row.Text.Color,
                  row.Text.Layer, row.Text.Alpha);
+      else if (LayerOn(row.Text.Layer) && job_.View.AttributesVisible)
+        MarkSmallText(row.Text);
     } else if constexpr (std::is_same_v<Row, MTextEntity>) {
       if (LayerOn(row.Layer) && WorthLayingOut(row))
         DrawText(job_.Caches.Texts.Of(row, entry.Index, drawing_), row.Color, row.Layer, row.Alpha);
+      else if (LayerOn(row.Layer))
+        MarkSmallText(row);
     } else if constexpr (std::is_same_v<Row, ArcEntity>) {
       if (LayerOn(row.Layer)) DrawArc(row);
     } else if constexpr (std::is_same_v<Row, EllipseEntity>) {

@@ -509,5 +509,28 @@ TEST(Transparency, EntitiesLayersAndBlocksAreDrawnWithTheirAlpha) {
   EXPECT_TRUE(near(render.Pixel(10, 20), 255, 128, 128)) << std::hex << render.Pixel(10, 20);  // by block
 }
 
+// A text too small to read is the grey mark its letters make: its box, faintly, in its
+// colour; one of a tenth of that size is not drawn at all.
+TEST(ModernRendering, TextTooSmallToReadIsAFaintMark) {
+  RenderSetup setup;
+  setup.window = {0, 1000, 1000, 0};
+  ModernRender render({{0, "TEXT"},
+                       {10, "100"},
+                       {20, "500"},
+                       {40, "10"},
+                       {1, "WWWWWWWWWWWWWWWWWWWW"},
+                       {0, "TEXT"},
+                       {10, "100"},
+                       {20, "200"},
+                       {40, "1"},
+                       {1, "WWWWWWWWWWWWWWWWWWWW"}},
+                      setup);
+  ASSERT_TRUE(render.drawn());
+  EXPECT_GT(render.InkedIn(10, 48, 30, 50), 10);  // the mark of the text one pixel high
+  const QRgb mark = render.Pixel(20, 49);
+  EXPECT_GT(qGreen(mark), 120);                  // faint: red at a third of its strength
+  EXPECT_EQ(render.InkedIn(10, 78, 30, 81), 0);  // the text of a tenth of a pixel
+}
+
 }  // namespace
 }  // namespace dxfimport

@@ -20,7 +20,8 @@ void OrderRuns(std::vector<SeqEntry>& seq, std::size_t to, const std::vector<std
                const std::vector<uint64_t>& keys) {
   std::vector<std::size_t> order(starts.size());
   for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
-  std::stable_sort(order.begin(), order.end(), [&keys](std::size_t a, std::size_t b) { return keys[a] < keys[b]; });
+  std::stable_sort(order.begin(), order.end(),
+                   [&keys](std::size_t a, std::size_t b) { return keys[a] < keys[b]; });
   std::vector<SeqEntry> ordered;
   ordered.reserve(to - starts.front());
   for (std::size_t i : order) {
@@ -73,7 +74,8 @@ void ModernReader::NoteSortableBlock(int32_t block) {
 // An expansion of a block that may be sorted begins: its record (an index into
 // expansions_), or kNoExpansion when the block is not one or too many are recorded.
 std::size_t ModernReader::BeginExpansion(int32_t block) {
-  if (blockOrders_.empty() || !recordExpansions_ || expansionStarts_ > kMaxExpansionStarts) return kNoExpansion;
+  if (blockOrders_.empty() || !recordExpansions_ || expansionStarts_ > kMaxExpansionStarts)
+    return kNoExpansion;
   const auto sorted = blockOrders_.find(block);
   if (sorted == blockOrders_.end() || sorted->second.starts.size() < 2) return kNoExpansion;
   expansions_.push_back({block, {}, 0, 0});
