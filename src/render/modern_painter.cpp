@@ -45,7 +45,7 @@ class ModernPainter : public EntityPainter {
   bool VisibleRow(const Box& units, double margin = 2) const;
   template <class Row>
   bool WorthLayingOut(const Row& text) const;
-  // A text too small to read (below kSmallestTextPixels, above a tenth of that): the
+  // A text too small to read (below kSmallestTextPixels, above a third of that): the
   // grey mark its letters make, its box in its colour at a third of its strength.
   template <class Row>
   void MarkSmallText(const Row& text);
@@ -142,12 +142,20 @@ bool ModernPainter::Visible(const Box& b, double margin) const {
 template <class Row>
 void ModernPainter::MarkSmallText(const Row& text) {
   const double cap = std::abs(text.Height) * e_.ViewScale;
-  if (!(cap < kSmallestTextPixels && cap >= kSmallestTextPixels / 10)) return;
+  if (!(cap < kSmallestTextPixels && cap >= kSmallestTextPixels / 3)) return;
   const Box box = RowBox(text);
   if (box.Empty() || !VisibleRow(box)) return;
   QColor color = ColorOf(text.Color, text.Layer, text.Alpha);
   color.setAlphaF(color.alphaF() / 3);
-  FillPolygon(QPolygonF(QRectF(At(box.minX, box.maxY), At(box.maxX, box.minY))), color);
+  // The box is at most a few pixels high: a line as thick as it is, along its middle.
+  const QRectF r(At(box.minX, box.maxY), At(box.maxX, box.minY));
+  const bool wide = r.width() >= r.height();
+  UsePen(color, std::max(1.0, wide ? r.height() : r.width()), 0);
+  const QPointF c = r.center();
+  if (wide)
+    StrokeLine({r.left(), c.y()}, {r.right(), c.y()});
+  else
+    StrokeLine({c.x(), r.top()}, {c.x(), r.bottom()});
 }
 
 template <class Row>
