@@ -441,5 +441,47 @@ TEST(ModernMultiLeader, LeadersArrowheadsAndTextFromTheContextData) {
   EXPECT_TRUE(loaded->outcome.Report.Clean());
 }
 
+// A MULTILEADER whose content is a block with an attribute: the block where the context
+// data puts it, turned and scaled, and the attribute's definition with the value given.
+TEST(ModernMultiLeader, BlockContentWithItsAttributes) {
+  const std::string dxf =
+      DxfText({{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"},  {2, "BLOCK_RECORD"}, {0, "BLOCK_RECORD"},
+               {5, "3A"},      {2, "TAG"},    {0, "ENDTAB"}, {0, "ENDSEC"},       {0, "SECTION"},
+               {2, "BLOCKS"},  {0, "BLOCK"},  {2, "TAG"},    {10, "0"},           {20, "0"},
+               {0, "CIRCLE"},  {10, "0"},     {20, "0"},     {40, "1"},           {0, "ATTDEF"},
+               {5, "2A"},      {10, "2"},     {20, "0"},     {40, "0.5"},         {1, ""},
+               {2, "NUMBER"},  {70, "0"},     {0, "ENDBLK"}, {0, "ENDSEC"}}) +
+      EntitiesFile({{0, "MULTILEADER"},
+                    {8, "0"},
+                    {330, "1F"},
+                    {100, "AcDbMLeader"},
+                    {300, "CONTEXT_DATA{"},
+                    {40, "1"},
+                    {140, "1"},
+                    {290, "0"},
+                    {296, "1"},
+                    {341, "3A"},
+                    {15, "10"},
+                    {25, "5"},
+                    {16, "2"},
+                    {26, "2"},
+                    {46, "0"},
+                    {301, "}"},
+                    {172, "1"},
+                    {330, "2A"},
+                    {177, "1"},
+                    {44, "0"},
+                    {302, "A-12"}});
+  auto loaded = LoadModern(dxf);
+  const Drawing& d = loaded->drawing;
+  ASSERT_EQ(d.ArcCount(), 1);
+  EXPECT_EQ(d.Arcs[0].CenterX, 10);
+  EXPECT_EQ(d.Arcs[0].Radius, 2);
+  ASSERT_EQ(d.TextCount(), 1);
+  EXPECT_EQ(PlainText(d.Texts[0].Text), "A-12");
+  EXPECT_EQ(d.Texts[0].X, 14);
+  EXPECT_DOUBLE_EQ(d.Texts[0].Height, 1);
+}
+
 }  // namespace
 }  // namespace dxfimport

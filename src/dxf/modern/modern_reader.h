@@ -145,6 +145,7 @@ class ModernReader : public ProfileReader {
     double blockRotation = 0;
     int32_t lineKind = 1;  // 0 none, 1 straight, 2 spline
     std::vector<Leader> leaders;
+    std::vector<std::pair<uint64_t, std::string>> attributes;  // ATTDEF handle, value
   };
   bool DXFMultiLeader();
   LeaderData ReadLeaderData() const;
@@ -360,6 +361,8 @@ class ModernReader : public ProfileReader {
   std::size_t expansionStarts_ = 0;
   bool recordExpansions_ = true;
   std::unordered_map<std::string, std::unordered_map<uint64_t, uint64_t>> blockSortHandles_;
+  // The ATTDEFs of blocks by handle (in their block's coordinates).
+  std::unordered_map<uint64_t, TextEntity> attributeDefinitions_;
 };
 
 }  // namespace dxfimport

@@ -8,6 +8,7 @@
 
 #include "dxf/model/colors.h"
 #include "dxf/model/extents.h"
+#include "dxf/model/mtext.h"
 #include "dxf/model/placement.h"
 #include "dxf/modern/modern_reader.h"
 #include "support/numbers.h"
@@ -56,12 +57,13 @@ std::vector<PointD> CurveThrough(const std::vector<PointD>& p) {
 ModernReader::LeaderData ModernReader::ReadLeaderData() const {
   LeaderData d;
   int depth = 0;  // 0 the entity, 1 the context, 2 a leader, 3 a leader line
+  bool afterContext = false;
   for (const auto& [code, value] : pairs_) {
     const std::string_view v = Trim(value);
     if (code == 300 && v == "CONTEXT_DATA{")
       depth = 1;
     else if (code == 301 && depth == 1)
-      depth = 0;
+      depth = 0, afterContext = true;
     else if (code == 302 && v == "LEADER{" && depth == 1)
       depth = 2, d.leaders.emplace_back();
     else if (code == 303 && depth == 2)
@@ -180,6 +182,12 @@ ModernReader::LeaderData ModernReader::ReadLeaderData() const {
         case 292:
           d.frame = Val(v) != 0;
           break;
+        case 330:  // before the context data: the owner
+          if (afterContext) d.attributes.emplace_back(HandleOf(v), "");
+          break;
+        case 302:
+          if (!d.attributes.empty()) d.attributes.back().second = std::string(value.substr(0, 4096));
+          break;
         default:
           break;
       }
@@ -280,6 +288,18 @@ void ModernReader::EmitLeaderBlock(const LeaderData& d, const Style& own) {
   ref.Layer = own.Layer, ref.LineType = own.LineType, ref.LineWeight = own.LineWeight, ref.Alpha = own.Alpha;
   ref.Color = d.blockColor ? RawColor(*d.blockColor, output_ != 0) : own.Color;
   PlaceInsert(ref);
+  // Its attributes: each definition's text with the value the MULTILEADER gives.
+  // (The definitions are kept relative to their block's base point, as its rows are.)
+  const Affine place = ref.Frame * ref.Local;
+  for (const auto& [handle, value] : d.attributes) {
+    const auto definition = attributeDefinitions_.find(handle);
+    if (definition == attributeDefinitions_.end()) continue;
+    TextEntity text = definition->second;
+    text.Text = TextMarkup(ctx_.decoder.Decode(value));
+    text.Layer = own.Layer;
+    if (text.Color == kColorByBlock || text.Color == 0) text.Color = ref.Color;
+    Emit(Placed(text, place));
+  }
 }
 
 }  // namespace dxfimport

@@ -82,6 +82,11 @@ bool ModernReader::DXFAttrib() {
 // one only a constant attribute (70 bit 1) shows, with its value, in every insert.
 bool ModernReader::DXFAttDef() {
   const int32_t flags = Whole(70, 0, 0, 255);
+  if (block_ && !(flags & 1) && !(flags & 2)) {
+    // Kept by its handle for the block content of a MULTILEADER, which gives its value.
+    if (const uint64_t handle = HandleOf(Value(5)); handle && attributeDefinitions_.size() < 100000)
+      attributeDefinitions_[handle] = ReadTextFields(ReadStyle(), 74);
+  }
   if ((flags & 1) || (block_ && !(flags & 2))) return true;
   TextEntity text = ReadTextFields(ReadStyle(), 74);
   if (!block_) text.Text = TextMarkup(Text(2));
