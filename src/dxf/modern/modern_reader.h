@@ -357,7 +357,7 @@ class ModernReader : public ProfileReader {
     std::size_t end = 0, next = 0;
   };
   std::vector<BlockExpansion> expansions_;
-  static constexpr std::size_t kMaxExpansionStarts = 20'000'000;
+  static constexpr std::size_t kMaxExpansionStarts = 4'000'000;  // 32 MB of starts at most
   std::size_t expansionStarts_ = 0;
   bool recordExpansions_ = true;
   std::unordered_map<std::string, std::unordered_map<uint64_t, uint64_t>> blockSortHandles_;
