@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "dxf/model/dump.h"
+#include "dxf/model/load_report.h"
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {
@@ -56,4 +57,21 @@ TEST(SampleDrawing, LoadsToItsKnownTables) {
 }
 
 }  // namespace
+// What was found and drawn (an image, proxy graphics) is listed apart and leaves the load
+// clean; anything left out does not.
+TEST(LoadReportLines, WhatWasFoundAndDrawnIsListedApartAndKeepsTheLoadClean) {
+  LoadReport report;
+  report.NoteDrawn("image found: plan.png", 0);
+  report.NoteDrawn("image found: plan.png", 0);
+  EXPECT_TRUE(report.Clean());
+  EXPECT_EQ(report.Lines(),
+            (std::vector<std::string>{"Loaded cleanly: nothing was skipped, repaired or left out.",
+                                      "Found and drawn:", "  image found: plan.png (2 times)"}));
+  report.Note("image missing: gone.png", 0);
+  EXPECT_FALSE(report.Clean());
+  EXPECT_EQ(report.Lines(),
+            (std::vector<std::string>{"Skipped, repaired or left out:", "  image missing: gone.png (1 time)",
+                                      "Found and drawn:", "  image found: plan.png (2 times)"}));
+}
+
 }  // namespace dxfimport

@@ -17,14 +17,29 @@ void LoadReport::Note(const std::string& kind, std::size_t line, std::string not
   if (entry.Count < INT64_MAX) ++entry.Count;
 }
 
+void LoadReport::NoteDrawn(const std::string& kind, std::size_t line) {
+  Note(kind, line);
+  entries_[index_[kind]].Drawn = true;
+}
+
+bool LoadReport::Clean() const {
+  return std::all_of(entries_.begin(), entries_.end(), [](const ReportEntry& e) { return e.Drawn; });
+}
+
 std::vector<std::string> LoadReport::Lines() const {
-  if (entries_.empty()) return {"Loaded cleanly: nothing was skipped, repaired or left out."};
-  std::vector<std::string> lines{"Skipped, repaired or left out:"};
-  for (const ReportEntry& e : entries_) {
-    std::string line = "  " + e.Kind + " (" + CountText(e.Count) + (e.Count == 1 ? " time" : " times");
-    if (e.Line) line += ", first at line " + std::to_string(e.Line);
-    lines.push_back(line + ")");
-  }
+  std::vector<std::string> lines;
+  auto list = [&](bool drawn, const char* heading) {
+    for (const ReportEntry& e : entries_) {
+      if (e.Drawn != drawn) continue;
+      if (heading) lines.emplace_back(heading), heading = nullptr;
+      std::string line = "  " + e.Kind + " (" + CountText(e.Count) + (e.Count == 1 ? " time" : " times");
+      if (e.Line) line += ", first at line " + std::to_string(e.Line);
+      lines.push_back(line + ")");
+    }
+  };
+  if (Clean()) lines.emplace_back("Loaded cleanly: nothing was skipped, repaired or left out.");
+  list(false, "Skipped, repaired or left out:");
+  list(true, "Found and drawn:");
   return lines;
 }
 

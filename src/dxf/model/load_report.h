@@ -15,6 +15,7 @@ struct ReportEntry {
   int64_t Count = 0;
   std::size_t Line = 0;  // of the first occurrence (0 when it has no place in the file)
   std::string Notice;    // a line for the user that names it ("" when the kind says it all)
+  bool Drawn = false;    // what was found and drawn (proxy graphics, images, references), no loss
 };
 
 // What the modern profile skipped, repaired or left out while it loaded a drawing, in
@@ -23,11 +24,14 @@ class LoadReport {
  public:
   // Counts one more of `kind`; the first one keeps its line and notice.
   void Note(const std::string& kind, std::size_t line, std::string notice = "");
+  // Counts one more of `kind` that was found and drawn: named, but nothing was lost.
+  void NoteDrawn(const std::string& kind, std::size_t line);
   const std::vector<ReportEntry>& Entries() const { return entries_; }
-  bool Clean() const { return entries_.empty(); }
+  // Nothing was skipped, repaired or left out (what was found and drawn aside).
+  bool Clean() const;
 
   // The report as the lines `stats` prints after its figures: a heading and a line per
-  // kind, or one line saying the drawing loaded cleanly.
+  // kind, or one line saying the drawing loaded cleanly; then what was found and drawn.
   std::vector<std::string> Lines() const;
 
  private:

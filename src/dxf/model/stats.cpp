@@ -62,9 +62,12 @@ std::string StatsJson(const Drawing& d, const std::string& heading, const LoadRe
                 {"extents", extents}};
   if (report) {
     QJsonArray entries;
-    for (const ReportEntry& e : report->Entries())
-      entries.append(QJsonObject{
-          {"kind", QString::fromStdString(e.Kind)}, {"count", double(e.Count)}, {"line", double(e.Line)}});
+    for (const ReportEntry& e : report->Entries()) {
+      QJsonObject entry{
+          {"kind", QString::fromStdString(e.Kind)}, {"count", double(e.Count)}, {"line", double(e.Line)}};
+      if (e.Drawn) entry.insert("drawn", true);
+      entries.append(entry);
+    }
     o.insert("report", entries);
     o.insert("loadedCleanly", report->Clean());
   }

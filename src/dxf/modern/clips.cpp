@@ -128,7 +128,7 @@ void ModernReader::ApplyClips() {
     drawing_.Clips.push_back(std::move(region));
     marks.push_back({c.from, true, int32_t(drawing_.Clips.size())});
     marks.push_back({c.to, false, 0});
-    ctx_.outcome.Report.Note("block reference drawn within its clip boundary (XCLIP)", 0);
+    ctx_.outcome.Report.NoteDrawn("block reference drawn within its clip boundary (XCLIP)", 0);
   }
   clippable_.clear();
   if (marks.empty()) return;

@@ -107,7 +107,10 @@ void ModernReader::ResolvePictures() {
     picture.Path = picture.Name.empty() ? ""
                                         : FindReferencedFile(picture.Name, ctx_.options.DrawingFile,
                                                              ctx_.options.ImageFolders);
-    ctx_.outcome.Report.Note((picture.Path.empty() ? "image missing: " : "image found: ") + name, 0);
+    if (picture.Path.empty())
+      ctx_.outcome.Report.Note("image missing: " + name, 0);
+    else
+      ctx_.outcome.Report.NoteDrawn("image found: " + name, 0);
   }
 }
 

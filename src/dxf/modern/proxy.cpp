@@ -156,7 +156,7 @@ bool ModernReader::DXFProxy() {
     return true;
   }
   for (const ProxyShape& shape : graphics.Shapes) EmitProxyShape(shape, own);
-  Note("drawn from proxy graphics: " + name);
+  ctx_.outcome.Report.NoteDrawn("drawn from proxy graphics: " + name, recordLine_);
   if (graphics.Damaged) Note("proxy graphics cut short: " + name);
   return true;
 }

@@ -79,8 +79,13 @@ void ModernReader::LoadExternalReference(int32_t block, const std::string& writt
   LoadContext context(reference, source, options, outcome, nullptr);
   ModernReader(context).Read();
   for (const ReportEntry& e : outcome.Report.Entries())
-    for (int64_t i = 0; i < std::min<int64_t>(e.Count, 1000); ++i) Note("in " + name + ": " + e.Kind);
-  Note("external reference drawn: " + shown);
+    for (int64_t i = 0; i < std::min<int64_t>(e.Count, 1000); ++i) {
+      if (e.Drawn)
+        ctx_.outcome.Report.NoteDrawn("in " + name + ": " + e.Kind, recordLine_);
+      else
+        Note("in " + name + ": " + e.Kind);
+    }
+  ctx_.outcome.Report.NoteDrawn("external reference drawn: " + shown, recordLine_);
   PutReferenceIn(reference, block);
 }
 
