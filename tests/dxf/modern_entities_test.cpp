@@ -483,5 +483,49 @@ TEST(ModernMultiLeader, BlockContentWithItsAttributes) {
   EXPECT_DOUBLE_EQ(d.Texts[0].Height, 1);
 }
 
+// A MULTILEADER that leaves its leader to its MLEADERSTYLE (which comes after it in the
+// file): the style's arrow size and dogleg length are drawn.
+TEST(ModernMultiLeader, ValuesTheEntityLeavesToItsStyle) {
+  const std::string dxf = DxfText({{0, "SECTION"},
+                                   {2, "ENTITIES"},
+                                   {0, "MULTILEADER"},
+                                   {8, "0"},
+                                   {100, "AcDbMLeader"},
+                                   {300, "CONTEXT_DATA{"},
+                                   {40, "1"},
+                                   {290, "0"},
+                                   {302, "LEADER{"},
+                                   {290, "1"},
+                                   {291, "1"},
+                                   {10, "10"},
+                                   {20, "0"},
+                                   {11, "1"},
+                                   {21, "0"},
+                                   {304, "LEADER_LINE{"},
+                                   {10, "0"},
+                                   {20, "0"},
+                                   {305, "}"},
+                                   {303, "}"},
+                                   {301, "}"},
+                                   {340, "5A"},
+                                   {0, "ENDSEC"},
+                                   {0, "SECTION"},
+                                   {2, "OBJECTS"},
+                                   {0, "MLEADERSTYLE"},
+                                   {5, "5A"},
+                                   {173, "1"},
+                                   {291, "1"},
+                                   {43, "4"},
+                                   {44, "3"},
+                                   {0, "ENDSEC"},
+                                   {0, "EOF"}});
+  auto loaded = LoadModern(dxf);
+  const Drawing& d = loaded->drawing;
+  ASSERT_EQ(d.PolySegCount(), 2);  // (0, 0) -> (10, 0) -> the dogleg to (14, 0)
+  EXPECT_EQ((PointD{d.PolySegs[1].X2, d.PolySegs[1].Y2}), (PointD{14, 0}));
+  ASSERT_EQ(d.SolidCount(), 1);
+  EXPECT_DOUBLE_EQ(d.Solids[0].X2, 3);  // the arrowhead's back, the style's size from the tip
+}
+
 }  // namespace
 }  // namespace dxfimport

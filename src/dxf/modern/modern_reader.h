@@ -146,8 +146,17 @@ class ModernReader : public ProfileReader {
     int32_t lineKind = 1;  // 0 none, 1 straight, 2 spline
     std::vector<Leader> leaders;
     std::vector<std::pair<uint64_t, std::string>> attributes;  // ATTDEF handle, value
+    std::string style;       // its MLEADERSTYLE (340 after the context data)
+    bool ownValues = false;  // the entity gives its leader values (170 after the context data)
+  };
+  struct PendingLeader {
+    LeaderData data;
+    Style own;
   };
   bool DXFMultiLeader();
+  bool DXFMLeaderStyle();
+  void FinishPendingLeaders();
+  void EmitLeader(const LeaderData& d, const Style& own);
   LeaderData ReadLeaderData() const;
   void EmitArrowhead(PointD tip, PointD from, const LeaderData& d, const Style& s);
   void EmitLeaderText(const LeaderData& d, const Style& own);
@@ -361,6 +370,8 @@ class ModernReader : public ProfileReader {
   std::size_t expansionStarts_ = 0;
   bool recordExpansions_ = true;
   std::unordered_map<std::string, std::unordered_map<uint64_t, uint64_t>> blockSortHandles_;
+  std::vector<PendingLeader> pendingLeaders_;
+  std::unordered_map<std::string, LeaderData> leaderStyles_;  // MLEADERSTYLE by handle
   // The ATTDEFs of blocks by handle (in their block's coordinates).
   std::unordered_map<uint64_t, TextEntity> attributeDefinitions_;
 };

@@ -165,6 +165,7 @@ ModernReader::LeaderData ModernReader::ReadLeaderData() const {
     } else {
       switch (code) {
         case 170:
+          d.ownValues = true;
           d.lineKind = int32_t(HeldWhole(Val(v), 0, 2));
           break;
         case 91:
@@ -181,6 +182,9 @@ ModernReader::LeaderData ModernReader::ReadLeaderData() const {
           break;
         case 292:
           d.frame = Val(v) != 0;
+          break;
+        case 340:
+          d.style = std::string(v);
           break;
         case 330:  // before the context data: the owner
           if (afterContext) d.attributes.emplace_back(HandleOf(v), "");
@@ -199,7 +203,60 @@ ModernReader::LeaderData ModernReader::ReadLeaderData() const {
 bool ModernReader::DXFMultiLeader() {
   if (HasProxyGraphics()) return DXFProxy();
   const Style own = ReadStyle();
-  const LeaderData d = ReadLeaderData();
+  LeaderData d = ReadLeaderData();
+  // One that leaves its values to its MLEADERSTYLE, which comes later in the file, is
+  // drawn when the drawing has been read (on top of model space).
+  if (!d.ownValues && !d.style.empty() && output_ == 0 && pendingLeaders_.size() < 100000) {
+    pendingLeaders_.push_back({std::move(d), own});
+    return true;
+  }
+  EmitLeader(d, own);
+  return true;
+}
+
+// MLEADERSTYLE: what its MULTILEADERs take when they do not say.
+bool ModernReader::DXFMLeaderStyle() {
+  LeaderData& s = leaderStyles_[std::string(Trim(Value(5)))];
+  s.lineKind = Whole(173, 1, 0, 2);
+  if (Has(91)) s.lineColor = Num(91);
+  s.doglegOn = Whole(291, 1, 0, 1) != 0;
+  s.landingGap = Num(42);
+  s.arrowBlock = std::string(Trim(Value(341)));
+  s.arrowSize = Num(44, 0.18) * Num(142, 1);
+  if (Has(93)) s.textColor = Num(93);
+  s.textHeight = Num(45, 0.18) * Num(142, 1);
+  s.frame = Whole(292, 0, 0, 1) != 0;
+  s.leaders.push_back({{}, {}, {1, 0}, false, Num(43, 0.36) * Num(142, 1)});
+  return true;
+}
+
+// The MULTILEADERs left to their style, now that the styles are known.
+void ModernReader::FinishPendingLeaders() {
+  for (PendingLeader& p : pendingLeaders_) {
+    LeaderData& d = p.data;
+    const auto found = leaderStyles_.find(d.style);
+    if (found != leaderStyles_.end()) {
+      const LeaderData& s = found->second;
+      d.lineKind = s.lineKind;
+      if (!d.lineColor) d.lineColor = s.lineColor;
+      d.doglegOn = s.doglegOn;
+      if (!(d.landingGap > 0)) d.landingGap = s.landingGap;
+      if (d.arrowBlock.empty()) d.arrowBlock = s.arrowBlock;
+      if (!(d.arrowSize > 0)) d.arrowSize = s.arrowSize;
+      if (!d.textColor) d.textColor = s.textColor;
+      if (!(d.textHeight > 0)) d.textHeight = s.textHeight;
+      d.frame = d.frame || s.frame;
+      for (Leader& l : d.leaders)
+        if (!(l.doglegLength > 0)) l.doglegLength = s.leaders.front().doglegLength;
+    }
+    output_ = 0, toBlock_ = {};
+    entityAlpha_ = p.own.Alpha;
+    EmitLeader(d, p.own);
+  }
+  pendingLeaders_.clear();
+}
+
+void ModernReader::EmitLeader(const LeaderData& d, const Style& own) {
   Style lines = own;
   if (d.lineColor) lines.Color = RawColor(*d.lineColor, output_ != 0);
   for (const Leader& leader : d.leaders) {
@@ -217,7 +274,6 @@ bool ModernReader::DXFMultiLeader() {
   }
   if (d.hasText && !d.text.empty()) EmitLeaderText(d, own);
   if (d.hasBlock) EmitLeaderBlock(d, own);
-  return true;
 }
 
 // The arrowhead at `tip`, pointing away from `from`: the arrow block drawn at the arrow's

@@ -38,6 +38,7 @@ const ModernReader::Kind* ModernReader::FindKind(std::string_view name) {
       {"CLASS", "DXFClass", &ModernReader::DXFClass, kInClasses},
       {"LAYOUT", "DXFLayout", &ModernReader::DXFLayout, kInObjects},
       {"SORTENTSTABLE", "DXFSortEnts", &ModernReader::DXFSortEnts, kInObjects},
+      {"MLEADERSTYLE", "DXFMultiLeader", &ModernReader::DXFMLeaderStyle, kInObjects},
       {"DICTIONARY", "DXFDictionary", &ModernReader::DXFDictionary, kInObjects},
       {"SPATIAL_FILTER", "DXFSpatialFilter", &ModernReader::DXFSpatialFilter, kInObjects},
       {"XRECORD", "DXFSpatialFilter", &ModernReader::DXFXRecord, kInObjects},
@@ -247,6 +248,7 @@ bool ModernReader::Read() {
   if (!goOn && ctx_.outcome.StoppedIn.empty()) ctx_.StopAt("LoadDXF");
   try {
     if (inPolyline_) FinishPolyline();
+    FinishPendingLeaders();
     ApplyBlockOrders();
     ApplyClips();
     ApplyDrawOrder();
