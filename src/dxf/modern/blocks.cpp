@@ -52,6 +52,17 @@ int32_t& ColorField(Row& row) {
     return row.Color;
 }
 
+// The row's opacity, or null for kinds that have none.
+template <class Row>
+uint8_t* AlphaField(Row& row) {
+  if constexpr (std::is_same_v<Row, AttribEntity>)
+    return &row.Text.Alpha;
+  else if constexpr (requires { row.Alpha; })
+    return &row.Alpha;
+  else
+    return nullptr;
+}
+
 }  // namespace
 
 // A block's row as its insert draws it: layer 0 becomes the insert's layer; "by block"
@@ -77,11 +88,7 @@ void ModernReader::Restyle(Row& row, const Style& inherited) {
     else if (row.LineWeight == kWeightByLayer)
       row.LineWeight = own ? own->LineWeight : kWeightDefault;
   }
-  uint8_t* alpha = nullptr;
-  if constexpr (std::is_same_v<Row, AttribEntity>)
-    alpha = &row.Text.Alpha;
-  else if constexpr (requires { row.Alpha; })
-    alpha = &row.Alpha;
+  uint8_t* alpha = AlphaField(row);
   if (alpha && *alpha == kAlphaByBlock)
     *alpha = inherited.Alpha;
   else if (alpha && *alpha == kAlphaByLayer)
@@ -89,23 +96,24 @@ void ModernReader::Restyle(Row& row, const Style& inherited) {
 }
 
 template <class Row>
-void ModernReader::Emit(const Row& given) {
-  const Row* row = &given;
-  Row withAlpha;
-  uint8_t* alpha = nullptr;
-  if constexpr (std::is_same_v<Row, AttribEntity>)
-    alpha = &withAlpha.Text.Alpha;
-  else if constexpr (requires { given.Alpha; })
-    alpha = &withAlpha.Alpha;
-  if (alpha && entityAlpha_ != kOpaque) {
-    withAlpha = given;
-    *alpha = entityAlpha_;
-    row = &withAlpha;
+void ModernReader::Emit(const Row& row) {
+  // A row of a transparent entity is stored with the entity's opacity (a copy only then).
+  if constexpr (std::is_same_v<Row, AttribEntity> || requires { row.Alpha; }) {
+    if (entityAlpha_ != kOpaque) {
+      Row withAlpha = row;
+      *AlphaField(withAlpha) = entityAlpha_;
+      return Store(withAlpha);
+    }
   }
+  Store(row);
+}
+
+template <class Row>
+void ModernReader::Store(const Row& row) {
   if (output_)
-    drawing_.AddBlockRecord(output_, *row);
+    drawing_.AddBlockRecord(output_, row);
   else
-    drawing_.Add(*row);
+    drawing_.Add(row);
 }
 
 template void ModernReader::Emit(const LineEntity&);

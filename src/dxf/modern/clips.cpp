@@ -53,22 +53,13 @@ bool ModernReader::DXFSpatialFilter() {
   if (Whole(71, 1, 0, 1) == 0) return true;
   SpatialFilter filter;
   std::vector<double> matrix;
-  for (const auto& [code, value] : pairs_) {
-    if (code == 10 && filter.boundary.size() < 100000)
-      filter.boundary.push_back({Val(value), 0});
-    else if (code == 20 && !filter.boundary.empty())
-      filter.boundary.back().y = Val(value);
-    else if (code == 40 && matrix.size() < 24)
-      matrix.push_back(Val(value));
-  }
-  if (filter.boundary.size() == 2) {
-    const PointD a = filter.boundary[0], b = filter.boundary[1];
-    filter.boundary = {a, {b.x, a.y}, b, {a.x, b.y}};
-  }
+  filter.boundary = ClipBoundary(10);
+  for (const auto& [code, value] : pairs_)
+    if (code == 40 && matrix.size() < 24) matrix.push_back(Val(value));
   filter.extension = ExtensionDictionary();
   if (matrix.size() >= 12)
     filter.toBlock = {matrix[0], matrix[4], matrix[1], matrix[5], matrix[3], matrix[7]};
-  if (filter.boundary.size() >= 3 && filter.toBlock.IsFinite())
+  if (!filter.boundary.empty() && filter.toBlock.IsFinite())
     spatialFilters_[HandleOf(Value(5))] = std::move(filter);
   return true;
 }

@@ -196,18 +196,8 @@ bool ModernReader::DXFWipeout() {
   const Style s = ReadStyle();
   const PointD origin = Point(10), u = Point(11), v = Point(12);
   const double height = Num(23, 1);
-  std::vector<PointD> boundary;
-  for (const auto& [code, value] : pairs_) {
-    if (code == 14)
-      boundary.push_back({Val(value), 0});
-    else if (code == 24 && !boundary.empty())
-      boundary.back().y = Val(value);
-  }
-  if (boundary.size() == 2) {
-    const PointD a = boundary[0], b = boundary[1];
-    boundary = {a, {b.x, a.y}, b, {a.x, b.y}};
-  }
-  if (boundary.size() < 3) return true;
+  const std::vector<PointD> boundary = ClipBoundary(14);
+  if (boundary.empty()) return true;
   HatchEntity hatch;
   hatch.Filling = HatchEntity::Fill::Background;
   hatch.Layer = s.Layer, hatch.Color = s.Color;

@@ -27,8 +27,9 @@ int32_t ModernReader::PictureRow(std::string_view handleText, bool underlay) {
   return at->second;
 }
 
-// The points of a clip boundary (14/24), in the picture's pixels from its top-left
-// corner; two points are the opposite corners of a rectangle.
+// The points of a boundary (`xCode` and the y code after it: an image's or wipeout's
+// 14/24, a spatial filter's 10/20); two points are the opposite corners of a rectangle.
+// Empty when it has fewer than three corners.
 std::vector<PointD> ModernReader::ClipBoundary(int xCode) const {
   std::vector<PointD> boundary;
   for (const auto& [code, value] : pairs_) {

@@ -263,6 +263,8 @@ class ModernReader : public ProfileReader {
   // Output: a row in world (or, inside a definition, block) coordinates.
   template <class Row>
   void Emit(const Row& row);
+  template <class Row>
+  void Store(const Row& row);
 
   // Extents of what the tables hold, with text boxes (sections.cpp).
   void FinishExtents();
