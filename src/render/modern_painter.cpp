@@ -591,7 +591,7 @@ void ModernPainter::DrawPoint(const PointEntity& p) {
   size = std::clamp(size, 1.0, double(std::max(e_.DeviceWidth, e_.DeviceHeight)));
   const double r = size / 2;
   if (!Visible({c.x() - r, c.y() - r, c.x() + r, c.y() + r})) return;
-  UsePen(ColorOf(p.Color, p.Layer), 0, 0);
+  UsePen(ColorOf(p.Color, p.Layer, p.Alpha), 0, 0);
   switch (style.Mode & 7) {
     case 0:
       painter_.drawPoint(c);

@@ -363,22 +363,91 @@ TEST(ModernReferences, ReferencesAreDrawnWhereInsertedCyclesAndMissingOnesReport
       hostBlocks,
       {{0, "INSERT"}, {2, "B"}, {10, "10"}, {20, "0"}, {0, "INSERT"}, {2, "GONE"}, {0, "INSERT"}, {2, "CAD"}},
       {{0, "LAYER"}, {2, "0"}});
-  std::ofstream(folder + "/refs/b.dxf") << drawing(
-      reference("HOST", "../host.dxf"),
-      {{0, "LINE"}, {8, "WALL"}, {10, "0"}, {20, "0"}, {11, "5"}, {21, "0"}, {0, "INSERT"}, {2, "HOST"}},
-      {{0, "LAYER"}, {2, "WALL"}, {62, "3"}});
+  // b.dxf also holds a reference (at y 1) clipped to 0..2 x 0..2 of its block (XCLIP), a line
+  // from 0 to 4.
+  Pairs refBlocks = reference("HOST", "../host.dxf");
+  refBlocks.insert(refBlocks.end(), {{0, "BLOCK"},
+                                     {2, "TICK"},
+                                     {10, "0"},
+                                     {20, "0"},
+                                     {0, "LINE"},
+                                     {8, "0"},
+                                     {10, "0"},
+                                     {20, "0"},
+                                     {11, "4"},
+                                     {21, "0"},
+                                     {0, "ENDBLK"}});
+  std::string b = drawing(refBlocks,
+                          {{0, "LINE"},
+                           {8, "WALL"},
+                           {10, "0"},
+                           {20, "0"},
+                           {11, "5"},
+                           {21, "0"},
+                           {0, "INSERT"},
+                           {2, "HOST"},
+                           {0, "INSERT"},
+                           {102, "{ACAD_XDICTIONARY"},
+                           {360, "D0"},
+                           {102, "}"},
+                           {2, "TICK"},
+                           {10, "0"},
+                           {20, "1"}},
+                          {{0, "LAYER"}, {2, "WALL"}, {62, "3"}});
+  b.resize(b.size() - DxfText({{0, "EOF"}}).size());
+  b += DxfText({{0, "SECTION"},
+                {2, "OBJECTS"},
+                {0, "DICTIONARY"},
+                {5, "D0"},
+                {3, "ACAD_FILTER"},
+                {360, "D1"},
+                {0, "DICTIONARY"},
+                {5, "D1"},
+                {3, "SPATIAL"},
+                {360, "D2"},
+                {0, "SPATIAL_FILTER"},
+                {5, "D2"},
+                {70, "2"},
+                {10, "0"},
+                {20, "0"},
+                {10, "2"},
+                {20, "2"},
+                {71, "1"},
+                {40, "1"},
+                {40, "0"},
+                {40, "0"},
+                {40, "0"},
+                {40, "0"},
+                {40, "1"},
+                {40, "0"},
+                {40, "0"},
+                {40, "0"},
+                {40, "0"},
+                {40, "1"},
+                {40, "0"},
+                {0, "ENDSEC"},
+                {0, "EOF"}});
+  std::ofstream(folder + "/refs/b.dxf") << b;
   // b.dxf is not where host.dxf says; it is found in the folder given.
   auto loaded = LoadModernFile(folder + "/host.dxf", LoadOptions{.XrefFolders = {folder + "/refs"}});
   const Drawing& d = loaded->drawing;
-  ASSERT_EQ(d.LineCount(), 1);
+  ASSERT_EQ(d.LineCount(), 2);
   EXPECT_EQ(d.Lines[0].X1, 10);
   EXPECT_EQ(d.Lines[0].X2, 15);
+  // The clipped line keeps its clip where the reference is inserted.
+  ASSERT_EQ(d.Clips.size(), 1u);
+  EXPECT_EQ(d.Clips[0].Loops, (std::vector<std::vector<PointD>>{{{10, 1}, {12, 1}, {12, 3}, {10, 3}}}));
+  std::vector<std::pair<int32_t, int32_t>> seq;
+  for (const SeqEntry& e : d.DrawSeq) seq.emplace_back(e.Kind, e.Index);
+  EXPECT_EQ(seq, (std::vector<std::pair<int32_t, int32_t>>{
+                     {kKindLine, 1}, {kKindClip, 1}, {kKindLine, 2}, {kKindClip, 0}}));
   EXPECT_EQ(d.Layers[std::size_t(d.Lines[0].Layer - 1)].Name, "B|WALL");
   EXPECT_EQ(d.Layers[std::size_t(d.Lines[0].Layer - 1)].Color, 0x00FF00);
   std::vector<std::string> report;
   for (const ReportEntry& e : loaded->outcome.Report.Entries()) report.push_back(e.Kind);
   EXPECT_EQ(report, (std::vector<std::string>{
                         "in B: external reference that refers back to itself, left out: ../host.dxf",
+                        "in B: block reference drawn within its clip boundary (XCLIP)",
                         "external reference drawn: ..\\elsewhere\\b.dxf",
                         "external reference missing: gone.dxf",
                         "external reference is a DWG file, not drawn: plan.dwg",

@@ -342,8 +342,17 @@ TEST(ProxyGraphics, AnAddOnObjectIsDrawnAsItsGraphicsSay) {
       .Add(6, ProxyData().Int(2).Point(0, 100).Point(100, 100));
   Pairs wall{{0, "TCH_WALL"}, {8, "0"}};
   for (const auto& pair : stream.Pairs()) wall.push_back(pair);
+  // A second one, half transparent (the stream has no opacity of its own: the entity's).
+  ProxyStream glass;
+  glass.Add(14, ProxyData().Int(5))
+      .Add(20, ProxyData().Int(1))
+      .Add(7, ProxyData().Int(3).Point(70, 60).Point(100, 60).Point(100, 90));
+  wall.insert(wall.end(), {{0, "TCH_WINDOW"}, {8, "0"}, {440, std::to_string(0x02000000 | 127)}});
+  for (const auto& pair : glass.Pairs()) wall.push_back(pair);
   ModernRender render(wall);
   ASSERT_TRUE(render.drawn());
+  const QRgb pane = render.Pixel(95, 25);
+  EXPECT_TRUE(std::abs(qRed(pane) - 128) < 20 && std::abs(qBlue(pane) - 255) < 20) << std::hex << pane;
   EXPECT_EQ(render.Pixel(20, 80), qRgb(255, 0, 0) & 0xFFFFFF);  // inside the triangle
   EXPECT_FALSE(render.Inked(80, 20));                           // beside it
   EXPECT_TRUE(render.InkedNear(50, 0));                         // the blue line along the top
@@ -387,81 +396,92 @@ TEST(Images, APictureShowsWithinItsClipAndAMissingOneAsItsFrame) {
   EXPECT_FALSE(render.Inked(80, 95));                           // and no picture inside it
 }
 
+namespace {
+
+// A SPATIAL_FILTER of the rectangle 0..right x 0..100 made where the block's origin was
+// at (0, -dy).
+Pairs SpatialFilter(const char* handle, const char* right, const char* dy, const char* extension) {
+  Pairs f{{0, "SPATIAL_FILTER"}, {5, handle}};
+  if (*extension) f.insert(f.end(), {{102, "{ACAD_XDICTIONARY"}, {360, extension}, {102, "}"}});
+  f.insert(f.end(), {{100, "AcDbSpatialFilter"},
+                     {70, "2"},
+                     {10, "0"},
+                     {20, "0"},
+                     {10, right},
+                     {20, "100"},
+                     {71, "1"},
+                     {40, "1"},
+                     {40, "0"},
+                     {40, "0"},
+                     {40, "0"},
+                     {40, "0"},
+                     {40, "1"},
+                     {40, "0"},
+                     {40, dy},
+                     {40, "0"},
+                     {40, "0"},
+                     {40, "1"},
+                     {40, "0"}});
+  return f;
+}
+
+Pairs DictionaryEntry(const char* handle, const char* name, const char* entry) {
+  return Pairs{{0, "DICTIONARY"}, {5, handle}, {3, name}, {360, entry}};
+}
+
+// An insert of LINEB (a line from 0 to 100 along x) at height y with the extension
+// dictionary `dictionary`.
+Pairs ClippedLine(const char* handle, const char* dictionary, const char* y) {
+  return Pairs{{0, "INSERT"},     {5, handle}, {102, "{ACAD_XDICTIONARY"},
+               {360, dictionary}, {102, "}"},  {2, "LINEB"},
+               {8, "0"},          {10, "0"},   {20, y}};
+}
+
+const Pairs kLineBlock{{0, "BLOCK"}, {2, "LINEB"}, {10, "0"},   {20, "0"}, {0, "LINE"},  {8, "0"},
+                       {10, "0"},    {20, "0"},    {11, "100"}, {21, "0"}, {0, "ENDBLK"}};
+
+// The objects of a clip to the left half (B0) of a reference at height 30.
+Pairs LeftHalfClip() {
+  Pairs objects;
+  for (const Pairs& p : {DictionaryEntry("B0", "ACAD_FILTER", "B1"), DictionaryEntry("B1", "SPATIAL", "B2"),
+                         SpatialFilter("B2", "50", "-30", "")})
+    objects.insert(objects.end(), p.begin(), p.end());
+  return objects;
+}
+
+Pairs Section(const char* name, Pairs content) {
+  content.insert(content.begin(), {{0, "SECTION"}, {2, name}});
+  content.push_back({0, "ENDSEC"});
+  return content;
+}
+
+}  // namespace
+
 // Two references to a line across the view: the lower one clipped to the left half, the
 // upper one by an inverted clip whose hole is the middle fifth (XCLIP).
 TEST(Clipping, ABlockReferenceShowsOnlyWhatItsSpatialFilterKeeps) {
-  const Pairs entities{{0, "INSERT"},
-                       {5, "A0"},
-                       {102, "{ACAD_XDICTIONARY"},
-                       {360, "B0"},
-                       {102, "}"},
-                       {2, "LINEB"},
-                       {10, "0"},
-                       {20, "30"},
-                       {0, "INSERT"},
-                       {5, "A1"},
-                       {102, "{ACAD_XDICTIONARY"},
-                       {360, "C0"},
-                       {102, "}"},
-                       {2, "LINEB"},
-                       {10, "0"},
-                       {20, "70"}};
-  auto filter = [](const char* handle, const char* right, const char* dy, const char* extension) {
-    Pairs f{{0, "SPATIAL_FILTER"}, {5, handle}};
-    if (*extension) f.insert(f.end(), {{102, "{ACAD_XDICTIONARY"}, {360, extension}, {102, "}"}});
-    f.insert(f.end(), {{100, "AcDbSpatialFilter"},
-                       {70, "2"},
-                       {10, "0"},
-                       {20, "0"},
-                       {10, right},
-                       {20, "100"},
-                       {71, "1"},
-                       {40, "1"},
-                       {40, "0"},
-                       {40, "0"},
-                       {40, "0"},
-                       {40, "0"},
-                       {40, "1"},
-                       {40, "0"},
-                       {40, dy},
-                       {40, "0"},
-                       {40, "0"},
-                       {40, "1"},
-                       {40, "0"}});
-    return f;
-  };
-  auto dictionary = [](const char* handle, const char* name, const char* entry) {
-    return Pairs{{0, "DICTIONARY"}, {5, handle}, {3, name}, {360, entry}};
-  };
-  Pairs objects{{0, "SECTION"}, {2, "OBJECTS"}};
-  for (const Pairs& p : {dictionary("B0", "ACAD_FILTER", "B1"), dictionary("B1", "SPATIAL", "B2"),
-                         filter("B2", "50", "-30", ""), dictionary("C0", "ACAD_FILTER", "C1"),
-                         dictionary("C1", "SPATIAL", "C2"), filter("C2", "100", "-70", "C3"),
-                         dictionary("C3", "ACAD_XREC_ROUNDTRIP", "C4"),
-                         Pairs{{0, "XRECORD"},
-                               {5, "C4"},
-                               {102, "ACAD_INVERTEDCLIP_ROUNDTRIP"},
-                               {10, "40"},
-                               {20, "0"},
-                               {10, "60"},
-                               {20, "0"},
-                               {10, "60"},
-                               {20, "100"},
-                               {10, "40"},
-                               {20, "100"}},
-                         Pairs{{0, "ENDSEC"}}})
+  Pairs entities = ClippedLine("A0", "B0", "30");
+  const Pairs upper = ClippedLine("A1", "C0", "70");
+  entities.insert(entities.end(), upper.begin(), upper.end());
+  Pairs objects = LeftHalfClip();
+  for (const Pairs& p :
+       {DictionaryEntry("C0", "ACAD_FILTER", "C1"), DictionaryEntry("C1", "SPATIAL", "C2"),
+        SpatialFilter("C2", "100", "-70", "C3"), DictionaryEntry("C3", "ACAD_XREC_ROUNDTRIP", "C4"),
+        Pairs{{0, "XRECORD"},
+              {5, "C4"},
+              {102, "ACAD_INVERTEDCLIP_ROUNDTRIP"},
+              {10, "40"},
+              {20, "0"},
+              {10, "60"},
+              {20, "0"},
+              {10, "60"},
+              {20, "100"},
+              {10, "40"},
+              {20, "100"}}})
     objects.insert(objects.end(), p.begin(), p.end());
   RenderSetup setup;
-  setup.objects = DxfText(objects);
-  setup.blocks = DxfText({{0, "BLOCK"},
-                          {2, "LINEB"},
-                          {0, "LINE"},
-                          {8, "0"},
-                          {10, "0"},
-                          {20, "0"},
-                          {11, "100"},
-                          {21, "0"},
-                          {0, "ENDBLK"}});
+  setup.objects = DxfText(Section("OBJECTS", objects));
+  setup.blocks = DxfText(kLineBlock);
   ModernRender render(entities, setup);
   ASSERT_TRUE(render.drawn());
   EXPECT_TRUE(render.InkedNear(25, 70));   // the lower line's left half
@@ -469,6 +489,34 @@ TEST(Clipping, ABlockReferenceShowsOnlyWhatItsSpatialFilterKeeps) {
   EXPECT_TRUE(render.InkedNear(25, 30));   // the upper line outside the hole
   EXPECT_FALSE(render.InkedNear(50, 30));  // not in it
   EXPECT_TRUE(render.InkedNear(75, 30));
+}
+
+// The clipped reference inside another block (two inserts of it, the second 40 higher),
+// and one on a paper-space layout (drawn after the clips are known).
+TEST(Clipping, ClippedReferencesInsideBlocksAndLayoutsKeepTheirClip) {
+  RenderSetup setup;
+  setup.objects = DxfText(Section("OBJECTS", LeftHalfClip()));
+  Pairs outer{{0, "BLOCK"}, {2, "OUTER"}, {10, "0"}, {20, "0"}};
+  const Pairs inner = ClippedLine("D0", "B0", "30");
+  outer.insert(outer.end(), inner.begin(), inner.end());
+  outer.push_back({0, "ENDBLK"});
+  outer.insert(outer.begin(), kLineBlock.begin(), kLineBlock.end());
+  setup.blocks = DxfText(outer);
+  const Pairs nested{{0, "INSERT"}, {2, "OUTER"}, {8, "0"}, {10, "0"}, {20, "0"},
+                     {0, "INSERT"}, {2, "OUTER"}, {8, "0"}, {10, "0"}, {20, "40"}};
+  ModernRender inBlock(nested, setup);
+  ASSERT_TRUE(inBlock.drawn());
+  for (int y : {30, 70}) {
+    EXPECT_TRUE(inBlock.InkedNear(25, y)) << y;
+    EXPECT_FALSE(inBlock.InkedNear(75, y)) << y;
+  }
+  Pairs paper = ClippedLine("A0", "B0", "30");
+  paper.push_back({67, "1"});
+  setup.blocks = DxfText(kLineBlock);
+  ModernRender onLayout(paper, setup);
+  ASSERT_TRUE(onLayout.drawn());
+  EXPECT_TRUE(onLayout.InkedNear(25, 70));  // pixel rows run down from 100
+  EXPECT_FALSE(onLayout.InkedNear(75, 70));
 }
 
 // A blue fill half transparent (440) over a red line; a line on a layer whose extended
@@ -489,13 +537,15 @@ TEST(Transparency, EntitiesLayersAndBlocksAreDrawnWithTheirAlpha) {
                           {21, "0"},
                           {0, "ENDBLK"}});
   ModernRender render(
-      {{0, "LINE"}, {62, "1"},   {10, "0"},   {20, "50"}, {11, "100"},   {21, "50"},  {0, "HATCH"},
-       {62, "5"},   {440, half}, {70, "1"},   {91, "1"},  {92, "1"},     {93, "4"},   {72, "1"},
-       {10, "40"},  {20, "40"},  {11, "60"},  {21, "40"}, {72, "1"},     {10, "60"},  {20, "40"},
-       {11, "60"},  {21, "60"},  {72, "1"},   {10, "60"}, {20, "60"},    {11, "40"},  {21, "60"},
-       {72, "1"},   {10, "40"},  {20, "60"},  {11, "40"}, {21, "40"},    {0, "LINE"}, {8, "GLASS"},
-       {10, "0"},   {20, "20"},  {11, "100"}, {21, "20"}, {0, "INSERT"}, {2, "B"},    {440, half},
-       {10, "0"},   {20, "80"}},
+      {{0, "LINE"}, {62, "1"},   {10, "0"},    {20, "50"}, {11, "100"},   {21, "50"},  {0, "HATCH"},
+       {62, "5"},   {440, half}, {70, "1"},    {91, "1"},  {92, "1"},     {93, "4"},   {72, "1"},
+       {10, "40"},  {20, "40"},  {11, "60"},   {21, "40"}, {72, "1"},     {10, "60"},  {20, "40"},
+       {11, "60"},  {21, "60"},  {72, "1"},    {10, "60"}, {20, "60"},    {11, "40"},  {21, "60"},
+       {72, "1"},   {10, "40"},  {20, "60"},   {11, "40"}, {21, "40"},    {0, "LINE"}, {8, "GLASS"},
+       {10, "0"},   {20, "20"},  {11, "100"},  {21, "20"}, {0, "INSERT"}, {2, "B"},    {440, half},
+       {10, "0"},   {20, "80"},  {0, "SOLID"}, {62, "3"},  {440, half},   {10, "70"},  {20, "40"},
+       {11, "90"},  {21, "40"},  {12, "70"},   {22, "60"}, {13, "90"},    {23, "60"},  {0, "POINT"},
+       {62, "5"},   {440, half}, {10, "30"},   {20, "30"}},
       setup);
   ASSERT_TRUE(render.drawn());
   auto near = [](QRgb c, int r, int g, int b) {
@@ -507,6 +557,12 @@ TEST(Transparency, EntitiesLayersAndBlocksAreDrawnWithTheirAlpha) {
   EXPECT_TRUE(near(render.Pixel(10, 50), 255, 0, 0));                                        // the line alone
   EXPECT_TRUE(near(render.Pixel(10, 80), 255, 128, 128)) << std::hex << render.Pixel(10, 80);  // the layer's
   EXPECT_TRUE(near(render.Pixel(10, 20), 255, 128, 128)) << std::hex << render.Pixel(10, 20);  // by block
+  EXPECT_TRUE(near(render.Pixel(80, 45), 128, 255, 128)) << std::hex << render.Pixel(80, 45);  // a solid
+  EXPECT_TRUE(near(render.Pixel(80, 50), 128, 128, 0)) << std::hex << render.Pixel(80, 50);
+  bool point = false;  // a point's dot
+  for (int y = 69; y <= 71; ++y)
+    for (int x = 29; x <= 31; ++x) point = point || near(render.Pixel(x, y), 128, 128, 255);
+  EXPECT_TRUE(point);
 }
 
 // A text too small to read is the grey mark its letters make: its box, faintly, in its

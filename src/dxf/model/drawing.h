@@ -141,6 +141,9 @@ struct BlockEntry {
   int32_t Height = 0;         // levels of inserts nested in it
   bool Counting = false;      // being counted (a block that inserts itself)
   bool Refused = false;       // an insert of it was skipped (logged once)
+  // The regions of the kKindClip entries of Content, in its coordinates: clipped block
+  // references inside it, and the clips an external reference brought.
+  std::vector<ClipRegion> Clips;
 };
 
 // An INSERT met inside a block definition before its block was defined.

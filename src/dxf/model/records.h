@@ -221,6 +221,7 @@ struct PointEntity {
   double X = 0, Y = 0;
   int32_t Layer = 0;
   int32_t Color = 0;
+  uint8_t Alpha = kOpaque;
 };
 
 // RAY (one way from its base point) and XLINE (both ways), modern profile: drawn to the

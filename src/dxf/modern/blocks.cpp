@@ -270,6 +270,13 @@ ModernReader::Measure ModernReader::MeasureBlock(int32_t block, int depth) {
   return m;
 }
 
+// A row of a block placed into the drawing's tables.
+template <class Row>
+void ModernReader::ExpandRow(const Row& row, const Affine& place) {
+  PlaceInto(row, place, [this](const auto& placed) { drawing_.Add(placed); });
+  Tick();
+}
+
 // Copies the block's rows into the drawing's tables through `m`: layer 0 takes the
 // insert's layer, "by block" the insert's colour, line type and line weight, "by layer"
 // the line type and line weight of the row's (final) layer.
@@ -282,6 +289,10 @@ void ModernReader::ExpandBlock(int32_t block, const Affine& m, const Style& inhe
   std::size_t at = 0;
   for (const SeqEntry& entry : content.DrawSeq) {
     if (expansion != kNoExpansion) NoteExpansion(expansion, at++);
+    if (entry.Kind == kKindClip) {
+      PlaceClip(b.Clips, entry.Index, place);
+      continue;
+    }
     VisitRow(content, entry, [&](const auto& stored) {
       using Row = std::decay_t<decltype(stored)>;
       if constexpr (std::is_same_v<Row, InsertRef>) {
@@ -292,14 +303,32 @@ void ModernReader::ExpandBlock(int32_t block, const Affine& m, const Style& inhe
         Restyle(ref, inherited);
         Style child{ref.Layer, ref.Color == 0 ? (kColorOfLayer | ref.Layer) : ref.Color, ref.LineType,
                     ref.LineWeight, ref.Alpha};
+        // A clipped insert expanded before its clip is known: its rows are noted.
+        const uint64_t clip = clipsResolved_ ? 0 : NestedClip(block, entry.Index);
+        const BlockEntry& inner = drawing_.Blocks[std::size_t(ref.Block - 1)];
+        const Affine base = Affine::Translate(-inner.BaseX, -inner.BaseY);
         for (int32_t r = 0; r < ref.Rows; ++r)
-          for (int32_t c = 0; c < ref.Columns; ++c)
+          for (int32_t c = 0; c < ref.Columns; ++c) {
+            const std::size_t from = drawing_.DrawSeq.size();
             ExpandBlock(ref.Block, place * CopyTransform(ref, c, r), child, depth + 1);
+            if (clip && drawing_.DrawSeq.size() > from)
+              clippable_.push_back(
+                  {clip, place * CopyTransform(ref, c, r) * base, from, drawing_.DrawSeq.size()});
+          }
       } else {
         Row row = stored;
         Restyle(row, inherited);
-        PlaceInto(row, place, [this](const auto& placed) { drawing_.Add(placed); });
-        Tick();
+        if constexpr (std::is_same_v<Row, SolidEntity>) {
+          const uint8_t alpha = row.Layer >= 1 && row.Layer <= drawing_.LayerCount()
+                                    ? drawing_.Layers[std::size_t(row.Layer - 1)].Alpha
+                                    : kOpaque;
+          if (alpha != kOpaque) {
+            HatchEntity fill = SolidFill(row);
+            fill.Alpha = alpha;
+            return ExpandRow(fill, place);
+          }
+        }
+        ExpandRow(row, place);
       }
     });
   }

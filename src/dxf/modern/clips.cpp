@@ -10,7 +10,6 @@
 #include "support/text_decode.h"
 
 namespace dxfimport {
-namespace {}  // namespace
 
 // The extension dictionary of the record (360 after 102 {ACAD_XDICTIONARY), or 0.
 uint64_t ModernReader::ExtensionDictionary() const {
@@ -22,14 +21,29 @@ uint64_t ModernReader::ExtensionDictionary() const {
   return 0;
 }
 
-// A model-space INSERT that may be clipped: where its rows are, and its map from block
-// coordinates (not relative to the base point) to the world.
+// An INSERT that may be clipped: in model space, where its rows are and its map from
+// block coordinates (not relative to the base point) to the world; inside a block
+// definition, which insert row of the block it is.
 void ModernReader::NoteClippable(const InsertRef& ref, std::size_t firstEntry) {
   const uint64_t dictionary = ExtensionDictionary();
-  if (!dictionary || output_ != 0 || drawing_.DrawSeq.size() == firstEntry) return;
+  if (!dictionary) return;
+  if (output_ != 0) {
+    const EntityTables& content = drawing_.Blocks[std::size_t(output_ - 1)].Content;
+    if (content.DrawSeq.size() > firstEntry && content.DrawSeq.back().Kind == kKindInsert)
+      nestedClippable_[uint64_t(output_) << 32 | uint32_t(content.DrawSeq.back().Index)] = dictionary;
+    return;
+  }
+  if (drawing_.DrawSeq.size() == firstEntry) return;
   const BlockEntry& b = drawing_.Blocks[std::size_t(ref.Block - 1)];
   clippable_.push_back({dictionary, ref.Frame * ref.Local * Affine::Translate(-b.BaseX, -b.BaseY), firstEntry,
                         drawing_.DrawSeq.size()});
+}
+
+// The dictionary of an insert inside block `block` (its insert row), or 0 when it has none.
+uint64_t ModernReader::NestedClip(int32_t block, int32_t insert) const {
+  if (nestedClippable_.empty()) return 0;
+  const auto found = nestedClippable_.find(uint64_t(block) << 32 | uint32_t(insert));
+  return found == nestedClippable_.end() ? 0 : found->second;
 }
 
 // DICTIONARY: only the entries that lead to a spatial filter are kept.
@@ -81,51 +95,71 @@ bool ModernReader::DXFXRecord() {
   return true;
 }
 
+// The clip of an insert whose extension dictionary is `dictionary`, in the coordinates of
+// its block, when a spatial filter that clips hangs there. An inverted clip keeps the
+// frame around its boundary without its hole, which is kept aside (the boundary itself
+// runs around the frame and into the hole through a slit, or around the frame alone).
+bool ModernReader::ClipOf(uint64_t dictionary, ClipRegion& region) const {
+  const auto link = filterLinks_.find(dictionary);
+  if (link == filterLinks_.end()) return false;
+  const auto spatial = filterLinks_.find(link->second);
+  if (spatial == filterLinks_.end()) return false;
+  const auto filter = spatialFilters_.find(spatial->second);
+  if (filter == spatialFilters_.end()) return false;
+  region.Loops = {filter->second.boundary};
+  const auto roundTrip = filterLinks_.find(filter->second.extension);
+  const auto hole =
+      roundTrip == filterLinks_.end() ? invertedHoles_.end() : invertedHoles_.find(roundTrip->second);
+  if (hole != invertedHoles_.end()) {
+    Box frame;
+    for (const PointD& p : filter->second.boundary) frame.Add(p);
+    region.Loops = {{{frame.minX, frame.minY},
+                     {frame.maxX, frame.minY},
+                     {frame.maxX, frame.maxY},
+                     {frame.minX, frame.maxY}},
+                    hole->second};
+  }
+  for (auto& loop : region.Loops)
+    for (PointD& p : loop) p = filter->second.toBlock.Apply(p);
+  return true;
+}
+
+// A clip entry of a block's content as the expansion through `m` draws it: its region
+// placed and added to the drawing's clips (index 0, the end of a clip, as it is).
+void ModernReader::PlaceClip(const std::vector<ClipRegion>& clips, int32_t index, const Affine& m) {
+  if (index < 1 || std::size_t(index) > clips.size()) {
+    drawing_.DrawSeq.push_back({kKindClip, 0});
+    return;
+  }
+  ClipRegion region = clips[std::size_t(index - 1)];
+  for (auto& loop : region.Loops)
+    for (PointD& p : loop) p = m.Apply(p);
+  drawing_.Clips.push_back(std::move(region));
+  drawing_.DrawSeq.push_back({kKindClip, int32_t(drawing_.Clips.size())});
+}
+
 // Puts each clipped reference's rows between a clip entry and its end, keeping where
-// model-space entities start in the drawing order true.
+// entities and expansions of sorted blocks start in the drawing order true.
 void ModernReader::ApplyClips() {
-  struct Mark {
-    std::size_t at;
-    bool opens;
-    int32_t clip;
-  };
-  std::vector<Mark> marks;
+  std::vector<ClipMark> marks;
   for (const Clippable& c : clippable_) {
-    auto link = filterLinks_.find(c.dictionary);
-    if (link == filterLinks_.end()) continue;
-    auto spatial = filterLinks_.find(link->second);
-    if (spatial == filterLinks_.end()) continue;
-    auto filter = spatialFilters_.find(spatial->second);
-    if (filter == spatialFilters_.end()) continue;
-    ClipRegion region{{filter->second.boundary}};
-    // An inverted clip: what stays is the frame around its boundary without its hole,
-    // which is kept aside (the boundary itself runs around the frame and into the hole
-    // through a slit, or around the frame alone).
-    const auto roundTrip = filterLinks_.find(filter->second.extension);
-    const auto hole =
-        roundTrip == filterLinks_.end() ? invertedHoles_.end() : invertedHoles_.find(roundTrip->second);
-    if (hole != invertedHoles_.end()) {
-      Box frame;
-      for (const PointD& p : filter->second.boundary) frame.Add(p);
-      region.Loops = {{{frame.minX, frame.minY},
-                       {frame.maxX, frame.minY},
-                       {frame.maxX, frame.maxY},
-                       {frame.minX, frame.maxY}},
-                      hole->second};
-    }
-    const Affine toWorld = c.toWorld * filter->second.toBlock;
+    ClipRegion region;
+    if (!ClipOf(c.dictionary, region)) continue;
     for (auto& loop : region.Loops)
-      for (PointD& p : loop) p = toWorld.Apply(p);
+      for (PointD& p : loop) p = c.toWorld.Apply(p);
     drawing_.Clips.push_back(std::move(region));
-    marks.push_back({c.from, true, int32_t(drawing_.Clips.size())});
-    marks.push_back({c.to, false, 0});
+    marks.push_back({c.from, c.to, true, int32_t(drawing_.Clips.size())});
+    marks.push_back({c.to, c.from, false, 0});
     ctx_.outcome.Report.NoteDrawn("block reference drawn within its clip boundary (XCLIP)", 0);
   }
   clippable_.clear();
+  clipsResolved_ = true;
   if (marks.empty()) return;
-  // At one place, ends before starts.
-  std::stable_sort(marks.begin(), marks.end(), [](const Mark& a, const Mark& b) {
-    return a.at != b.at ? a.at < b.at : !a.opens && b.opens;
+  // At one place: ends, then starts, the widest first.
+  std::stable_sort(marks.begin(), marks.end(), [](const ClipMark& a, const ClipMark& b) {
+    if (a.at != b.at) return a.at < b.at;
+    if (a.opens != b.opens) return !a.opens;
+    return a.opens && a.other > b.other;
   });
   std::vector<SeqEntry>& seq = drawing_.DrawSeq;
   std::vector<SeqEntry> clipped;
@@ -136,18 +170,60 @@ void ModernReader::ApplyClips() {
       clipped.push_back({kKindClip, marks[next].clip});
     if (i < seq.size()) clipped.push_back(seq[i]);
   }
-  // Where an entry at `old` lands: after every mark before it and every end at it. The
-  // starts come in the order of the drawing, so one walk over the marks serves them all.
-  std::size_t passed = 0;
-  auto shifted = [&marks, &passed](std::size_t old) {
-    while (passed < marks.size() &&
-           (marks[passed].at < old || (marks[passed].at == old && !marks[passed].opens)))
-      ++passed;
-    return old + passed;
-  };
-  for (auto& start : entityStarts_) start.second = shifted(start.second);
-  if (entitiesEnd_) entitiesEnd_ = shifted(entitiesEnd_);
+  for (auto& start : entityStarts_) start.second = RunStart(marks, start.second, SIZE_MAX);
+  if (entitiesEnd_) entitiesEnd_ = RunEnd(marks, entitiesEnd_, 0);
+  for (BlockExpansion& e : expansions_) {
+    if (e.starts.empty()) continue;
+    const std::size_t front = e.starts.front();
+    for (std::size_t i = 0; i < e.starts.size(); ++i)
+      e.starts[i] = RunStart(marks, e.starts[i], i + 1 < e.starts.size() ? e.starts[i + 1] : e.end);
+    e.end = RunEnd(marks, e.end, front);
+  }
   seq.swap(clipped);
+}
+
+// Where a run of entries that starts at `old` and ends at `end` starts once the marks are
+// in: after the marks before it, the ends at it and the clips that open at it but reach
+// past its end (they hold more than this run); the others open inside it.
+std::size_t ModernReader::RunStart(const std::vector<ClipMark>& marks, std::size_t old, std::size_t end) {
+  auto at = std::partition_point(marks.begin(), marks.end(), [old](const ClipMark& m) { return m.at < old; });
+  for (; at != marks.end() && at->at == old && (!at->opens || at->other > end); ++at) {
+  }
+  return old + std::size_t(at - marks.begin());
+}
+
+// Where a run that starts at `from` ends (before `old`) once the marks are in: the ends
+// at `old` of clips that opened within the run are still its own.
+std::size_t ModernReader::RunEnd(const std::vector<ClipMark>& marks, std::size_t old, std::size_t from) {
+  auto at = std::partition_point(marks.begin(), marks.end(), [old](const ClipMark& m) { return m.at < old; });
+  for (; at != marks.end() && at->at == old && !at->opens && at->other >= from; ++at) {
+  }
+  return old + std::size_t(at - marks.begin());
+}
+
+// The clipped inserts inside block definitions: their clips put in the blocks' own
+// orders, for the expansions made from now on (layouts among them).
+void ModernReader::ClipBlockContents() {
+  for (const auto& [key, dictionary] : nestedClippable_) {
+    const int32_t block = int32_t(key >> 32), insert = int32_t(key & 0xFFFFFFFF);
+    ClipRegion region;
+    if (block < 1 || block > drawing_.BlockCount() || !ClipOf(dictionary, region)) continue;
+    BlockEntry& b = drawing_.Blocks[std::size_t(block - 1)];
+    std::vector<SeqEntry>& seq = b.Content.DrawSeq;
+    const auto at = std::find_if(seq.begin(), seq.end(), [insert](const SeqEntry& e) {
+      return e.Kind == kKindInsert && e.Index == insert;
+    });
+    if (at == seq.end()) continue;
+    const InsertRef& ref = b.Content.Inserts[std::size_t(insert - 1)];
+    const BlockEntry& inner = drawing_.Blocks[std::size_t(ref.Block - 1)];
+    const Affine toOuter = ref.Frame * ref.Local * Affine::Translate(-inner.BaseX, -inner.BaseY);
+    for (auto& loop : region.Loops)
+      for (PointD& p : loop) p = toOuter.Apply(p);
+    b.Clips.push_back(std::move(region));
+    const auto where = seq.insert(at, {kKindClip, int32_t(b.Clips.size())});
+    seq.insert(where + 2, {kKindClip, 0});
+  }
+  nestedClippable_.clear();
 }
 
 }  // namespace dxfimport

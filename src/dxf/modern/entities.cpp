@@ -56,13 +56,27 @@ bool ModernReader::DXFCircle() {
 }
 
 // SOLID and TRACE: corners 10, 11, 12, 13 in object coordinates (13 missing: a
-// triangle).
+// triangle). A transparent one is kept as the solid fill of its outline, whose rows carry
+// an opacity (solid rows have no room for one); inside a block, one that takes its
+// layer's transparency is decided when the block is inserted, on its final layer.
 bool ModernReader::DXFSolid() {
   const Style s = ReadStyle();
   const PointD c1 = Point(10), c2 = Point(11), c3 = Point(12), c4 = Has(13) ? Point(13) : c3;
-  SolidEntity solid{c1.x, c1.y, c2.x, c2.y, c4.x, c4.y, c3.x, c3.y, s.Layer, s.Color};
-  Emit(Placed(solid, Placement(Num(30))));
+  const SolidEntity solid = Placed(
+      SolidEntity{c1.x, c1.y, c2.x, c2.y, c4.x, c4.y, c3.x, c3.y, s.Layer, s.Color}, Placement(Num(30)));
+  if (s.Alpha == kOpaque || s.Alpha == kAlphaByLayer)
+    Emit(solid);
+  else
+    Emit(SolidFill(solid));
   return true;
+}
+
+HatchEntity ModernReader::SolidFill(const SolidEntity& solid) {
+  HatchEntity fill;
+  fill.Points = {{solid.X1, solid.Y1}, {solid.X2, solid.Y2}, {solid.X4, solid.Y4}, {solid.X3, solid.Y3}};
+  fill.LoopStarts = {0};
+  fill.Layer = solid.Layer, fill.Color = solid.Color;
+  return fill;
 }
 
 // 3DFACE: its visible edges (70 bits 0..3 hide edges 1..4), corners in world

@@ -89,6 +89,7 @@ class ModernReader : public ProfileReader {
 
   // Entity properties.
   Style ReadStyle();
+  static HatchEntity SolidFill(const SolidEntity& solid);
   int32_t LayerRow(std::string_view raw);
   int32_t ColorValue() const;
   int32_t LineTypeValue(int32_t layer);
@@ -121,6 +122,17 @@ class ModernReader : public ProfileReader {
   // Block references clipped by a spatial filter (clips.cpp).
   uint64_t ExtensionDictionary() const;
   void NoteClippable(const InsertRef& ref, std::size_t firstEntry);
+  bool ClipOf(uint64_t dictionary, ClipRegion& region) const;
+  void PlaceClip(const std::vector<ClipRegion>& clips, int32_t index, const Affine& m);
+  uint64_t NestedClip(int32_t block, int32_t insert) const;
+  void ClipBlockContents();
+  struct ClipMark {
+    std::size_t at, other;  // where it goes; where its partner goes
+    bool opens;
+    int32_t clip;
+  };
+  static std::size_t RunStart(const std::vector<ClipMark>& marks, std::size_t old, std::size_t end);
+  static std::size_t RunEnd(const std::vector<ClipMark>& marks, std::size_t old, std::size_t from);
   bool DXFDictionary();
   bool DXFSpatialFilter();
   bool DXFXRecord();
@@ -223,6 +235,8 @@ class ModernReader : public ProfileReader {
   InsertRef ReadInsertRef(int32_t block, const Style& style);
   void PlaceInsert(const InsertRef& ref);
   void ExpandBlock(int32_t block, const Affine& m, const Style& inherited, int depth);
+  template <class Row>
+  void ExpandRow(const Row& row, const Affine& place);
   bool InsertAllowed(int32_t block);
   bool WithinBudget(const InsertRef& ref);
   struct Measure {
@@ -326,6 +340,11 @@ class ModernReader : public ProfileReader {
     std::size_t from, to;  // the insert's entries in the drawing order
   };
   std::vector<Clippable> clippable_;
+  // Inserts inside block definitions with an extension dictionary: (block << 32 | insert
+  // row) -> the dictionary. Expansions made before the filters are known become
+  // Clippables; afterwards the blocks carry their clips themselves.
+  std::unordered_map<uint64_t, uint64_t> nestedClippable_;
+  bool clipsResolved_ = false;
   std::unordered_map<uint64_t, uint64_t> filterLinks_;  // dictionary -> its ACAD_FILTER or SPATIAL entry
   struct SpatialFilter {
     std::vector<PointD> boundary;

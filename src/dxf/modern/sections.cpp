@@ -249,8 +249,9 @@ bool ModernReader::Read() {
   try {
     if (inPolyline_) FinishPolyline();
     FinishPendingLeaders();
-    ApplyBlockOrders();
     ApplyClips();
+    ApplyBlockOrders();
+    ClipBlockContents();
     ApplyDrawOrder();
     if (!ctx_.outcome.Cancelled) ChooseLayout();
     // Every drawing has a layer "0", even one written without a layer table.

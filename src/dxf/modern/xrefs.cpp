@@ -133,7 +133,18 @@ void ModernReader::PutReferenceIn(const Drawing& reference, int32_t block) {
     if constexpr (requires { row.Picture; })
       if (row.Picture > 0) row.Picture += pictures;
   };
+  BlockEntry& host = drawing_.Blocks[std::size_t(block - 1)];
+  const int32_t clips = int32_t(host.Clips.size());
+  for (ClipRegion region : reference.Clips) {
+    for (auto& loop : region.Loops)
+      for (PointD& p : loop) p = place.Apply(p);
+    host.Clips.push_back(std::move(region));
+  }
   for (const SeqEntry& entry : reference.DrawSeq) {
+    if (entry.Kind == kKindClip) {
+      host.Content.DrawSeq.push_back({kKindClip, entry.Index > 0 ? entry.Index + clips : 0});
+      continue;
+    }
     VisitRow(reference, entry, [&](const auto& stored) {
       using Row = std::decay_t<decltype(stored)>;
       if constexpr (!std::is_same_v<Row, InsertRef>) {
