@@ -33,7 +33,7 @@ install(FILES docs/viewer.png docs/viewer-zoomed.png docs/layers.png DESTINATION
 install(FILES samples/floorplan.dxf DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT runtime)
 
 # --- dxfimport-dev: the host library
-set(host_libraries dxfimport_host dxfimport_layers dxfimport_viewer dxfimport_render dxfimport_dxf dxfimport_support)
+set(host_libraries dxfimport_host dxfimport_layers dxfimport_viewer dxfimport_render dxfimport_geo dxfimport_dxf dxfimport_support)
 install(TARGETS ${host_libraries} EXPORT dxfimportTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 install(FILES src/app/dxf_class.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/dxfimport COMPONENT development)
@@ -74,7 +74,7 @@ command-line renderer.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME dxfimport-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "dxfimport (= ${PROJECT_VERSION}), qt6-base-dev, libpng-dev")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "dxfimport (= ${PROJECT_VERSION}), qt6-base-dev, libpng-dev, libproj-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "DXF importer for host applications (development files)
 The automation class DXF as a static library with its header and a CMake package,
 for host applications that show the importer in their own process and take its

@@ -23,6 +23,8 @@ CommandLine::CommandLine()
       "A folder where the images a drawing names are also looked for (repeatable; modern profile)";
   const char* xrefPathHelp =
       "A folder where the drawings of external references are also looked for (repeatable; modern profile)";
+  const char* crsHelp =
+      "The drawing's coordinate reference system, EPSG:n (over its GEODATA and a NAME.prj beside it)";
   const char* legacyHelp = "Read with the legacy rules (every line compared with the entity names)";
   stats = app.add_subcommand("stats", "Print the load statistics of a drawing");
   stats->add_option("file", file, "DXF file")->required();
@@ -31,6 +33,7 @@ CommandLine::CommandLine()
   stats->add_option("--max-entities", maxEntities, budgetHelp)->check(CLI::PositiveNumber);
   stats->add_option("--image-path", imageFolders, imagePathHelp);
   stats->add_option("--xref-path", xrefFolders, xrefPathHelp);
+  stats->add_option("--crs", crs, crsHelp);
   stats->add_option("--window", window, "With --json: the window of the picture whose placement is given");
   stats->add_option("--size", size, "With --json: the size of that picture, WIDTHxHEIGHT")
       ->capture_default_str();
@@ -71,6 +74,11 @@ CommandLine::CommandLine()
   draw->add_option("--image-path", imageFolders, imagePathHelp);
   draw->add_option("--xref-path", xrefFolders, xrefPathHelp);
   draw->add_flag("--world-file", render.worldFile, "Write a world file beside the picture (.bpw, .pgw, ...)");
+  draw->add_option("--crs", render.crs, crsHelp);
+  draw->add_flag(
+      "--georeference", render.georeference,
+      "Place a BMP or PNG on the map: its world file in the drawing's coordinate reference system, "
+      "a .prj and an .aux.xml");
   draw->add_option("--dpi", render.dpi, "Resolution kept in the picture, and with --scale its pixel size")
       ->check(CLI::Range(1.0, 100000.0));
   draw->add_option("--scale", render.scale,

@@ -25,6 +25,7 @@ struct CommandLine {
   int64_t maxEntities = 0;
   std::vector<std::string> imageFolders;
   std::vector<std::string> xrefFolders;
+  std::string crs;  // EPSG:n for a drawing that does not say where it lies
 
   RenderOptions render;
   std::vector<std::string> renderFiles;  // several: a batch into the folder -o names

@@ -9,6 +9,7 @@
 #include "dxf/model/dump.h"
 #include "dxf/model/stats.h"
 #include "dxf/reader.h"
+#include "geo/georeference.h"
 #include "render/redraw.h"
 #include "render/world_file.h"
 #include "support/runtime_error.h"
@@ -67,8 +68,16 @@ std::string PlacementMember(Drawing& drawing, const PictureView& view) {
 
 }  // namespace
 
+bool CrsOptionUsable(const std::string& crs, const char* command) {
+  if (crs.empty() || CrsOfEpsg(EpsgOfOption(crs))) return true;
+  std::fprintf(stderr, "dxfimport %s: --crs %s: no coordinate reference system of that name (EPSG:n)\n",
+               command, crs.c_str());
+  return false;
+}
+
 int RunStats(const std::string& file, bool json, ReadingProfile profile, const LoadOptions& options,
-             const PictureView& view) {
+             const PictureView& view, const std::string& crs) {
+  if (!CrsOptionUsable(crs, "stats")) return 2;
   Drawing drawing;
   LoadOutcome outcome;
   if (!LoadForCommand(file, drawing, outcome, profile, options)) return 1;
@@ -78,6 +87,12 @@ int RunStats(const std::string& file, bool json, ReadingProfile profile, const L
     std::string object = StatsJson(drawing, file, report);
     if (drawing.SeqCount() > 0 && !object.empty() && object.back() == '}')
       object.insert(object.size() - 1, PlacementMember(drawing, view));
+    if (report && !object.empty() && object.back() == '}') {
+      std::string problem;
+      const Georeference geo = GeoreferenceOf(drawing.Geo, file, crs, problem);
+      if (!problem.empty()) std::fprintf(stderr, "dxfimport: %s\n", problem.c_str());
+      object.insert(object.size() - 1, ",\"geolocation\":" + geo.Json(drawing.Geo));
+    }
     std::cout << object << '\n';
   } else {
     for (const std::string& line : StatsLines(drawing, file)) std::cout << line << '\n';

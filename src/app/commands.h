@@ -17,8 +17,11 @@ struct PictureView {
   std::optional<ZoomRect> window;
   int width = 640, height = 480;
 };
+// With --json, the drawing's geolocation too (`crs`: the system the user names, EPSG:n).
 int RunStats(const std::string& file, bool json, ReadingProfile profile, const LoadOptions& options = {},
-             const PictureView& view = {});
+             const PictureView& view = {}, const std::string& crs = {});
+// True when `crs` is empty or names a system PROJ knows; otherwise says so for `command`.
+bool CrsOptionUsable(const std::string& crs, const char* command);
 int RunDump(const std::string& file, ReadingProfile profile, const LoadOptions& options = {});
 
 }  // namespace dxfimport

@@ -86,7 +86,7 @@ int main(int argc, char** argv) {
       return 2;
     }
   }
-  if (cl.stats->parsed()) return RunStats(cl.file, cl.json, profile, budget, view);
+  if (cl.stats->parsed()) return RunStats(cl.file, cl.json, profile, budget, view, cl.crs);
   if (cl.draw->parsed()) {
     render.profile = profile;
     render.maxEntities = cl.maxEntities;

@@ -8,7 +8,9 @@
 #include <cmath>
 #include <cstdio>
 
+#include "app/commands.h"
 #include "app/load_for_command.h"
+#include "geo/georeference.h"
 #include "render/color_depth.h"
 #include "render/picture_file.h"
 #include "render/picture_stream.h"
@@ -164,7 +166,7 @@ bool RenderPdf(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o, 
 
 // Draws and writes the picture (and its world file); the exit status.
 int WritePicture(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o, OutputKind kind,
-                 ColorDepth depth, QColor background, const LoadOutcome& outcome) {
+                 ColorDepth depth, QColor background, const LoadOutcome& outcome, const Georeference& geo) {
   bool written = false;
   switch (kind) {
     case OutputKind::Bmp:
@@ -187,9 +189,17 @@ int WritePicture(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o
     std::fprintf(stderr, "dxfimport render: no picture was written to %s\n", o.output.c_str());
     return 1;
   }
-  if (o.worldFile && !WriteWorldFile(PlacementOf(zoom.Engine), QString::fromStdString(o.output))) {
+  const QString picture = QString::fromStdString(o.output);
+  const PicturePlacement placement =
+      o.georeference ? PlacementOf(zoom.Engine).Through(geo.ToSystem) : PlacementOf(zoom.Engine);
+  if ((o.worldFile || o.georeference) && !WriteWorldFile(placement, picture)) {
     std::fprintf(stderr, "dxfimport render: the world file %s could not be written\n",
-                 WorldFilePath(QString::fromStdString(o.output)).toLocal8Bit().constData());
+                 WorldFilePath(picture).toLocal8Bit().constData());
+    return 1;
+  }
+  if (o.georeference && geo.Known() && !WriteCrsFiles(geo.System, picture)) {
+    std::fprintf(stderr, "dxfimport render: the coordinate system could not be written beside %s\n",
+                 o.output.c_str());
     return 1;
   }
   return outcome.Complete ? 0 : 1;
@@ -208,6 +218,9 @@ int RunRender(const RenderOptions& o) {
     return Usage("--background " + o.background +
                  ": a picture's background is an opaque colour (a name or #rrggbb)");
   if (std::string problem = SizeProblem(o, kind, *depth); !problem.empty()) return Usage(problem);
+  if (o.georeference && kind != OutputKind::Bmp && kind != OutputKind::Png)
+    return Usage("--georeference places a .bmp or .png picture");
+  if (!CrsOptionUsable(o.crs, "render")) return 2;
 
   Drawing drawing;
   LoadOutcome outcome;
@@ -230,7 +243,16 @@ int RunRender(const RenderOptions& o) {
   }
   if (std::string problem = SizeProblem(sized, kind, *depth); !problem.empty()) return Usage(problem);
   if (sized.dpi > 0) zoom.Display.Dpi = sized.dpi;
-  return WritePicture(zoom, window, sized, kind, *depth, background, outcome);
+  std::string problem;
+  const Georeference geo = GeoreferenceOf(drawing.Geo, o.file, o.crs, problem);
+  if (!problem.empty()) std::fprintf(stderr, "dxfimport render: %s\n", problem.c_str());
+  if (o.georeference && !geo.Known())
+    std::fprintf(
+        stderr,
+        "dxfimport render: %s says nothing of its coordinate reference system (no GEODATA, no %s, no "
+        "--crs): its world file is in drawing coordinates\n",
+        o.file.c_str(), PrjPath(o.file).c_str());
+  return WritePicture(zoom, window, sized, kind, *depth, background, outcome, geo);
 }
 
 }  // namespace dxfimport

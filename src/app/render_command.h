@@ -28,8 +28,10 @@ struct RenderOptions {
   bool worldFile = false;                 // a world file beside the picture
   double dpi = 0;                         // the picture's resolution (0: not said; 96 for --scale)
   std::string scale;                      // "1:500": the size follows from the window, scale and dpi
-  std::string units;      // the drawing unit when the drawing does not say (mm, cm, m, in, ft)
-  int32_t stripRows = 0;  // draw a bitmap this many rows at a time (0: whole when it fits)
+  std::string units;          // the drawing unit when the drawing does not say (mm, cm, m, in, ft)
+  int32_t stripRows = 0;      // draw a bitmap this many rows at a time (0: whole when it fits)
+  std::string crs;            // EPSG:n: the drawing's coordinate reference system
+  bool georeference = false;  // world file in the system's coordinates, .prj and .aux.xml
 };
 
 // Draws a drawing to a picture file. 0 when the picture was written from a complete read

@@ -54,15 +54,44 @@ QString WorldFilePath(const QString& picture) {
   return base + "." + world;
 }
 
-bool WriteWorldFile(const PicturePlacement& placement, const QString& picture) {
-  QSaveFile file(WorldFilePath(picture));
+namespace {
+
+bool WriteText(const QString& path, const std::string& text) {
+  QSaveFile file(path);
   if (!file.open(QIODevice::WriteOnly)) return false;
-  const std::string text = placement.WorldFileText();
   if (file.write(text.data(), qint64(text.size())) != qint64(text.size())) {
     file.cancelWriting();
     return false;
   }
   return file.commit();
+}
+
+}  // namespace
+
+PicturePlacement PicturePlacement::Through(const Affine& m) const {
+  PicturePlacement p;
+  p.PixelWidth = m.a * PixelWidth + m.c * RotationY;
+  p.RotationY = m.b * PixelWidth + m.d * RotationY;
+  p.RotationX = m.a * RotationX + m.c * PixelHeight;
+  p.PixelHeight = m.b * RotationX + m.d * PixelHeight;
+  const PointD centre = m.Apply({CentreX, CentreY});
+  p.CentreX = centre.x, p.CentreY = centre.y;
+  return p;
+}
+
+bool WriteWorldFile(const PicturePlacement& placement, const QString& picture) {
+  return WriteText(WorldFilePath(picture), placement.WorldFileText());
+}
+
+bool WriteCrsFiles(const Crs& crs, const QString& picture) {
+  const QFileInfo info(picture);
+  const QString base =
+      info.suffix().isEmpty() ? picture : picture.left(picture.size() - info.suffix().size() - 1);
+  const std::string aux = "<PAMDataset>\n  <SRS dataAxisToSRSAxisMapping=\"1,2\">" +
+                          QString::fromStdString(crs.Wkt).toHtmlEscaped().toStdString() +
+                          "</SRS>\n</PAMDataset>\n";
+  return WriteText(base + ".prj", crs.EsriWkt.empty() ? crs.Wkt : crs.EsriWkt) &&
+         WriteText(picture + ".aux.xml", aux);
 }
 
 double MillimetresPerUnit(int insUnits) {

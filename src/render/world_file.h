@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "dxf/model/geometry.h"
+#include "geo/crs.h"
 #include "render/engine.h"
 
 namespace dxfimport {
@@ -24,6 +26,8 @@ struct PicturePlacement {
   std::string WorldFileText() const;
   // {"pixelWidth":..,"rotationY":..,"rotationX":..,"pixelHeight":..,"x":..,"y":..}
   std::string Json() const;
+  // The placement in the coordinates `m` maps drawing coordinates to (a map's).
+  PicturePlacement Through(const Affine& m) const;
 };
 
 // The placement of the picture the engine's viewport last drew.
@@ -36,6 +40,11 @@ QString WorldFilePath(const QString& picture);
 
 // Writes the world file beside `picture` (atomically); false when it could not.
 bool WriteWorldFile(const PicturePlacement& placement, const QString& picture);
+
+// Writes the coordinate reference system beside `picture` (atomically) as GIS tools look
+// for it: NAME.prj (WKT in ESRI's dialect) and PICTURE.aux.xml (GDAL's, WKT 2). False
+// when either could not be written.
+bool WriteCrsFiles(const Crs& crs, const QString& picture);
 
 // The placement kept in the picture itself (a PNG writes it as a text chunk).
 inline constexpr const char* kPlacementKey = "WorldFile";

@@ -17,32 +17,11 @@
 #include <vector>
 
 #include "app/child_process.h"
+#include "app/program_run.h"
 #include "testing/dxf_fixture.h"
 
 namespace dxfimport {
 namespace {
-
-struct ProgramRun {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
-
-// Runs the dxfimport program with `args`, capturing both output streams.
-ProgramRun Dxfimport(const std::string& args, const std::string& env = "LANG=C.UTF-8") {
-  testing::TempFile errFile("", ".err");
-  std::string command = env + " " + DXFIMPORT_BIN + " " + args + " 2>" + errFile.path();
-  ProgramRun run;
-  FILE* pipe = popen(command.c_str(), "r");
-  std::array<char, 4096> buffer;
-  while (std::size_t n = fread(buffer.data(), 1, buffer.size(), pipe)) run.out.append(buffer.data(), n);
-  int raw = pclose(pipe);
-  run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  FILE* err = fopen(errFile.path().c_str(), "r");
-  while (std::size_t n = fread(buffer.data(), 1, buffer.size(), err)) run.err.append(buffer.data(), n);
-  fclose(err);
-  return run;
-}
 
 TEST(CommandLine, StatsOfTheSampleDrawing) {
   const std::string sample = testing::SamplePath();

@@ -598,3 +598,45 @@ TEST(ModernMultiLeader, ValuesTheEntityLeavesToItsStyle) {
 
 }  // namespace
 }  // namespace dxfimport
+
+namespace dxfimport {
+
+// GEODATA: its definition in chunks with ^J for line ends; the EPSG code from a WKT's
+// outermost AUTHORITY (not an inner one) or an XML alias; the map of a drawing in feet.
+TEST(ModernGeoData, TheGeographicLocationOfModelSpace) {
+  std::string entities = EntitiesFile({{0, "LINE"}, {8, "0"}, {11, "1"}});
+  entities.resize(entities.size() - DxfText({{0, "EOF"}}).size());
+  auto loaded =
+      LoadModern(entities + DxfText({{0, "SECTION"},
+                                     {2, "OBJECTS"},
+                                     {0, "GEODATA"},
+                                     {70, "2"},
+                                     {10, "10"},
+                                     {20, "0"},
+                                     {11, "1000"},
+                                     {21, "2000"},
+                                     {40, "0.3048"},
+                                     {12, "1"},
+                                     {22, "0"},
+                                     {303, "PROJCS[\"x\",GEOGCS[\"y\",AUTHORITY[\"EPSG\",\"4326\"]],^J"},
+                                     {301, "AUTHORITY[\"EPSG\",\"32632\"]]"},
+                                     {0, "ENDSEC"},
+                                     {0, "EOF"}}));
+  const GeoData& geo = loaded->drawing.Geo;
+  ASSERT_TRUE(geo.Present);
+  EXPECT_NE(geo.Definition.find("\n"), std::string::npos);
+  EXPECT_EQ(geo.EpsgCode(), 32632);
+  // North along the drawing's +x: the drawing is turned a quarter counter-clockwise onto the map.
+  const PointD p = geo.ToSystem().Apply({10, 1});
+  EXPECT_NEAR(p.x, 1000 - 0.3048, 1e-9);  // the drawing's up is west
+  EXPECT_NEAR(p.y, 2000, 1e-9);
+  const PointD q = geo.ToSystem().Apply({11, 0});
+  EXPECT_NEAR(q.x, 1000, 1e-9);
+  EXPECT_NEAR(q.y, 2000 + 0.3048, 1e-9);
+  EXPECT_EQ(EpsgCodeIn("PROJCS[\"x\",AUTHORITY[\"EPSG\",\"4326\"],UNIT[\"m\",1]]"), 0);
+  EXPECT_EQ(EpsgCodeIn("<Alias id=\"2056\" type=\"CoordinateSystem\"><ObjectId>CH</ObjectId>"
+                       "<Namespace>EPSG Code</Namespace></Alias>"),
+            2056);
+}
+
+}  // namespace dxfimport

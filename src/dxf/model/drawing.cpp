@@ -20,6 +20,7 @@ bool Drawing::InitDrawing(bool clearAll) {
     DashPatterns = {};
     PointDisplay = {};
     Clips = {};
+    Geo = {};
     DefaultLineWeight = 25;
     Layers = {};
     PendingInserts = {};

@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "dxf/model/geolocation.h"
 #include "dxf/model/profile.h"
 #include "dxf/model/records.h"
 #include "support/runtime_error.h"
@@ -193,6 +194,7 @@ class Drawing : public EntityTables {
   // the entry that ends it: the viewports of a paper-space layout that show model space,
   // and the spatial filters of clipped block references. Clips nest.
   std::vector<ClipRegion> Clips;
+  GeoData Geo;                     // model space's geographic location (modern profile)
   int16_t DefaultLineWeight = 25;  // $LWDEFAULT
   int16_t InsUnits = 0;            // $INSUNITS: the drawing unit (0: not said)
 

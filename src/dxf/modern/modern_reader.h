@@ -134,6 +134,7 @@ class ModernReader : public ProfileReader {
   static std::size_t RunStart(const std::vector<ClipMark>& marks, std::size_t old, std::size_t end);
   static std::size_t RunEnd(const std::vector<ClipMark>& marks, std::size_t old, std::size_t from);
   bool DXFDictionary();
+  bool DXFGeoData();
   bool DXFSpatialFilter();
   bool DXFXRecord();
   void ApplyClips();

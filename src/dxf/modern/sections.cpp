@@ -41,6 +41,7 @@ const ModernReader::Kind* ModernReader::FindKind(std::string_view name) {
       {"MLEADERSTYLE", "DXFMultiLeader", &ModernReader::DXFMLeaderStyle, kInObjects},
       {"DICTIONARY", "DXFDictionary", &ModernReader::DXFDictionary, kInObjects},
       {"SPATIAL_FILTER", "DXFSpatialFilter", &ModernReader::DXFSpatialFilter, kInObjects},
+      {"GEODATA", "DXFGeoData", &ModernReader::DXFGeoData, kInObjects},
       {"XRECORD", "DXFSpatialFilter", &ModernReader::DXFXRecord, kInObjects},
       {"BLOCK", "DXFBlock", &ModernReader::DXFBlock, kInEntities},
       {"ENDBLK", "LoadDXF", &ModernReader::DXFEndBlock, kInEntities},
