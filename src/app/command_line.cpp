@@ -14,8 +14,10 @@ CommandLine::CommandLine()
   app.add_option("file", viewerFile, "DXF file to open in the viewer");
   app.add_flag("--automation", automation,
                "Host mode: the modal viewer, then the bitmap path on standard output");
-  app.add_flag("--placement", placement,
-               "With --automation: a second line with the bitmap's world-file numbers");
+  app.add_flag(
+      "--placement", placement,
+      "With --automation: a second line with the bitmap's world-file numbers, a third with its coordinate "
+      "reference system (WKT; empty when not known)");
 
   const char* budgetHelp =
       "Rows the drawing may hold; an insert that would pass them is left out (modern profile)";

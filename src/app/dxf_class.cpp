@@ -47,13 +47,17 @@ std::string DXF::strBmpFileName() {
   // A load the user stopped is not a drawing to hand back.
   if (g_window && !g_window->booImportCancel && g_window->booPictureLoaded && !g_window->loadStopped()) {
     bmpFileName_ = NewTempFileName();
-    placement_ = g_window->CurrentPlacement().WorldFileText();
+    const Georeference geo = g_window->CurrentGeoreference();
+    placement_ =
+        (geo.Known() ? g_window->CurrentPlacement().Through(geo.ToSystem) : g_window->CurrentPlacement())
+            .WorldFileText();
+    crs_ = geo.System.Wkt;
     if (!SavePictureAtomically(g_window->CurrentPicture(), QString::fromStdString(bmpFileName_), "BMP"))
       bmpFileName_.clear();
   } else {
     bmpFileName_.clear();
   }
-  if (bmpFileName_.empty()) placement_.clear();
+  if (bmpFileName_.empty()) placement_.clear(), crs_.clear();
   return bmpFileName_;
 }
 

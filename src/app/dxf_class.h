@@ -33,7 +33,12 @@ class DXF {
   // Where the last bitmap lies on the drawing: the six lines of its world file (pixel
   // size in x, two rotation terms, negative pixel size in y, drawing coordinates of the
   // centre of the top-left pixel); "" when there is no bitmap.
+  // When the drawing's coordinate reference system is known (strCRS), the numbers are in
+  // its coordinates.
   std::string strPlacement() const { return placement_; }
+  // The coordinate reference system of the last bitmap's placement as WKT (from the
+  // drawing's GEODATA or a NAME.prj beside it); "" when it is not known.
+  std::string strCRS() const { return crs_; }
   // Reads the file with the legacy reading rules (off: the modern profile).
   void booLegacyReadingRules(bool legacy) { legacy_ = legacy; }
 
@@ -47,6 +52,7 @@ class DXF {
   std::string dxfFileName_;
   std::string bmpFileName_;
   std::string placement_;
+  std::string crs_;
   bool legacy_ = false;
 };
 

@@ -40,7 +40,7 @@ int RunAutomation(int argc, char** argv, const std::string& file, bool placement
     std::string numbers = dxf.strPlacement();
     std::replace(numbers.begin(), numbers.end(), '\n', ' ');
     while (!numbers.empty() && numbers.back() == ' ') numbers.pop_back();
-    std::printf("%s\n", numbers.c_str());
+    std::printf("%s\n%s\n", numbers.c_str(), dxf.strCRS().c_str());
   }
   std::fflush(stdout);
   dxf.Class_Terminate();

@@ -23,12 +23,13 @@
 namespace dxfimport {
 namespace {
 
-enum class OutputKind { Bmp, Png, Svg, Pdf, Unknown };
+enum class OutputKind { Bmp, Png, Tiff, Svg, Pdf, Unknown };
 
 OutputKind KindOf(const std::string& path) {
   QString suffix = QString::fromStdString(path).section('.', -1).toLower();
   if (suffix == "bmp") return OutputKind::Bmp;
   if (suffix == "png") return OutputKind::Png;
+  if (suffix == "tif" || suffix == "tiff") return OutputKind::Tiff;
   if (suffix == "svg") return OutputKind::Svg;
   if (suffix == "pdf") return OutputKind::Pdf;
   return OutputKind::Unknown;
@@ -72,18 +73,24 @@ bool RenderImage(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o
   return SavePictureAtomically(picture, QString::fromStdString(o.output), format);
 }
 
-// A picture drawn and written a strip at a time (BMP and PNG only).
+// A picture drawn and written a strip at a time (BMP, PNG and TIFF; a TIFF placed on the
+// map of `geo`, or on the drawing when its system is not known).
 bool RenderStrips(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o, QColor background,
-                  ColorDepth depth, const char* format) {
+                  ColorDepth depth, const char* format, const Georeference& geo) {
   if (zoom.drawing().SeqCount() == 0) {
     ShowMessage(MessageIcon::Information, LoadResText(1051));
     return false;
   }
   if (!zoom.PlaceView(window, o.width, o.height)) return false;
   const LineArtInks inks = InksOf(zoom, background, depth);
-  const PictureStream::Header header =
+  PictureStream::Header header =
       PictureStream::HeaderFor(QSize(o.width, o.height), depth, inks, o.dpi,
                                QString::fromStdString(PlacementOf(zoom.Engine).WorldFileText()));
+  if (qstrcmp(format, "TIFF") == 0) {
+    const bool onMap = o.georeference || geo.Known();
+    header.mapPlacement = onMap ? PlacementOf(zoom.Engine).Through(geo.ToSystem) : PlacementOf(zoom.Engine);
+    header.system = geo.System;
+  }
   std::unique_ptr<PictureStream> stream =
       PictureStream::Open(QString::fromStdString(o.output), format, header);
   if (!stream) return false;
@@ -103,10 +110,12 @@ double ScaleDenominator(const std::string& text) {
 
 // Why a picture of this size cannot be made in this form; empty when it can.
 std::string SizeProblem(const RenderOptions& o, OutputKind kind, ColorDepth depth) {
-  const bool bitmap = kind == OutputKind::Bmp || kind == OutputKind::Png;
+  const bool bitmap = kind == OutputKind::Bmp || kind == OutputKind::Png || kind == OutputKind::Tiff;
   const int largest = bitmap ? kLargestSide : kWholePictureSide;
   if (o.width < 1 || o.height < 1 || o.width > largest || o.height > largest)
     return "--size takes WIDTHxHEIGHT, each 1 to " + std::to_string(largest);
+  if (kind == OutputKind::Tiff && !ReducesPixelByPixel(depth))
+    return "--depth 256, 16 and mono are for BMP and PNG; a TIFF takes palette, bw or grey";
   if (bitmap && NeedsStrips(o) && !ReducesPixelByPixel(depth))
     return "--depth 256, 16 and mono dither the picture whole, which goes up to " +
            std::to_string(kWholePicturePixels) + " pixels; palette, bw and grey take any size";
@@ -172,10 +181,13 @@ int WritePicture(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o
     case OutputKind::Bmp:
     case OutputKind::Png: {
       const char* format = kind == OutputKind::Bmp ? "BMP" : "PNG";
-      written = NeedsStrips(o) ? RenderStrips(zoom, window, o, background, depth, format)
+      written = NeedsStrips(o) ? RenderStrips(zoom, window, o, background, depth, format, geo)
                                : RenderImage(zoom, window, o, background, depth, format);
       break;
     }
+    case OutputKind::Tiff:
+      written = RenderStrips(zoom, window, o, background, depth, "TIFF", geo);
+      break;
     case OutputKind::Svg:
       written = RenderSvg(zoom, window, o, background);
       break;
@@ -190,8 +202,11 @@ int WritePicture(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o
     return 1;
   }
   const QString picture = QString::fromStdString(o.output);
+  // A TIFF is on the map whenever its system is known (its tags say so); the world file
+  // beside it agrees.
+  const bool onMap = o.georeference || (kind == OutputKind::Tiff && geo.Known());
   const PicturePlacement placement =
-      o.georeference ? PlacementOf(zoom.Engine).Through(geo.ToSystem) : PlacementOf(zoom.Engine);
+      onMap ? PlacementOf(zoom.Engine).Through(geo.ToSystem) : PlacementOf(zoom.Engine);
   if ((o.worldFile || o.georeference) && !WriteWorldFile(placement, picture)) {
     std::fprintf(stderr, "dxfimport render: the world file %s could not be written\n",
                  WorldFilePath(picture).toLocal8Bit().constData());
@@ -209,7 +224,7 @@ int WritePicture(ZoomState& zoom, const ZoomRect& window, const RenderOptions& o
 
 int RunRender(const RenderOptions& o) {
   OutputKind kind = KindOf(o.output);
-  if (kind == OutputKind::Unknown) return Usage("the output must end in .bmp, .png, .svg or .pdf");
+  if (kind == OutputKind::Unknown) return Usage("the output must end in .bmp, .png, .tif, .svg or .pdf");
   std::optional<ColorDepth> depth = ColorDepthNamed(o.depth);
   if (!depth) return Usage("--depth takes 256, 16, mono, palette, bw or grey");
   QColor background(QString::fromStdString(o.background));
@@ -218,8 +233,8 @@ int RunRender(const RenderOptions& o) {
     return Usage("--background " + o.background +
                  ": a picture's background is an opaque colour (a name or #rrggbb)");
   if (std::string problem = SizeProblem(o, kind, *depth); !problem.empty()) return Usage(problem);
-  if (o.georeference && kind != OutputKind::Bmp && kind != OutputKind::Png)
-    return Usage("--georeference places a .bmp or .png picture");
+  if (o.georeference && kind != OutputKind::Bmp && kind != OutputKind::Png && kind != OutputKind::Tiff)
+    return Usage("--georeference places a .bmp, .png or .tif picture");
   if (!CrsOptionUsable(o.crs, "render")) return 2;
 
   Drawing drawing;

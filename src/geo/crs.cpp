@@ -30,10 +30,13 @@ std::string Text(const char* text) { return text ? text : ""; }
 Crs Describe(PJ_CONTEXT* context, PJ* crs) {
   Crs out;
   out.Name = Text(proj_get_name(crs));
+  const PJ_TYPE type = proj_get_type(crs);
+  out.Geographic = type == PJ_TYPE_GEOGRAPHIC_2D_CRS || type == PJ_TYPE_GEOGRAPHIC_3D_CRS;
   const char* options[] = {"MULTILINE=NO", nullptr};
   out.Wkt = Text(proj_as_wkt(context, crs, PJ_WKT2_2019, options));
   out.EsriWkt = Text(proj_as_wkt(context, crs, PJ_WKT1_ESRI, options));
-  if (Text(proj_get_id_auth_name(crs, 0)) == "EPSG") out.Epsg = int32_t(std::atol(Text(proj_get_id_code(crs, 0)).c_str()));
+  if (Text(proj_get_id_auth_name(crs, 0)) == "EPSG")
+    out.Epsg = int32_t(std::atol(Text(proj_get_id_code(crs, 0)).c_str()));
   return out;
 }
 

@@ -8,10 +8,11 @@ namespace dxfimport {
 
 // A coordinate reference system as GIS tools take it.
 struct Crs {
-  int32_t Epsg = 0;     // 0: none known
-  std::string Name;     // as the definition names it
-  std::string Wkt;      // WKT 2 (what GDAL writes in .aux.xml)
-  std::string EsriWkt;  // WKT 1 in the ESRI dialect (a .prj)
+  int32_t Epsg = 0;         // 0: none known
+  std::string Name;         // as the definition names it
+  std::string Wkt;          // WKT 2 (what GDAL writes in .aux.xml)
+  std::string EsriWkt;      // WKT 1 in the ESRI dialect (a .prj)
+  bool Geographic = false;  // latitude and longitude (else projected)
   bool Known() const { return !Wkt.empty(); }
 };
 

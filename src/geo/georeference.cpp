@@ -1,11 +1,10 @@
 #include "geo/georeference.h"
 
-#include <filesystem>
-#include <fstream>
-
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <filesystem>
+#include <fstream>
 
 namespace dxfimport {
 namespace {

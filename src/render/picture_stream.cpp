@@ -178,6 +178,8 @@ std::unique_ptr<PictureStream> PictureStream::Open(const QString& path, const ch
   } else if (qstrcmp(format, "PNG") == 0) {
     auto stream = std::make_unique<PngStream>(path, header);
     if (stream->Begin()) return stream;
+  } else if (qstrcmp(format, "TIFF") == 0) {
+    return OpenTiffStream(path, header);
   }
   return nullptr;
 }

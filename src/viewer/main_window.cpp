@@ -304,6 +304,11 @@ void frmImport::setBooGear1Visible(bool visible) {
   }
 }
 
+Georeference frmImport::CurrentGeoreference() const {
+  std::string problem;
+  return GeoreferenceOf(drawing_.Geo, gstrDXFFileName, "", problem);
+}
+
 QImage frmImport::CurrentPicture() const {
   QImage picture = gear1Visible_ ? gearImage_ : picture_->image();
   SetDotsPerInch(picture, pictureDpi_);

@@ -12,6 +12,7 @@
 
 #include "dxf/model/drawing.h"
 #include "dxf/reader.h"
+#include "geo/georeference.h"
 #include "render/color_depth.h"
 #include "render/redraw.h"
 #include "render/world_file.h"
@@ -97,6 +98,8 @@ class frmImport : public QMainWindow {
   QImage CurrentPicture() const;
   // Where the current picture lies on the drawing.
   PicturePlacement CurrentPlacement() const { return PlacementOf(zoom_.Engine); }
+  // The drawing's place on a map: its system (GEODATA, or NAME.prj beside the file).
+  Georeference CurrentGeoreference() const;
 
   PictureBox* Picture1() const { return picture_; }
   Drawing& drawing() { return drawing_; }

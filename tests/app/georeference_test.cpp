@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -15,21 +16,33 @@
 namespace dxfimport {
 namespace {
 
-QJsonObject JsonOf(const std::string& text) { return QJsonDocument::fromJson(QByteArray::fromStdString(text)).object(); }
+QJsonObject JsonOf(const std::string& text) {
+  return QJsonDocument::fromJson(QByteArray::fromStdString(text)).object();
+}
 
 bool HaveGdal() { return std::system("gdalinfo --version > /dev/null 2>&1") == 0; }
+
+// What GDAL's gdalinfo makes of a picture.
+QJsonObject GdalInfo(const std::string& picture) {
+  testing::TempFile info("", ".json");
+  if (std::system(("gdalinfo -json " + picture + " > " + info.path()).c_str()) != 0) return {};
+  std::ifstream in(info.path());
+  return JsonOf(std::string(std::istreambuf_iterator<char>(in), {}));
+}
 
 // A line across 0..1000 x 0..500 in millimetres, placed by GEODATA: the design point
 // (100, 50) at (500000, 200000) of the system, grid north 30 degrees to the left of the
 // drawing's up; the system named by `definition`.
 std::string GeoDrawing(const std::string& definition) {
-  testing::Pairs objects{{0, "SECTION"}, {2, "OBJECTS"}, {0, "GEODATA"}, {5, "A0"},      {100, "AcDbGeoData"},
-                {90, "3"},      {70, "2"},      {10, "100"},    {20, "50"},     {11, "500000"},
-                {21, "200000"}, {40, "0.001"},  {91, "4"},      {12, "-0.5"},   {22, "0.8660254037844386"},
-                {95, "1"}};
+  testing::Pairs objects{
+      {0, "SECTION"}, {2, "OBJECTS"}, {0, "GEODATA"}, {5, "A0"},    {100, "AcDbGeoData"},
+      {90, "3"},      {70, "2"},      {10, "100"},    {20, "50"},   {11, "500000"},
+      {21, "200000"}, {40, "0.001"},  {91, "4"},      {12, "-0.5"}, {22, "0.8660254037844386"},
+      {95, "1"}};
   if (!definition.empty()) objects.push_back({301, definition});
   objects.insert(objects.end(), {{0, "ENDSEC"}, {0, "EOF"}});
-  std::string text = testing::EntitiesFile({{0, "LINE"}, {8, "0"}, {10, "0"}, {20, "0"}, {11, "1000"}, {21, "500"}});
+  std::string text =
+      testing::EntitiesFile({{0, "LINE"}, {8, "0"}, {10, "0"}, {20, "0"}, {11, "1000"}, {21, "500"}});
   text.resize(text.size() - testing::DxfText({{0, "EOF"}}).size());
   return text + testing::DxfText(objects);
 }
@@ -37,7 +50,8 @@ std::string GeoDrawing(const std::string& definition) {
 // Where a drawing point lies in the system, worked out from the GEODATA numbers above.
 std::pair<double, double> OnTheMap(double x, double y) {
   const double turn = -M_PI / 6, dx = (x - 100) * 0.001, dy = (y - 50) * 0.001;
-  return {500000 + dx * std::cos(turn) - dy * std::sin(turn), 200000 + dx * std::sin(turn) + dy * std::cos(turn)};
+  return {500000 + dx * std::cos(turn) - dy * std::sin(turn),
+          200000 + dx * std::sin(turn) + dy * std::cos(turn)};
 }
 
 const char* kEpsgAlias =
@@ -65,25 +79,38 @@ TEST(Georeference, GeodataPlacesThePictureOnTheMap) {
   EXPECT_NEAR(rows[0].toArray()[2].toDouble(), x0, 1e-6);
   EXPECT_NEAR(rows[1].toArray()[2].toDouble(), y0, 1e-6);
 
-  ProgramRun render = Dxfimport("render " + drawing + " -o " + dir + "/site.png --size 200x100 --window 0,500,1000,0 --georeference");
+  ProgramRun render = Dxfimport("render " + drawing + " -o " + dir +
+                                "/site.png --size 200x100 --window 0,500,1000,0 --georeference");
   ASSERT_EQ(render.status, 0) << render.err;
   for (const char* file : {"/site.pgw", "/site.prj", "/site.png.aux.xml"})
     EXPECT_TRUE(std::filesystem::exists(dir + file)) << file;
+  // A GeoTIFF (turned: the whole transformation) and one of the line-art palette.
+  ASSERT_EQ(
+      Dxfimport("render " + drawing + " -o " + dir + "/site.tif --size 200x100 --window 0,500,1000,0").status,
+      0);
+  ASSERT_EQ(Dxfimport("render " + drawing + " -o " + dir +
+                      "/palette.tif --size 200x100 --window 0,500,1000,0 --depth palette")
+                .status,
+            0);
   if (!HaveGdal()) GTEST_SKIP() << "gdalinfo is not installed";
-  testing::TempFile info("", ".json");
-  ASSERT_EQ(std::system(("gdalinfo -json " + dir + "/site.png > " + info.path()).c_str()), 0);
-  std::ifstream in(info.path());
-  const QJsonObject gdal = JsonOf(std::string(std::istreambuf_iterator<char>(in), {}));
-  EXPECT_NE(gdal["coordinateSystem"].toObject()["wkt"].toString().indexOf("ID[\"EPSG\",27700]]"), -1);
-  const double pixel = 5;  // drawing units
-  const QJsonObject corners = gdal["cornerCoordinates"].toObject();
-  const std::pair<const char*, std::pair<double, double>> expected[] = {
-      {"upperLeft", OnTheMap(-pixel / 2, 500 + pixel / 2)}, {"lowerRight", OnTheMap(1000 - pixel / 2, pixel / 2)}};
-  for (const auto& [name, at] : expected) {
-    const QJsonArray corner = corners[name].toArray();
-    EXPECT_NEAR(corner[0].toDouble(), at.first, pixel * 0.001 / 2) << name;
-    EXPECT_NEAR(corner[1].toDouble(), at.second, pixel * 0.001 / 2) << name;
+  for (const char* picture : {"/site.png", "/site.tif", "/palette.tif"}) {
+    const QJsonObject gdal = GdalInfo(dir + picture);
+    EXPECT_NE(gdal["coordinateSystem"].toObject()["wkt"].toString().indexOf("ID[\"EPSG\",27700]]"), -1)
+        << picture;
+    const double pixel = 5;  // drawing units
+    const QJsonObject corners = gdal["cornerCoordinates"].toObject();
+    const std::pair<const char*, std::pair<double, double>> expected[] = {
+        {"upperLeft", OnTheMap(-pixel / 2, 500 + pixel / 2)},
+        {"lowerRight", OnTheMap(1000 - pixel / 2, pixel / 2)}};
+    for (const auto& [name, at] : expected) {
+      const QJsonArray corner = corners[name].toArray();
+      EXPECT_NEAR(corner[0].toDouble(), at.first, pixel * 0.001 / 2) << picture << " " << name;
+      EXPECT_NEAR(corner[1].toDouble(), at.second, pixel * 0.001 / 2) << picture << " " << name;
+    }
   }
+  const QJsonArray bands = GdalInfo(dir + "/palette.tif")["bands"].toArray();
+  ASSERT_EQ(bands.size(), 1);
+  EXPECT_EQ(bands[0].toObject()["colorInterpretation"].toString(), "Palette");
   std::filesystem::remove_all(dir);
 }
 
@@ -97,9 +124,9 @@ TEST(Georeference, TheSystemFromAPrjOrTheCommandLine) {
   QJsonObject geo = JsonOf(Dxfimport("stats --json " + drawing).out)["geolocation"].toObject();
   EXPECT_TRUE(geo["crs"].isNull());
   EXPECT_EQ(geo["transformSource"].toString(), "GEODATA");
-  std::ofstream(dir + "/plan.prj")
-      << "GEOGCS[\"WGS 84\",DATUM[\"WGS_1984\",SPHEROID[\"WGS 84\",6378137,298.257223563]],PRIMEM[\"Greenwich\",0],"
-         "UNIT[\"degree\",0.0174532925199433],AUTHORITY[\"EPSG\",\"4326\"]]";
+  std::ofstream(dir + "/plan.prj") << "GEOGCS[\"WGS 84\",DATUM[\"WGS_1984\",SPHEROID[\"WGS "
+                                      "84\",6378137,298.257223563]],PRIMEM[\"Greenwich\",0],"
+                                      "UNIT[\"degree\",0.0174532925199433],AUTHORITY[\"EPSG\",\"4326\"]]";
   geo = JsonOf(Dxfimport("stats --json " + drawing).out)["geolocation"].toObject();
   EXPECT_EQ(geo["crs"].toObject()["epsg"].toInt(), 4326);
   EXPECT_EQ(geo["source"].toString(), "plan.prj");
@@ -118,7 +145,8 @@ TEST(Georeference, HousesOfParliamentInBritishNationalGrid) {
   if (!std::filesystem::exists(drawing)) GTEST_SKIP() << "no shared corpus";
   const std::string dir = std::filesystem::temp_directory_path() / "dxfimport-parliament-test";
   std::filesystem::create_directories(dir);
-  ASSERT_EQ(Dxfimport("render " + drawing + " -o " + dir + "/hop.png --size 1000x750 --georeference").status, 0);
+  ASSERT_EQ(Dxfimport("render " + drawing + " -o " + dir + "/hop.png --size 1000x750 --georeference").status,
+            0);
   const QJsonObject stats = JsonOf(Dxfimport("stats --json --size 1000x750 " + drawing).out);
   const QJsonObject world = stats["placement"].toObject()["worldFile"].toObject();
   // The pixel of the design point in the picture (drawing coordinates) ...
@@ -131,8 +159,29 @@ TEST(Georeference, HousesOfParliamentInBritishNationalGrid) {
   const double e = w[4] + column * w[0] + row * w[2], n = w[5] + column * w[1] + row * w[3];
   const double metresPerPixel = std::hypot(w[0], w[1]);
   EXPECT_LT(std::hypot(e - 530207.5677217417, n - 179366.7895852687), metresPerPixel);
-  EXPECT_EQ(JsonOf(Dxfimport("stats --json " + drawing).out)["geolocation"].toObject()["crs"].toObject()["epsg"].toInt(),
+  EXPECT_EQ(JsonOf(Dxfimport("stats --json " + drawing).out)["geolocation"]
+                .toObject()["crs"]
+                .toObject()["epsg"]
+                .toInt(),
             27700);
+  std::filesystem::remove_all(dir);
+}
+
+}  // namespace dxfimport
+
+namespace dxfimport {
+
+// A TIFF holds the PNG's pixels, gathered into tiles from strips of any height.
+TEST(Georeference, ATiffHoldsThePicturesPixels) {
+  const std::string dir = std::filesystem::temp_directory_path() / "dxfimport-tiff-test";
+  std::filesystem::create_directories(dir);
+  const std::string sample = testing::SamplePath();
+  ASSERT_EQ(Dxfimport("render " + sample + " -o " + dir + "/s.png --size 300x290").status, 0);
+  ASSERT_EQ(Dxfimport("render " + sample + " -o " + dir + "/s.tif --size 300x290 --strip-rows 37").status, 0);
+  const QImage png(QString::fromStdString(dir + "/s.png")), tif(QString::fromStdString(dir + "/s.tif"));
+  ASSERT_FALSE(tif.isNull());
+  EXPECT_EQ(png.convertToFormat(QImage::Format_RGB32), tif.convertToFormat(QImage::Format_RGB32));
+  EXPECT_EQ(Dxfimport("render " + sample + " -o " + dir + "/d.tif --depth 256").status, 2);
   std::filesystem::remove_all(dir);
 }
 

@@ -1,6 +1,7 @@
 #include <QAction>
 #include <QClipboard>
 #include <QComboBox>
+#include <QFile>
 #include <QGlyphRun>
 #include <QGuiApplication>
 #include <QLabel>
@@ -255,6 +256,7 @@ class ViewerTest : public QObject {
     QVERIFY(placement[0].toDouble() > 0);
     QCOMPARE(placement[3].toDouble(), -placement[0].toDouble());
     QCOMPARE(dxf.strPlacement(), dxf.window()->CurrentPlacement().WorldFileText());
+    QCOMPARE(dxf.strCRS(), std::string());  // the sample says nothing of a map
     std::filesystem::remove(first);
     std::filesystem::remove(second);
 
@@ -263,6 +265,22 @@ class ViewerTest : public QObject {
     QCOMPARE(dxf.strBmpFileName(), std::string());
     QCOMPARE(dxf.strPlacement(), std::string());
     dxf.Class_Terminate();
+
+    // The same drawing with a .prj beside it: the bitmap's system is that one.
+    QTemporaryDir dir;
+    const QString copy = dir.filePath("plan.dxf");
+    QVERIFY(QFile::copy(QString::fromStdString(kSample), copy));
+    std::ofstream(dir.filePath("plan.prj").toStdString())
+        << "GEOGCS[\"WGS 84\",DATUM[\"WGS_1984\",SPHEROID[\"WGS 84\",6378137,298.257223563]],"
+           "PRIMEM[\"Greenwich\",0],UNIT[\"degree\",0.0174532925199433],AUTHORITY[\"EPSG\",\"4326\"]]";
+    DXF placed;
+    placed.strDXFFileName(copy.toStdString());
+    Soon([&placed] { placed.window()->mnuFileExit_Click(0); });
+    placed.ShowDialog();
+    const std::string bitmap = placed.strBmpFileName();
+    QVERIFY(placed.strCRS().find("WGS 84") != std::string::npos);
+    std::filesystem::remove(bitmap);
+    placed.Class_Terminate();
   }
 
   void escapeStopsALongLoadAndKeepsWhatWasRead() {

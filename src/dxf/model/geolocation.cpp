@@ -1,8 +1,8 @@
 #include "dxf/model/geolocation.h"
 
-#include <cmath>
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <string_view>
 
 namespace dxfimport {
@@ -10,7 +10,8 @@ namespace dxfimport {
 Affine GeoData::ToSystem() const {
   if (!Present) return {};
   const double length = std::hypot(North.x, North.y);
-  const PointD north = length > 0 && std::isfinite(length) ? PointD{North.x / length, North.y / length} : PointD{0, 1};
+  const PointD north =
+      length > 0 && std::isfinite(length) ? PointD{North.x / length, North.y / length} : PointD{0, 1};
   // The turn that brings the drawing's north onto the system's +y.
   const double turn = std::atan2(1.0, 0.0) - std::atan2(north.y, north.x);
   double scale = UnitScale > 0 && std::isfinite(UnitScale) ? UnitScale : 1;
@@ -56,7 +57,8 @@ int32_t EpsgCodeIn(const std::string& definition) {
                                                         : std::max(authority, id);
   if (at == std::string::npos) return 0;
   const std::size_t close = definition.find(']', at);
-  if (close == std::string::npos || definition.find_first_not_of(" ]\r\n\t", close) != std::string::npos) return 0;
+  if (close == std::string::npos || definition.find_first_not_of(" ]\r\n\t", close) != std::string::npos)
+    return 0;
   return NumberAt(definition, definition.find(',', at) + 1);
 }
 

@@ -51,7 +51,8 @@ bool ModernReader::DXFGeoData() {
   }
   geo.Definition = WithControls(ctx_.decoder.Decode(definition.substr(0, kMaxDefinition)));
   if (!geo.ToSystem().IsFinite()) {
-    Note("GEODATA that places the drawing nowhere", "The drawing's geographic location was left out: its numbers do not place it");
+    Note("GEODATA that places the drawing nowhere",
+         "The drawing's geographic location was left out: its numbers do not place it");
     return true;
   }
   drawing_.Geo = std::move(geo);
