@@ -59,8 +59,13 @@ CommandLine::CommandLine()
       ->capture_default_str()
       ->check(CLI::NonNegativeNumber);
   draw->add_option("--size", size, "Picture size WIDTHxHEIGHT in pixels")->capture_default_str();
-  draw->add_option("--background", render.background, "Background colour (name or #rrggbb)")
+  draw->add_option("--background", render.background,
+                   "Background colour (name or #rrggbb), or none: transparent (PNG and TIFF)")
       ->capture_default_str();
+  draw->add_option("--fade", render.fade, "Fade every ink this many percent toward the background (0-100)")
+      ->check(CLI::Range(0, 100));
+  draw->add_option("--monochrome", render.monochrome, "Draw every ink in one colour (default black)")
+      ->expected(0, 1);
   draw->add_option("--depth", render.depth,
                    "Colour depth of a bitmap: 256, 16 or mono (dithered); palette, bw or grey (line art)")
       ->check(CLI::IsMember({"256", "16", "mono", "palette", "bw", "grey", "gray"}));

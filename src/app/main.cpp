@@ -89,6 +89,8 @@ int main(int argc, char** argv) {
   if (cl.stats->parsed()) return RunStats(cl.file, cl.json, profile, budget, view, cl.crs);
   if (cl.draw->parsed()) {
     render.profile = profile;
+    if (cl.draw->get_option("--monochrome")->count() > 0 && render.monochrome.empty())
+      render.monochrome = "black";
     render.maxEntities = cl.maxEntities;
     render.imageFolders = cl.imageFolders;
     render.xrefFolders = cl.xrefFolders;

@@ -86,6 +86,7 @@ bool RenderStrips(ZoomState& zoom, const ZoomRect& window, const RenderOptions& 
   PictureStream::Header header =
       PictureStream::HeaderFor(QSize(o.width, o.height), depth, inks, o.dpi,
                                QString::fromStdString(PlacementOf(zoom.Engine).WorldFileText()));
+  if (background.alpha() < 255) header.format = QImage::Format_ARGB32;
   if (qstrcmp(format, "TIFF") == 0) {
     const bool onMap = o.georeference || geo.Known();
     header.mapPlacement = onMap ? PlacementOf(zoom.Engine).Through(geo.ToSystem) : PlacementOf(zoom.Engine);
@@ -119,6 +120,19 @@ std::string SizeProblem(const RenderOptions& o, OutputKind kind, ColorDepth dept
   if (bitmap && NeedsStrips(o) && !ReducesPixelByPixel(depth))
     return "--depth 256, 16 and mono dither the picture whole, which goes up to " +
            std::to_string(kWholePicturePixels) + " pixels; palette, bw and grey take any size";
+  return {};
+}
+
+// Why the background look asked for cannot be had; empty when it can.
+std::string LookProblem(const RenderOptions& o, OutputKind kind, ColorDepth depth) {
+  if (!o.monochrome.empty() && !QColor(QString::fromStdString(o.monochrome)).isValid())
+    return "--monochrome " + o.monochrome + ": unknown colour";
+  if ((o.fade > 0 || !o.monochrome.empty() || o.background == "none") && o.profile == ReadingProfile::Legacy)
+    return "--background none, --fade and --monochrome draw with the modern rules, not --legacy";
+  if (o.background != "none") return {};
+  if (kind != OutputKind::Png && kind != OutputKind::Tiff)
+    return "--background none: only PNG and TIFF pictures can be transparent (a BMP cannot)";
+  if (depth != ColorDepth::Full) return "--background none keeps full colour: leave out --depth";
   return {};
 }
 
@@ -227,11 +241,14 @@ int RunRender(const RenderOptions& o) {
   if (kind == OutputKind::Unknown) return Usage("the output must end in .bmp, .png, .tif, .svg or .pdf");
   std::optional<ColorDepth> depth = ColorDepthNamed(o.depth);
   if (!depth) return Usage("--depth takes 256, 16, mono, palette, bw or grey");
-  QColor background(QString::fromStdString(o.background));
+  const bool transparent = o.background == "none";
+  // A transparent background keeps white for what inks fade toward and stand out from.
+  QColor background(transparent ? QColor(255, 255, 255, 0) : QColor(QString::fromStdString(o.background)));
   if (!background.isValid()) return Usage("unknown colour " + o.background);
-  if (background.alpha() != 255)
+  if (!transparent && background.alpha() != 255)
     return Usage("--background " + o.background +
-                 ": a picture's background is an opaque colour (a name or #rrggbb)");
+                 ": a picture's background is an opaque colour (a name or #rrggbb), or none");
+  if (std::string problem = LookProblem(o, kind, *depth); !problem.empty()) return Usage(problem);
   if (std::string problem = SizeProblem(o, kind, *depth); !problem.empty()) return Usage(problem);
   if (o.georeference && kind != OutputKind::Bmp && kind != OutputKind::Png && kind != OutputKind::Tiff)
     return Usage("--georeference places a .bmp, .png or .tif picture");
@@ -248,6 +265,11 @@ int RunRender(const RenderOptions& o) {
   SwitchLayersOff(drawing, o.layersOff);
   ZoomState zoom(drawing);
   zoom.Display.LineWeights = o.lineWeights;
+  zoom.Display.Fade = o.fade;
+  if (!o.monochrome.empty()) {
+    const QColor ink(QString::fromStdString(o.monochrome));
+    zoom.Display.Monochrome = ink.red() | (ink.green() << 8) | (ink.blue() << 16);
+  }
   zoom.FileName = o.file;
   zoom.ColorByLayer = !o.entityColors;
   zoom.ExtentsZoom = ExtentsOf(drawing);

@@ -14,8 +14,8 @@ struct RenderOptions {
   std::string output;  // .bmp, .png, .svg or .pdf
   int width = 640;
   int height = 480;
-  std::string background = "white";
-  std::string depth;  // "", "256", "16", "mono", "palette", "bw" or "grey"
+  std::string background = "white";  // or "none": transparent (PNG, TIFF)
+  std::string depth;                 // "", "256", "16", "mono", "palette", "bw" or "grey"
   std::vector<std::string> layersOff;
   bool entityColors = false;
   std::optional<ZoomRect> window;  // drawing units; default: the extents
@@ -30,6 +30,8 @@ struct RenderOptions {
   std::string scale;                      // "1:500": the size follows from the window, scale and dpi
   std::string units;          // the drawing unit when the drawing does not say (mm, cm, m, in, ft)
   int32_t stripRows = 0;      // draw a bitmap this many rows at a time (0: whole when it fits)
+  int32_t fade = 0;           // inks this many percent of the way to the background
+  std::string monochrome;     // every ink this colour ("": their own)
   std::string crs;            // EPSG:n: the drawing's coordinate reference system
   bool georeference = false;  // world file in the system's coordinates, .prj and .aux.xml
 };

@@ -69,6 +69,8 @@ class ModernPainter : public EntityPainter {
   void FillLoops(const std::vector<std::vector<PointD>>& loops, const QBrush& brush);
   QPainterPath LoopsPath(const std::vector<std::vector<PointD>>& loops) const;
   QBrush GradientBrush(const HatchEntity& h);
+  QColor Looked(int32_t bgr) const;
+  void FillWithBackground(const std::vector<std::vector<PointD>>& loops);
   void DrawText(const TextLayout& layout, int32_t colorValue, int32_t layer, uint8_t alpha);
   void DrawPoint(const PointEntity& p);
   void DrawRay(const RayEntity& r);
@@ -180,12 +182,28 @@ QColor ModernPainter::ColorOf(int32_t value, int32_t layer, uint8_t alpha) const
   const int32_t bgr = job_.View.InkOf(drawing_, layer, value, foreground_, toPrinter_);
   if (bgr != lastBgr_) {
     lastBgr_ = bgr;
-    lastColor_ = QColor::fromRgb(qRgb(bgr & 0xFF, (bgr >> 8) & 0xFF, (bgr >> 16) & 0xFF));
+    lastColor_ = Looked(bgr);
   }
   if (alpha >= kOpaque) return lastColor_;
   QColor see = lastColor_;
   see.setAlpha(alpha);
   return see;
+}
+
+// An ink as the display's look has it: one colour for all, faded toward the background.
+QColor ModernPainter::Looked(int32_t bgr) const {
+  const DisplayOptions& look = job_.View.Display;
+  if (look.Monochrome >= 0) bgr = look.Monochrome;
+  int red = bgr & 0xFF, green = (bgr >> 8) & 0xFF, blue = (bgr >> 16) & 0xFF;
+  if (look.Fade > 0) {
+    const int fade = std::clamp(look.Fade, 0, 100);
+    auto toward = [fade](int ink, int back) {
+      return ink + ((back - ink) * fade + (back > ink ? 50 : -50)) / 100;
+    };
+    red = toward(red, background_.red()), green = toward(green, background_.green()),
+    blue = toward(blue, background_.blue());
+  }
+  return QColor::fromRgb(qRgb(red, green, blue));
 }
 
 // A line weight in pixels at the picture's resolution, or 0 (a one-pixel pen) when line
@@ -433,9 +451,16 @@ void ModernPainter::DrawHatch(const HatchEntity& h) {
   if (loops.empty() || !Visible(box)) return;
   if (h.Filling == HatchEntity::Fill::Pattern) return DrawPatternLines(h, loops, box);
   if (h.Filling == HatchEntity::Fill::Gradient) return FillLoops(loops, GradientBrush(h));
-  const QColor color =
-      h.Filling == HatchEntity::Fill::Background ? background_ : ColorOf(h.Color, h.Layer, h.Alpha);
-  FillLoops(loops, color);
+  if (h.Filling == HatchEntity::Fill::Background) return FillWithBackground(loops);
+  FillLoops(loops, ColorOf(h.Color, h.Layer, h.Alpha));
+}
+
+// A wipeout: the background put back, a transparent one too (what lies below is cleared).
+void ModernPainter::FillWithBackground(const std::vector<std::vector<PointD>>& loops) {
+  if (background_.alpha() == 255) return FillLoops(loops, background_);
+  painter_.setCompositionMode(QPainter::CompositionMode_Source);
+  FillLoops(loops, QColor(Qt::transparent));
+  painter_.setCompositionMode(QPainter::CompositionMode_SourceOver);
 }
 
 // The area the loops bound (even-odd), filled with `color`.
@@ -463,7 +488,7 @@ QBrush ModernPainter::GradientBrush(const HatchEntity& h) {
   auto mixed = [&from, &to](double k) {
     return QColor::fromRgbF(float(from.redF() + (to.redF() - from.redF()) * k),
                             float(from.greenF() + (to.greenF() - from.greenF()) * k),
-                            float(from.blueF() + (to.blueF() - from.blueF()) * k));
+                            float(from.blueF() + (to.blueF() - from.blueF()) * k), float(from.alphaF()));
   };
   QGradientStops stops;
   for (const GradientStop& stop : GradientStops(g.Kind)) stops.append({stop.at, mixed(stop.mix)});
@@ -556,8 +581,12 @@ void ModernPainter::DrawText(const TextLayout& layout, int32_t colorValue, int32
   penKey_ = {0, -1, -1};
   if (layout.fill) {
     painter_.setPen(Qt::NoPen);
+    // The background colour on a transparent background clears what lies below.
+    const bool clear = layout.fillBackground && background_.alpha() < 255;
+    if (clear) painter_.setCompositionMode(QPainter::CompositionMode_Source);
     UseBrush(layout.fillBackground ? background_ : ColorOf(layout.fillColor, layer, alpha));
     painter_.drawPolygon(toDevice.map(QPolygonF(*layout.fill)));
+    if (clear) painter_.setCompositionMode(QPainter::CompositionMode_SourceOver);
   }
   // Glyphs and their strokes with smoothed edges; the painter's state is put back by
   // hand below (cheaper than saving and restoring all of it for every text).
@@ -658,7 +687,8 @@ void ModernPainter::DrawImage(const ImageEntity& image) {
                              image.Origin.x + image.Height.x, image.Origin.y + image.Height.y);
   painter_.setTransform(toDrawing * device_ * base_);
   painter_.setRenderHint(QPainter::SmoothPixmapTransform, true);
-  painter_.setOpacity((1 - image.Fade / 100.0) * image.Alpha / 255.0);
+  painter_.setOpacity((1 - image.Fade / 100.0) * (1 - std::clamp(job_.View.Display.Fade, 0, 100) / 100.0) *
+                      image.Alpha / 255.0);
   painter_.drawImage(QPointF(0, 0), picture);
   painter_.restore();
 }

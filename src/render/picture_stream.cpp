@@ -105,7 +105,9 @@ class PngStream : public PictureStream {
   bool Write(const QImage& strip) override {
     if (failed_) return false;
     if (setjmp(png_jmpbuf(png_))) return !(failed_ = true);
-    for (int y = 0; y < strip.height(); ++y) png_write_row(png_, strip.constScanLine(y));
+    const QImage rows =
+        header_.format == QImage::Format_ARGB32 ? strip.convertToFormat(QImage::Format_ARGB32) : strip;
+    for (int y = 0; y < rows.height(); ++y) png_write_row(png_, rows.constScanLine(y));
     return true;
   }
 
@@ -129,11 +131,14 @@ class PngStream : public PictureStream {
   bool WriteHead() {
     if (setjmp(png_jmpbuf(png_))) return !(failed_ = true);
     png_set_write_fn(png_, this, &PngStream::Put, &PngStream::Flush);
-    const bool rgb = header_.format == QImage::Format_RGB32;
+    const bool alpha = header_.format == QImage::Format_ARGB32;
+    const bool rgb = alpha || header_.format == QImage::Format_RGB32;
     const int depth = header_.format == QImage::Format_Mono ? 1 : 8;
     png_set_IHDR(png_, info_, png_uint_32(header_.size.width()), png_uint_32(header_.size.height()), depth,
-                 rgb ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE,
-                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+                 alpha ? PNG_COLOR_TYPE_RGB_ALPHA
+                 : rgb ? PNG_COLOR_TYPE_RGB
+                       : PNG_COLOR_TYPE_PALETTE,
+                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     if (!rgb) png_set_PLTE(png_, info_, palette_.data(), int(palette_.size()));
     png_set_pHYs(png_, info_, png_uint_32(header_.dotsPerMetre), png_uint_32(header_.dotsPerMetre),
                  PNG_RESOLUTION_METER);
@@ -145,9 +150,9 @@ class PngStream : public PictureStream {
     if (!placement_.isEmpty()) png_set_text(png_, info_, &text, 1);
     png_write_info(png_, info_);
     if (rgb) {
-      // QImage keeps RGB32 pixels as B, G, R, unused in memory.
+      // QImage keeps RGB32 and ARGB32 pixels as B, G, R, then unused or alpha, in memory.
       png_set_bgr(png_);
-      png_set_filler(png_, 0, PNG_FILLER_AFTER);
+      if (!alpha) png_set_filler(png_, 0, PNG_FILLER_AFTER);
     }
     return true;
   }
@@ -201,7 +206,7 @@ bool WriteInStrips(ZoomState& zoom, QColor background, int32_t rows, ColorDepth 
   for (int done = 0; done < count; ++done) {
     const int index = stream.BottomUp() ? count - 1 - done : done;
     const int32_t top = index * rows;
-    QImage strip(width, std::min(rows, height - top), QImage::Format_RGB32);
+    QImage strip(width, std::min(rows, height - top), PictureFormat(background));
     if (strip.isNull() || !zoom.DrawStrip(strip, top, background) ||
         !stream.Write(ReduceColors(strip, depth, inks))) {
       stream.Cancel();

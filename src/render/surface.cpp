@@ -3,12 +3,12 @@
 namespace dxfimport {
 
 ImageSurface::ImageSurface(int width, int height, QColor background)
-    : image_(width, height, QImage::Format_RGB32), background_(background) {
+    : image_(width, height, PictureFormat(background)), background_(background) {
   Cls();
 }
 
 void ImageSurface::Resize(int width, int height) {
-  image_ = QImage(width, height, QImage::Format_RGB32);
+  image_ = QImage(width, height, PictureFormat(background_));
   Cls();
 }
 

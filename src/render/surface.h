@@ -27,6 +27,12 @@ class Surface {
 };
 
 // A surface that keeps its picture in a persistent image (RGB, one pixel per unit).
+// The format of a picture on `background`: with an alpha channel when it is transparent
+// (its colour then only says what inks fade toward and stand out from).
+inline QImage::Format PictureFormat(QColor background) {
+  return background.alpha() == 255 ? QImage::Format_RGB32 : QImage::Format_ARGB32_Premultiplied;
+}
+
 class ImageSurface : public Surface {
  public:
   ImageSurface(int width, int height, QColor background = Qt::white);

@@ -24,6 +24,11 @@ struct DisplayOptions {
   bool LineWeights = false;  // line weights (group 370) drawn as pen widths, as CAD tools offer
   double Dpi = 96;           // the picture's resolution, for line weights in millimetres
   bool Antialias = false;    // lines and fills drawn with smoothed edges
+  // The look of a background (as CAD tools show an underlay): every ink moved this many
+  // percent of the way to the background colour; every ink one colour (0x00BBGGRR, -1:
+  // their own), hatches and fills included, their transparency kept.
+  int32_t Fade = 0;
+  int32_t Monochrome = -1;
 };
 
 // Draws one item of the drawing order into a canvas; one per profile.
