@@ -1,6 +1,7 @@
 #include "app/dxf_class.h"
 
 #include <QApplication>
+#include <QColor>
 #include <QEventLoop>
 #include <QPointer>
 
@@ -22,6 +23,40 @@ DXF::DXF() = default;
 DXF::~DXF() { Class_Terminate(); }
 
 void DXF::strDXFFileName(const std::string& fileName) { dxfFileName_ = fileName; }
+
+namespace {
+
+// The look kept, changed as `change` says, kept again and given to an open window.
+template <class Change>
+void ChangeLook(Change change) {
+  auto [fade, monochrome] = frmImport::KeptBackgroundLook();
+  change(fade, monochrome);
+  if (g_window)
+    g_window->SetBackgroundLook(fade, monochrome);
+  else
+    frmImport::KeepBackgroundLook(fade, monochrome);
+}
+
+}  // namespace
+
+void DXF::intFade(int percent) {
+  ChangeLook([percent](int32_t& fade, int32_t&) { fade = percent; });
+}
+
+int DXF::intFade() const { return frmImport::KeptBackgroundLook().first; }
+
+void DXF::strMonochrome(const std::string& color) {
+  const QColor ink(QString::fromStdString(color));
+  const int32_t bgr =
+      !color.empty() && ink.isValid() ? ink.red() | (ink.green() << 8) | (ink.blue() << 16) : -1;
+  ChangeLook([bgr](int32_t&, int32_t& monochrome) { monochrome = bgr; });
+}
+
+std::string DXF::strMonochrome() const {
+  const int32_t bgr = frmImport::KeptBackgroundLook().second;
+  return bgr < 0 ? std::string()
+                 : QColor(bgr & 0xFF, (bgr >> 8) & 0xFF, (bgr >> 16) & 0xFF).name().toStdString();
+}
 
 frmImport* DXF::window() const { return g_window; }
 

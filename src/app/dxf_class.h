@@ -39,6 +39,13 @@ class DXF {
   // The coordinate reference system of the last bitmap's placement as WKT (from the
   // drawing's GEODATA or a NAME.prj beside it); "" when it is not known.
   std::string strCRS() const { return crs_; }
+  // The look of the picture as a background, kept between runs (the viewer's Options >
+  // Background Look): every ink faded this many percent toward the background (0..100);
+  // every ink in one colour (a name or #rrggbb; "": each its own).
+  void intFade(int percent);
+  int intFade() const;
+  void strMonochrome(const std::string& color);
+  std::string strMonochrome() const;
   // Reads the file with the legacy reading rules (off: the modern profile).
   void booLegacyReadingRules(bool legacy) { legacy_ = legacy; }
 

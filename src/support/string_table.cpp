@@ -131,6 +131,10 @@ constexpr std::array kTable = std::to_array<Entry>({
     {1088, "&Reference Folders...", "参照のフォルダー(&R)..."},
     {1089, "Folders where the images and drawings a drawing refers to are also looked for, one per line:",
      "図面が参照する画像と図面を探す追加のフォルダー (1 行に 1 つ):"},
+    {1090, "&Background Look...", "背景としての表示(&B)..."},
+    {1091, "Fade toward the background:", "背景色へのフェード:"},
+    {1092, "Draw every ink in one colour", "すべての線を 1 色で描く"},
+    {1093, "Colour:", "色:"},
 });
 
 static_assert(std::is_sorted(kTable.begin(), kTable.end(),

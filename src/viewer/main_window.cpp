@@ -26,6 +26,8 @@
 #include <QStatusBar>
 #include <QToolBar>
 #include <QUrl>
+#include <algorithm>
+#include <tuple>
 
 #include "dxf/model/stats.h"
 #include "render/picture_file.h"
@@ -35,6 +37,7 @@
 #include "support/runtime_error.h"
 #include "support/shared_settings.h"
 #include "support/texts.h"
+#include "viewer/background_look_dialog.h"
 #include "viewer/busy_work.h"
 #include "viewer/choose_size_dialog.h"
 #include "viewer/dialog_font.h"
@@ -59,6 +62,8 @@ constexpr const char* kLegacySetting = "Viewer/LegacyReadingRules";
 constexpr const char* kLineWeightsSetting = "Viewer/LineWeights";
 constexpr const char* kBudgetSetting = "Viewer/EntityBudget";
 constexpr const char* kReferenceFoldersSetting = "Viewer/ReferenceFolders";
+constexpr const char* kFadeSetting = "Viewer/Fade";
+constexpr const char* kMonochromeSetting = "Viewer/Monochrome";
 constexpr const char* kWorldFileSetting = "Viewer/WorldFile";
 constexpr int kReductions = 7;  // the Colour Depth menu's choices
 
@@ -135,6 +140,7 @@ frmImport::frmImport(bool startedForAutomation, QWidget* parent)
   picture_->onMouseUp = [this](int x, int y) { Picture1_MouseUp(x, y); };
 
   zoom_.Display.Antialias = QSettings(kOrganization, kProgram).value("Viewer/SmoothLines", false).toBool();
+  std::tie(zoom_.Display.Fade, zoom_.Display.Monochrome) = KeptBackgroundLook();
   CreateMenus();
   CreateToolbar();
   layoutMenu_->setEnabled(false);
@@ -229,6 +235,7 @@ void frmImport::CreateMenus() {
   captioned_[1063] = layoutMenu_->menuAction();
   item(options, 1070, "mnuOptionBudget", &frmImport::mnuOptionBudget_Click);
   item(options, 1088, "mnuOptionReferenceFolders", &frmImport::mnuOptionReferenceFolders_Click);
+  item(options, 1090, "mnuOptionBackgroundLook", [this] { frmBackgroundLook(*this).exec(); });
   QAction* legacy = item(options, 1061, "mnuOptionLegacy", [] {});
   legacy->setCheckable(true);
   legacy->setChecked(profile_ == ReadingProfile::Legacy);
@@ -450,6 +457,25 @@ void frmImport::mnuOptionReferenceFolders_Click() {
   for (const QString& line : chosen.split('\n', Qt::SkipEmptyParts))
     if (!line.trimmed().isEmpty()) kept.push_back(line.trimmed().toStdString());
   SetReferenceFolders(kept);
+}
+
+void frmImport::SetBackgroundLook(int32_t fade, int32_t monochrome) {
+  KeepBackgroundLook(fade, monochrome);
+  std::tie(zoom_.Display.Fade, zoom_.Display.Monochrome) = KeptBackgroundLook();
+  if (booPictureLoaded) RedrawPicture();
+}
+
+void frmImport::KeepBackgroundLook(int32_t fade, int32_t monochrome) {
+  QSettings settings(kOrganization, kProgram);
+  settings.setValue(kFadeSetting, std::clamp(fade, 0, 100));
+  settings.setValue(kMonochromeSetting, monochrome >= 0 ? monochrome & 0xFFFFFF : -1);
+}
+
+std::pair<int32_t, int32_t> frmImport::KeptBackgroundLook() {
+  QSettings settings(kOrganization, kProgram);
+  const int32_t monochrome = settings.value(kMonochromeSetting, -1).toInt();
+  return {std::clamp(settings.value(kFadeSetting, 0).toInt(), 0, 100),
+          monochrome >= 0 ? monochrome & 0xFFFFFF : -1};
 }
 
 void frmImport::SetReferenceFolders(std::vector<std::string> folders) {

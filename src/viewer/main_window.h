@@ -117,6 +117,13 @@ class frmImport : public QMainWindow {
   // Folders where the images and external references a drawing names are also looked
   // for (kept between runs).
   void SetReferenceFolders(std::vector<std::string> folders);
+  // The look of a background: inks faded `fade` percent toward the background, all in
+  // `monochrome` (0x00BBGGRR; -1: their own). Kept for the next runs; the picture is drawn
+  // again.
+  void SetBackgroundLook(int32_t fade, int32_t monochrome);
+  // The same kept for the next runs without a window, and what is kept.
+  static void KeepBackgroundLook(int32_t fade, int32_t monochrome);
+  static std::pair<int32_t, int32_t> KeptBackgroundLook();
   const std::vector<std::string>& referenceFolders() const { return referenceFolders_; }
   int64_t entityBudget() const { return entityBudget_; }
 

@@ -1,4 +1,5 @@
 #include <QAction>
+#include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
 #include <QFile>
@@ -25,6 +26,7 @@
 #include "support/shared_settings.h"
 #include "support/texts.h"
 #include "testing/viewer_session.h"
+#include "viewer/background_look_dialog.h"
 #include "viewer/choose_size_dialog.h"
 #include "viewer/main_window.h"
 #include "viewer/picture_box.h"
@@ -207,6 +209,44 @@ class ViewerTest : public QObject {
     scaled.cmd1_Click(0);
     QVERIFY(messages_.messages().back().text.find("dxfimport render") != std::string::npos);
     QCOMPARE(window.Picture1()->image().size(), expected);
+  }
+
+  // Options > Background Look: every ink blue (white and blue mixed at smoothed edges),
+  // kept for the next window and for the host class; Cancel changes nothing.
+  void theBackgroundLookIsKeptAndDrawn() {
+    frmImport window(false);
+    gstrDXFFileName = kSample;
+    window.FileOpen(false);
+    {
+      frmBackgroundLook dialog(window);
+      dialog.fade()->setValue(40);
+      dialog.reject();
+    }
+    QCOMPARE(window.zoom().Display.Fade, 0);
+    {
+      frmBackgroundLook dialog(window);
+      dialog.monochrome()->setChecked(true);
+      dialog.color()->setCurrentText("#0000ff");
+      dialog.accept();
+    }
+    QCOMPARE(window.zoom().Display.Monochrome, 0xFF0000);
+    const QImage picture = window.Picture1()->image().convertToFormat(QImage::Format_RGB32);
+    int blue = 0, other = 0;
+    for (int y = 0; y < picture.height(); ++y)
+      for (int x = 0; x < picture.width(); ++x) {
+        const QRgb c = picture.pixel(x, y);
+        if (c == qRgb(255, 255, 255)) continue;
+        (qRed(c) == qGreen(c) && qBlue(c) == 255 ? blue : other) += 1;
+      }
+    QVERIFY(blue > 1000);
+    QCOMPARE(other, 0);
+    DXF host;
+    QCOMPARE(host.strMonochrome(), std::string("#0000ff"));
+    host.intFade(30);
+    QCOMPARE(frmImport(false).zoom().Display.Fade, 30);
+    host.intFade(0);
+    host.strMonochrome("");
+    QCOMPARE(frmImport(false).zoom().Display.Monochrome, -1);
   }
 
   void theFileMenuDependsOnHowTheProgramWasStarted() {
