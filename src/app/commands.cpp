@@ -10,6 +10,7 @@
 #include "dxf/model/stats.h"
 #include "dxf/reader.h"
 #include "geo/georeference.h"
+#include "render/import_check.h"
 #include "render/redraw.h"
 #include "render/world_file.h"
 #include "support/runtime_error.h"
@@ -83,22 +84,27 @@ int RunStats(const std::string& file, bool json, ReadingProfile profile, const L
   if (!LoadForCommand(file, drawing, outcome, profile, options)) return 1;
   // The legacy profile's summary is the original one; the modern profile adds its report.
   const LoadReport* report = outcome.ReportIfKept();
+  // The modern profile ends with where the drawing lies and whether it serves as a
+  // background.
+  std::string problem;
+  const Georeference geo = GeoreferenceOf(drawing.Geo, file, crs, problem);
+  if (report && !problem.empty()) std::fprintf(stderr, "dxfimport: %s\n", problem.c_str());
+  const ImportCheck check = CheckImport(drawing, outcome, geo);
   if (json) {
     std::string object = StatsJson(drawing, file, report);
     if (drawing.SeqCount() > 0 && !object.empty() && object.back() == '}')
       object.insert(object.size() - 1, PlacementMember(drawing, view));
-    if (report && !object.empty() && object.back() == '}') {
-      std::string problem;
-      const Georeference geo = GeoreferenceOf(drawing.Geo, file, crs, problem);
-      if (!problem.empty()) std::fprintf(stderr, "dxfimport: %s\n", problem.c_str());
-      object.insert(object.size() - 1, ",\"geolocation\":" + geo.Json(drawing.Geo));
-    }
+    if (report && !object.empty() && object.back() == '}')
+      object.insert(object.size() - 1,
+                    ",\"geolocation\":" + geo.Json(drawing.Geo) + ",\"importCheck\":" + check.Json());
     std::cout << object << '\n';
   } else {
     for (const std::string& line : StatsLines(drawing, file)) std::cout << line << '\n';
     if (report) {
       std::cout << '\n';
       for (const std::string& line : report->Lines()) std::cout << line << '\n';
+      std::cout << '\n';
+      for (const std::string& line : check.Lines()) std::cout << line << '\n';
     }
   }
   return outcome.Complete ? 0 : 1;

@@ -86,7 +86,11 @@ int main(int argc, char** argv) {
       return 2;
     }
   }
-  if (cl.stats->parsed()) return RunStats(cl.file, cl.json, profile, budget, view, cl.crs);
+  if (cl.stats->parsed()) {
+    PrepareHeadlessQt();  // the fonts of the import check
+    QGuiApplication gui(argc, argv);
+    return RunStats(cl.file, cl.json, profile, budget, view, cl.crs);
+  }
   if (cl.draw->parsed()) {
     render.profile = profile;
     if (cl.draw->get_option("--monochrome")->count() > 0 && render.monochrome.empty())

@@ -36,8 +36,7 @@ frmBackgroundLook::frmBackgroundLook(frmImport& owner) : QDialog(&owner), owner_
   for (const char* name : {"black", "dimgray", "navy", "darkgreen", "maroon"}) color_->addItem(name);
   const int32_t kept = owner_.zoom().Display.Monochrome;
   monochrome_->setChecked(kept >= 0);
-  if (kept >= 0)
-    color_->setCurrentText(QColor(kept & 0xFF, (kept >> 8) & 0xFF, (kept >> 16) & 0xFF).name());
+  if (kept >= 0) color_->setCurrentText(QColor(kept & 0xFF, (kept >> 8) & 0xFF, (kept >> 16) & 0xFF).name());
   color_->setEnabled(kept >= 0);
   connect(monochrome_, &QCheckBox::toggled, color_, &QWidget::setEnabled);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);

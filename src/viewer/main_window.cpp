@@ -30,6 +30,7 @@
 #include <tuple>
 
 #include "dxf/model/stats.h"
+#include "render/import_check.h"
 #include "render/picture_file.h"
 #include "render/world_file.h"
 #include "support/log.h"
@@ -199,8 +200,7 @@ void frmImport::CreateMenus() {
       ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_L));
   item(options, 1035, "mnuOptionColor", &frmImport::mnuOptionColor_Click);
   item(options, 1036, "mnuOptionSize", &frmImport::mnuOptionSize_Click);
-  item(options, 1048, "mnuOptionProperties",
-       [this] { DisplayStats(drawing_, gstrDXFFileName, reportKept_ ? &report_ : nullptr); });
+  item(options, 1048, "mnuOptionProperties", [this] { mnuOptionProperties_Click(); });
   options->addSeparator()->setObjectName("mnuOptionSep1");
   QMenu* depth = options->addMenu(QString());
   depth->setObjectName("mnuOptionReduce");
@@ -373,8 +373,7 @@ bool frmImport::OpenDXFFile(bool showDialog) {
   supersede_ = false;
   layout_.clear();  // a layout chosen in the menu holds for that read only
   FillLayoutMenu(reader.outcome());
-  report_ = reader.outcome().Report;
-  reportKept_ = reader.outcome().Reported;
+  outcome_ = reader.outcome();
   loadStopped_ = loaded && reader.outcome().Cancelled;
   if (!loaded) {
     UpdateCaption(false);
@@ -457,6 +456,18 @@ void frmImport::mnuOptionReferenceFolders_Click() {
   for (const QString& line : chosen.split('\n', Qt::SkipEmptyParts))
     if (!line.trimmed().isEmpty()) kept.push_back(line.trimmed().toStdString());
   SetReferenceFolders(kept);
+}
+
+// The drawing's figures, what the load skipped or left out, and whether the drawing serves
+// as a background (modern profile).
+void frmImport::mnuOptionProperties_Click() {
+  std::vector<std::string> more;
+  if (outcome_.Reported) {
+    more.push_back("");
+    for (const std::string& line : CheckImport(drawing_, outcome_, CurrentGeoreference()).Lines())
+      more.push_back(line);
+  }
+  DisplayStats(drawing_, gstrDXFFileName, outcome_.ReportIfKept(), more);
 }
 
 void frmImport::SetBackgroundLook(int32_t fade, int32_t monochrome) {

@@ -109,7 +109,8 @@ class frmImport : public QMainWindow {
   QProgressBar* ProgressBar1() const { return progress_; }
   QPushButton* CancelButton() const { return cancel_; }
   // What the last modern load skipped, repaired or left out (shown by Properties).
-  const LoadReport& loadReport() const { return report_; }
+  const LoadReport& loadReport() const { return outcome_.Report; }
+  void mnuOptionProperties_Click();
   // The entity budget of the loads (0: the default); kept between runs.
   void mnuOptionBudget_Click();
   void mnuOptionReferenceFolders_Click();
@@ -231,8 +232,7 @@ class frmImport : public QMainWindow {
   bool loading_ = false;
   bool stopRequested_ = false;
   bool loadStopped_ = false;
-  LoadReport report_;
-  bool reportKept_ = false;  // the last load kept a report (what it skipped or repaired)
+  LoadOutcome outcome_;  // how the last load ended (its report, when the reader kept one)
   int64_t entityBudget_ = 0;
   std::vector<std::string> referenceFolders_;
   bool followWindow_ = true;

@@ -32,10 +32,16 @@ TEST(CommandLine, StatsOfTheSampleDrawing) {
             sample +
                 "\n\nEntities: 91\nLines: 31\nPolylines: 25\nArcs and circles: 13\nSolids: 6\nText: 13\n"
                 "Layers: 9\nBlocks: 4\nAttributes: 3\n\nLeft: -0.5\nTop: 12.5\nRight: 20.5\nBottom: -1.6\n"
-                "\nLoaded cleanly: nothing was skipped, repaired or left out.\n");
+                "\nLoaded cleanly: nothing was skipped, repaired or left out.\n"
+                "\nImport check: fit with warnings\n"
+                "  warning: units not declared ($INSUNITS): the host must be told the drawing's unit\n"
+                "  note: SHX fonts drawn in DejaVu Sans: romans, txt\n"
+                "  note: coordinate reference system not known\n");
   ProgramRun json = Dxfimport("stats --json " + sample);
   EXPECT_EQ(json.status, 0);
   EXPECT_NE(json.out.find("\"entities\":91"), std::string::npos);
+  EXPECT_NE(json.out.find("\"importCheck\":{\"reasons\":["), std::string::npos) << json.out;
+  EXPECT_NE(json.out.find("\"verdict\":\"fit with warnings\""), std::string::npos);
   EXPECT_NE(json.out.find("\"loadedCleanly\":true,"), std::string::npos);
   ProgramRun legacy = Dxfimport("stats --legacy " + sample);
   EXPECT_NE(legacy.out.find("Entities: 89\n"), std::string::npos);

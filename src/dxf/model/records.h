@@ -124,6 +124,7 @@ struct MTextEntity {
 // defaults.
 struct TextStyle {
   std::string Name;        // group 2
+  std::string Font;        // group 3: the font file as the drawing names it
   std::string Face;        // the family the texts are drawn in
   bool Stroke = false;     // an SHX font (drawn in a face that stands in for it)
   double FixedHeight = 0;  // 40 (0: the texts give theirs)

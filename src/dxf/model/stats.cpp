@@ -34,13 +34,15 @@ std::vector<std::string> StatsLines(const Drawing& d, const std::string& heading
   };
 }
 
-void DisplayStats(const Drawing& drawing, const std::string& heading, const LoadReport* report) {
+void DisplayStats(const Drawing& drawing, const std::string& heading, const LoadReport* report,
+                  const std::vector<std::string>& more) {
   std::string text;
   for (const std::string& line : StatsLines(drawing, heading)) text += line + "\r\n";
   if (report) {
     text += "\r\n";
     for (const std::string& line : report->Lines()) text += line + "\r\n";
   }
+  for (const std::string& line : more) text += line + "\r\n";
   ShowMessage(MessageIcon::Information, text);
 }
 

@@ -17,7 +17,8 @@ std::vector<std::string> StatsLines(const Drawing& drawing, const std::string& h
 
 // Shows the summary in an information message box (with the load report's lines after
 // it, when there is one).
-void DisplayStats(const Drawing& drawing, const std::string& heading, const LoadReport* report = nullptr);
+void DisplayStats(const Drawing& drawing, const std::string& heading, const LoadReport* report = nullptr,
+                  const std::vector<std::string>& more = {});
 
 // The same figures as one JSON object; with a load report, "report" holds its entries as
 // {"kind", "count", "line"} and "loadedCleanly" says whether there are none.

@@ -169,7 +169,8 @@ bool ModernReader::DXFStyle() {
   }
   TextStyle style;
   style.Name = std::string(Trim(Text(2)));
-  const FaceChoice face = FaceOfFont(Text(3), family);
+  style.Font = std::string(Trim(Text(3)));
+  const FaceChoice face = FaceOfFont(style.Font, family);
   style.Face = face.face;
   style.Stroke = face.stroke;
   style.FixedHeight = Num(40);
