@@ -9,9 +9,9 @@
 #include <cmath>
 #include <set>
 
-#include "render/world_file.h"
 #include "dxf/model/load_report.h"
 #include "dxf/model/text_styles.h"
+#include "render/world_file.h"
 
 namespace dxfimport {
 namespace {
@@ -21,12 +21,27 @@ using Level = ImportCheck::Level;
 std::string Number(double v) { return QString::number(v, 'f', 0).toStdString(); }
 
 const char* UnitName(int code) {
-  static constexpr const char* kNames[] = {"unitless",    "inches",      "feet",        "miles",
-                                           "millimetres", "centimetres", "metres",      "kilometres",
-                                           "microinches", "mils",        "yards",       "angstroms",
-                                           "nanometres",  "microns",     "decimetres",  "decametres",
-                                           "hectometres", "gigametres",  "astronomical units",
-                                           "light years", "parsecs"};
+  static constexpr const char* kNames[] = {"unitless",
+                                           "inches",
+                                           "feet",
+                                           "miles",
+                                           "millimetres",
+                                           "centimetres",
+                                           "metres",
+                                           "kilometres",
+                                           "microinches",
+                                           "mils",
+                                           "yards",
+                                           "angstroms",
+                                           "nanometres",
+                                           "microns",
+                                           "decimetres",
+                                           "decametres",
+                                           "hectometres",
+                                           "gigametres",
+                                           "astronomical units",
+                                           "light years",
+                                           "parsecs"};
   return code >= 0 && code < int(std::size(kNames)) ? kNames[code] : "unknown";
 }
 
@@ -48,13 +63,14 @@ int64_t VisibleRows(const Drawing& d) {
 
 void CheckUnits(const Drawing& d, ImportCheck& check) {
   if (MillimetresPerUnit(d.InsUnits) > 0) {
-    check.Reasons.push_back({Level::Note, std::string("units declared: ") + UnitName(d.InsUnits) + " ($INSUNITS " +
-                                              std::to_string(d.InsUnits) + ")"});
+    check.Reasons.push_back({Level::Note, std::string("units declared: ") + UnitName(d.InsUnits) +
+                                              " ($INSUNITS " + std::to_string(d.InsUnits) + ")"});
   } else if (d.Geo.Present && MillimetresPerUnit(d.Geo.Units) > 0) {
     check.Reasons.push_back({Level::Note, std::string("units guessed: ") + UnitName(d.Geo.Units) +
                                               ", from the drawing's geographic location (GEODATA)"});
   } else {
-    check.Reasons.push_back({Level::Warning, "units not declared ($INSUNITS): the host must be told the drawing's unit"});
+    check.Reasons.push_back(
+        {Level::Warning, "units not declared ($INSUNITS): the host must be told the drawing's unit"});
   }
 }
 
@@ -66,29 +82,34 @@ void CheckContent(const Drawing& d, const LoadOutcome& outcome, ImportCheck& che
   if (VisibleRows(d) == 0)
     check.Reasons.push_back({Level::Problem, "nothing to draw: every layer that holds something is off"});
   if (outcome.ModelSpaceEmpty)
-    check.Reasons.push_back({Level::Warning, "model space is empty: the layout " + outcome.Layout + " is drawn"});
+    check.Reasons.push_back(
+        {Level::Warning, "model space is empty: the layout " + outcome.Layout + " is drawn"});
   if (!outcome.Complete && !outcome.Cancelled)
     check.Reasons.push_back({Level::Warning, "the drawing was read only up to line " +
-                                                 std::to_string(outcome.StopLine) + " (" + outcome.StoppedIn + ")"});
+                                                 std::to_string(outcome.StopLine) + " (" + outcome.StoppedIn +
+                                                 ")"});
   const double width = d.ExtMaxX - d.ExtMinX, height = d.ExtMaxY - d.ExtMinY;
   const double centreX = (d.ExtMinX + d.ExtMaxX) / 2, centreY = (d.ExtMinY + d.ExtMaxY) / 2;
   const double away = std::hypot(centreX, centreY), size = std::max({width, height, 1e-9});
   if (away > 1e5 && away > 1000 * size)
     check.Reasons.push_back({Level::Warning, "the content lies far from the origin (its middle at " +
-                                                 Number(centreX) + ", " + Number(centreY) +
-                                                 ", " + Number(size) + " across): a host that keeps "
+                                                 Number(centreX) + ", " + Number(centreY) + ", " +
+                                                 Number(size) +
+                                                 " across): a host that keeps "
                                                  "single precision loses its detail"});
 }
 
 void CheckReport(const LoadReport& report, ImportCheck& check) {
   for (const ReportEntry& e : report.Entries()) {
     if (e.Drawn) continue;
-    const bool missing = e.Kind.starts_with("image missing") || e.Kind.starts_with("external reference missing") ||
+    const bool missing = e.Kind.starts_with("image missing") ||
+                         e.Kind.starts_with("external reference missing") ||
                          e.Kind.starts_with("external reference is a DWG");
     const bool notDrawn = e.Kind.find("not drawn") != std::string::npos;
     const bool budget = e.Kind.find("over the entity budget") != std::string::npos;
     if (missing || notDrawn || budget)
-      check.Reasons.push_back({Level::Warning, e.Kind + (e.Count > 1 ? " (" + CountText(e.Count) + ")" : "")});
+      check.Reasons.push_back(
+          {Level::Warning, e.Kind + (e.Count > 1 ? " (" + CountText(e.Count) + ")" : "")});
   }
 }
 
@@ -113,8 +134,8 @@ void CheckFonts(const Drawing& d, ImportCheck& check) {
     }
     if (face.isEmpty() || families.contains(face, Qt::CaseInsensitive)) continue;
     const QString drawnIn = QFontInfo(QFont(face)).family();
-    const std::string named = style.Face + (style.Font.empty() ? "" : " (" + style.Font + ")") + " as " +
-                              drawnIn.toStdString();
+    const std::string named =
+        style.Face + (style.Font.empty() ? "" : " (" + style.Font + ")") + " as " + drawnIn.toStdString();
     (drawnIn.startsWith("Liberation") ? alike : other).insert(named);
   }
   auto joined = [](const std::set<std::string>& names) {
@@ -123,21 +144,25 @@ void CheckFonts(const Drawing& d, ImportCheck& check) {
     return text;
   };
   if (!shx.empty())
-    check.Reasons.push_back({Level::Note, "SHX fonts drawn in " + std::string(kStrokeStandIn) + ": " + joined(shx)});
+    check.Reasons.push_back(
+        {Level::Note, "SHX fonts drawn in " + std::string(kStrokeStandIn) + ": " + joined(shx)});
   if (!alike.empty())
     check.Reasons.push_back({Level::Note, "fonts drawn in a face of the same widths: " + joined(alike)});
   if (!other.empty())
-    check.Reasons.push_back({Level::Warning, "fonts not on this machine, drawn in another face: " + joined(other)});
+    check.Reasons.push_back(
+        {Level::Warning, "fonts not on this machine, drawn in another face: " + joined(other)});
 }
 
 void CheckSystem(const Georeference& geo, ImportCheck& check) {
   if (geo.Known())
-    check.Reasons.push_back({Level::Note, "coordinate reference system known: " + geo.System.Name +
-                                              (geo.System.Epsg ? " (EPSG:" + std::to_string(geo.System.Epsg) + ")" : "") +
-                                              ", from " + geo.CrsSource});
+    check.Reasons.push_back(
+        {Level::Note, "coordinate reference system known: " + geo.System.Name +
+                          (geo.System.Epsg ? " (EPSG:" + std::to_string(geo.System.Epsg) + ")" : "") +
+                          ", from " + geo.CrsSource});
   else
-    check.Reasons.push_back({Level::Note, std::string("coordinate reference system not known") +
-                                              (geo.FromGeoData ? " (GEODATA places the drawing, names no system)" : "")});
+    check.Reasons.push_back(
+        {Level::Note, std::string("coordinate reference system not known") +
+                          (geo.FromGeoData ? " (GEODATA places the drawing, names no system)" : "")});
 }
 
 const char* LevelName(Level level) {

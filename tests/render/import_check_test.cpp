@@ -35,26 +35,41 @@ TEST(ImportCheck, VerdictsAndTheirReasons) {
   EXPECT_EQ(fit.Verdict(), "fit as background");
   EXPECT_TRUE(Says(fit, ImportCheck::Level::Note, "units declared: millimetres"));
 
-  std::string image = EntitiesFile({{0, "LINE"}, {8, "0"}, {11, "10"}, {0, "IMAGE"}, {8, "0"}, {11, "1"},
-                                    {22, "1"}, {13, "8"}, {23, "8"}, {340, "A1"}});
+  std::string image = EntitiesFile({{0, "LINE"},
+                                    {8, "0"},
+                                    {11, "10"},
+                                    {0, "IMAGE"},
+                                    {8, "0"},
+                                    {11, "1"},
+                                    {22, "1"},
+                                    {13, "8"},
+                                    {23, "8"},
+                                    {340, "A1"}});
   image.resize(image.size() - DxfText({{0, "EOF"}}).size());
-  const ImportCheck missing =
-      CheckOf(mm + image +
-              DxfText({{0, "SECTION"}, {2, "OBJECTS"}, {0, "IMAGEDEF"}, {5, "A1"}, {1, "gone.png"}, {0, "ENDSEC"}}));
+  const ImportCheck missing = CheckOf(
+      mm + image +
+      DxfText({{0, "SECTION"}, {2, "OBJECTS"}, {0, "IMAGEDEF"}, {5, "A1"}, {1, "gone.png"}, {0, "ENDSEC"}}));
   EXPECT_EQ(missing.Verdict(), "fit with warnings");
   EXPECT_TRUE(Says(missing, ImportCheck::Level::Warning, "image missing: gone.png"));
 
   const ImportCheck empty = CheckOf(mm + EntitiesFile({}));
   EXPECT_EQ(empty.Verdict(), "not fit");
   EXPECT_TRUE(Says(empty, ImportCheck::Level::Problem, "nothing to draw"));
-  const ImportCheck off = CheckOf(
-      mm + DxfText({{0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "LAYER"}, {0, "LAYER"}, {2, "0"}, {62, "-7"},
-                    {0, "ENDTAB"}, {0, "ENDSEC"}}) +
-      EntitiesFile({{0, "LINE"}, {8, "0"}, {11, "10"}}));
+  const ImportCheck off = CheckOf(mm +
+                                  DxfText({{0, "SECTION"},
+                                           {2, "TABLES"},
+                                           {0, "TABLE"},
+                                           {2, "LAYER"},
+                                           {0, "LAYER"},
+                                           {2, "0"},
+                                           {62, "-7"},
+                                           {0, "ENDTAB"},
+                                           {0, "ENDSEC"}}) +
+                                  EntitiesFile({{0, "LINE"}, {8, "0"}, {11, "10"}}));
   EXPECT_EQ(off.Verdict(), "not fit");
 
-  const ImportCheck far = CheckOf(EntitiesFile({{0, "LINE"}, {8, "0"}, {10, "3500000"}, {20, "5800000"},
-                                                {11, "3500010"}, {21, "5800010"}}));
+  const ImportCheck far = CheckOf(EntitiesFile(
+      {{0, "LINE"}, {8, "0"}, {10, "3500000"}, {20, "5800000"}, {11, "3500010"}, {21, "5800010"}}));
   EXPECT_EQ(far.Verdict(), "fit with warnings");
   EXPECT_TRUE(Says(far, ImportCheck::Level::Warning, "far from the origin"));
   EXPECT_TRUE(Says(far, ImportCheck::Level::Warning, "units not declared"));
