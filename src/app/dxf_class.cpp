@@ -4,9 +4,9 @@
 #include <QColor>
 #include <QEventLoop>
 #include <QPointer>
+#include <cstdio>
 
 #include "app/viewer_factory.h"
-#include "render/picture_file.h"
 #include "support/temp_file.h"
 #include "viewer/main_window.h"
 
@@ -87,8 +87,13 @@ std::string DXF::strBmpFileName() {
         (geo.Known() ? g_window->CurrentPlacement().Through(geo.ToSystem) : g_window->CurrentPlacement())
             .WorldFileText();
     crs_ = geo.System.Wkt;
-    if (!SavePictureAtomically(g_window->CurrentPicture(), QString::fromStdString(bmpFileName_), "BMP"))
+    // The temporary name is no bitmap's: the picture is written as NAME.bmp, then renamed.
+    const std::string bitmap = bmpFileName_ + ".bmp";
+    if (!g_window->WriteCurrentPicture(bitmap) || std::rename(bitmap.c_str(), bmpFileName_.c_str()) != 0) {
+      std::remove(bitmap.c_str());
+      std::remove(bmpFileName_.c_str());
       bmpFileName_.clear();
+    }
   } else {
     bmpFileName_.clear();
   }

@@ -135,6 +135,10 @@ constexpr std::array kTable = std::to_array<Entry>({
     {1091, "Fade toward the background:", "背景色へのフェード:"},
     {1092, "Draw every ink in one colour", "すべての線を 1 色で描く"},
     {1093, "Colour:", "色:"},
+    {1094, "PNG pictures (*.png)|*.png|TIFF pictures (*.tif)|*.tif",
+     "PNG 画像 (*.png)|*.png|TIFF 画像 (*.tif)|*.tif"},
+    {1095, "&Place it on the map (its world file in the drawing's coordinate system, a .prj and an .aux.xml)",
+     "地図上に置く(図面の座標系のワールド ファイル、.prj と .aux.xml)(&P)"},
 });
 
 static_assert(std::is_sorted(kTable.begin(), kTable.end(),

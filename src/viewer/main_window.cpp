@@ -32,6 +32,7 @@
 #include "dxf/model/stats.h"
 #include "render/import_check.h"
 #include "render/picture_file.h"
+#include "render/picture_writer.h"
 #include "render/world_file.h"
 #include "support/log.h"
 #include "support/messages.h"
@@ -66,6 +67,7 @@ constexpr const char* kReferenceFoldersSetting = "Viewer/ReferenceFolders";
 constexpr const char* kFadeSetting = "Viewer/Fade";
 constexpr const char* kMonochromeSetting = "Viewer/Monochrome";
 constexpr const char* kWorldFileSetting = "Viewer/WorldFile";
+constexpr const char* kGeoreferenceSetting = "Viewer/Georeference";
 constexpr int kReductions = 7;  // the Colour Depth menu's choices
 
 // The hourglass for the length of an operation, restored on every way out.
@@ -516,7 +518,11 @@ QString frmImport::DefaultOpenFile() {
 }
 
 QString frmImport::DefaultSaveFile() {
-  QFileDialog dialog(this, Text(1053), QString::fromStdString(BitmapDirectory()), QtFilter(Text(1025)));
+  // The bitmaps of old, then PNG and TIFF, then all files.
+  QStringList filter = Text(1025).split('|');
+  const QStringList more = Text(1094).split('|');
+  for (int i = 0; i < more.size(); ++i) filter.insert(2 + i, more[i]);
+  QFileDialog dialog(this, Text(1053), QString::fromStdString(BitmapDirectory()), QtFilter(filter.join('|')));
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setDefaultSuffix("BMP");
   // The dialog's own layout takes one more row: the world-file choice, kept between runs.
@@ -524,10 +530,16 @@ QString frmImport::DefaultSaveFile() {
   auto* worldFile = new QCheckBox(Text(1078), &dialog);
   worldFile->setObjectName("worldFile");
   worldFile->setChecked(QSettings(kOrganization, kProgram).value(kWorldFileSetting, false).toBool());
-  if (auto* grid = qobject_cast<QGridLayout*>(dialog.layout()))
+  auto* onMap = new QCheckBox(Text(1095), &dialog);
+  onMap->setObjectName("georeference");
+  onMap->setChecked(QSettings(kOrganization, kProgram).value(kGeoreferenceSetting, false).toBool());
+  if (auto* grid = qobject_cast<QGridLayout*>(dialog.layout())) {
     grid->addWidget(worldFile, grid->rowCount(), 0, 1, -1);
+    grid->addWidget(onMap, grid->rowCount(), 0, 1, -1);
+  }
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
   QSettings(kOrganization, kProgram).setValue(kWorldFileSetting, worldFile->isChecked());
+  QSettings(kOrganization, kProgram).setValue(kGeoreferenceSetting, onMap->isChecked());
   return dialog.selectedFiles().front();
 }
 
@@ -619,6 +631,7 @@ void frmImport::mnuOptionReduceChoice_Click(int index) {
                                            ColorDepth::Grey};
   if (index >= 0 && index < kReductions && index != 3) {
     const ColorDepth chosen = kDepths[index];
+    depth_ = chosen;
     gearImage_ = ReduceColors(picture_->image(), chosen, InksOf(zoom_, picture_->BackColor(), chosen));
     setBooGear1Visible(true);
   } else {
@@ -687,13 +700,33 @@ void frmImport::RedrawPicture() {
 
 void frmImport::mnuFile_Click() { Action("mnuFileSaveAsBitmap")->setEnabled(booPictureLoaded); }
 
+// The picture as it is shown, written to `file` (BMP, PNG or TIFF by its name) through the
+// picture writer, with the placement files the Save As choices ask for.
+bool frmImport::WriteCurrentPicture(const std::string& file, bool worldFile, bool georeference) {
+  if (!booPictureLoaded) return false;
+  ZoomState view(drawing_);
+  static_cast<ZoomView&>(view) = zoom_;
+  PictureOutput out;
+  out.Path = file;
+  if (PictureOutput::FormatOf(file) == PictureOutput::Format::Unknown) out.Path += ".bmp";
+  out.Width = picture_->image().width(), out.Height = picture_->image().height();
+  out.Dpi = pictureDpi_;
+  out.Depth = gear1Visible_ ? depth_ : ColorDepth::Full;
+  out.Background = picture_->BackColor();
+  out.WorldFile = worldFile, out.Georeference = georeference;
+  out.Geo = CurrentGeoreference();
+  out.Title = gstrDXFFileName;
+  return OutputProblem(out).empty() &&
+         WritePictureFile(view, zoom_.CurrentZoom(), out) == WriteOutcome::Written;
+}
+
 void frmImport::mnuFileSaveAsBitmap_Click() {
   HourGlass hourglass;
   QString file = ChooseSaveFile();
   if (file.isEmpty()) return;
-  if (!SavePictureAtomically(CurrentPicture(), file, "BMP") ||
-      (QSettings(kOrganization, kProgram).value(kWorldFileSetting, false).toBool() &&
-       !WriteWorldFile(CurrentPlacement(), file))) {
+  const QSettings settings(kOrganization, kProgram);
+  if (!WriteCurrentPicture(file.toStdString(), settings.value(kWorldFileSetting, false).toBool(),
+                           settings.value(kGeoreferenceSetting, false).toBool())) {
     ShowMessage(MessageIcon::Critical, SubstituteArgs(LoadResText(1049), {std::to_string(kErrPathFileAccess),
                                                                           RunTimeText(kErrPathFileAccess)}) +
                                            "\n\n" + file.toStdString());

@@ -96,6 +96,10 @@ class frmImport : public QMainWindow {
   // The picture that Save, Copy and the host get: the colour-reduced copy while it is
   // shown, else the picture.
   QImage CurrentPicture() const;
+  // Writes the picture as shown to `file` (BMP, PNG or TIFF by its extension; none: BMP)
+  // with a world file, or on the map (world file in the system's coordinates, .prj and
+  // .aux.xml); false when it could not.
+  bool WriteCurrentPicture(const std::string& file, bool worldFile = false, bool georeference = false);
   // Where the current picture lies on the drawing.
   PicturePlacement CurrentPlacement() const { return PlacementOf(zoom_.Engine); }
   // The drawing's place on a map: its system (GEODATA, or NAME.prj beside the file).
@@ -222,7 +226,8 @@ class frmImport : public QMainWindow {
   int rubberX0_ = 0, rubberY0_ = 0, rubberX1_ = 0, rubberY1_ = 0;
   int redrawCount_ = 0;
   QImage gearImage_;
-  double pictureDpi_ = 0;  // the resolution saved bitmaps carry (0: none said)
+  ColorDepth depth_ = ColorDepth::Full;  // the reduction of the colour-reduced copy
+  double pictureDpi_ = 0;                // the resolution saved bitmaps carry (0: none said)
 
   PictureBox* picture_ = nullptr;
   QLabel* gear1_ = nullptr;

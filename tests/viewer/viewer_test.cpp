@@ -149,6 +149,14 @@ class ViewerTest : public QObject {
     QImage saved(file);
     QCOMPARE(saved.convertToFormat(QImage::Format_RGB32),
              window.Picture1()->image().convertToFormat(QImage::Format_RGB32));
+    // PNG and TIFF by the name chosen, through the same writer as the command line.
+    for (const char* name : {"picture.png", "picture.tif"}) {
+      const QString other = dir.filePath(name);
+      window.ChooseSaveFile = [other] { return other; };
+      window.mnuFileSaveAsBitmap_Click();
+      QCOMPARE(QImage(other).convertToFormat(QImage::Format_RGB32),
+               window.Picture1()->image().convertToFormat(QImage::Format_RGB32));
+    }
     window.ChooseSaveFile = [] { return QString(); };
     window.mnuFileSaveAsBitmap_Click();  // cancelled: nothing
     QVERIFY(messages_.messages().empty());
