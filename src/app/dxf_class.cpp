@@ -29,31 +29,37 @@ namespace {
 // The look kept, changed as `change` says, kept again and given to an open window.
 template <class Change>
 void ChangeLook(Change change) {
-  auto [fade, monochrome] = frmImport::KeptBackgroundLook();
-  change(fade, monochrome);
+  BackgroundLook look = frmImport::KeptBackgroundLook();
+  change(look);
   if (g_window)
-    g_window->SetBackgroundLook(fade, monochrome);
+    g_window->SetBackgroundLook(look);
   else
-    frmImport::KeepBackgroundLook(fade, monochrome);
+    frmImport::KeepBackgroundLook(look);
 }
 
 }  // namespace
 
 void DXF::intFade(int percent) {
-  ChangeLook([percent](int32_t& fade, int32_t&) { fade = percent; });
+  ChangeLook([percent](BackgroundLook& look) { look.Fade = percent; });
 }
 
-int DXF::intFade() const { return frmImport::KeptBackgroundLook().first; }
+int DXF::intFade() const { return frmImport::KeptBackgroundLook().Fade; }
 
 void DXF::strMonochrome(const std::string& color) {
   const QColor ink(QString::fromStdString(color));
   const int32_t bgr =
       !color.empty() && ink.isValid() ? ink.red() | (ink.green() << 8) | (ink.blue() << 16) : -1;
-  ChangeLook([bgr](int32_t&, int32_t& monochrome) { monochrome = bgr; });
+  ChangeLook([bgr](BackgroundLook& look) { look.Monochrome = bgr; });
 }
 
+void DXF::booTransparentBackground(bool transparent) {
+  ChangeLook([transparent](BackgroundLook& look) { look.Transparent = transparent; });
+}
+
+bool DXF::booTransparentBackground() const { return frmImport::KeptBackgroundLook().Transparent; }
+
 std::string DXF::strMonochrome() const {
-  const int32_t bgr = frmImport::KeptBackgroundLook().second;
+  const int32_t bgr = frmImport::KeptBackgroundLook().Monochrome;
   return bgr < 0 ? std::string()
                  : QColor(bgr & 0xFF, (bgr >> 8) & 0xFF, (bgr >> 16) & 0xFF).name().toStdString();
 }

@@ -46,6 +46,10 @@ class DXF {
   int intFade() const;
   void strMonochrome(const std::string& color);
   std::string strMonochrome() const;
+  // PNG and TIFF pictures saved from the viewer on a transparent background (the bitmap
+  // strBmpFileName hands back is a BMP, which has none).
+  void booTransparentBackground(bool transparent);
+  bool booTransparentBackground() const;
   // Reads the file with the legacy reading rules (off: the modern profile).
   void booLegacyReadingRules(bool legacy) { legacy_ = legacy; }
 

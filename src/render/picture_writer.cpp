@@ -126,7 +126,8 @@ std::string OutputProblem(const PictureOutput& o) {
   if (o.Georeference && !Bitmap(kind)) return "--georeference places a .bmp, .png or .tif picture";
   if (o.Transparent() && kind != Format::Png && kind != Format::Tiff)
     return "--background none: only PNG and TIFF pictures can be transparent (a BMP cannot)";
-  if (o.Transparent() && o.Depth != ColorDepth::Full) return "--background none keeps full colour: leave out --depth";
+  if (o.Transparent() && o.Depth != ColorDepth::Full)
+    return "--background none keeps full colour: leave out --depth";
   return {};
 }
 
@@ -151,7 +152,8 @@ WriteOutcome WritePictureFile(ZoomState& zoom, const ZoomRect& window, const Pic
   const QString picture = QString::fromStdString(o.Path);
   if ((o.WorldFile || o.Georeference) && !WriteWorldFile(PlacementOn(zoom, o), picture))
     return WriteOutcome::WorldFileFailed;
-  if (o.Georeference && o.Geo.Known() && !WriteCrsFiles(o.Geo.System, picture)) return WriteOutcome::CrsFailed;
+  if (o.Georeference && o.Geo.Known() && !WriteCrsFiles(o.Geo.System, picture))
+    return WriteOutcome::CrsFailed;
   return WriteOutcome::Written;
 }
 

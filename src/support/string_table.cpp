@@ -139,6 +139,8 @@ constexpr std::array kTable = std::to_array<Entry>({
      "PNG 画像 (*.png)|*.png|TIFF 画像 (*.tif)|*.tif"},
     {1095, "&Place it on the map (its world file in the drawing's coordinate system, a .prj and an .aux.xml)",
      "地図上に置く(図面の座標系のワールド ファイル、.prj と .aux.xml)(&P)"},
+    {1096, "Save PNG and TIFF pictures on a &transparent background",
+     "PNG と TIFF を透明な背景で保存する(&T)"},
 });
 
 static_assert(std::is_sorted(kTable.begin(), kTable.end(),

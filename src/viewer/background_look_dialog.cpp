@@ -39,6 +39,9 @@ frmBackgroundLook::frmBackgroundLook(frmImport& owner) : QDialog(&owner), owner_
   if (kept >= 0) color_->setCurrentText(QColor(kept & 0xFF, (kept >> 8) & 0xFF, (kept >> 16) & 0xFF).name());
   color_->setEnabled(kept >= 0);
   connect(monochrome_, &QCheckBox::toggled, color_, &QWidget::setEnabled);
+  transparent_ = new QCheckBox(Text(1096), this);
+  transparent_->setObjectName("chkTransparent");
+  transparent_->setChecked(owner_.Look().Transparent);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -46,6 +49,7 @@ frmBackgroundLook::frmBackgroundLook(frmImport& owner) : QDialog(&owner), owner_
   rows->addRow(Text(1091), fade_);
   rows->addRow(monochrome_);
   rows->addRow(Text(1093), color_);
+  rows->addRow(transparent_);
   rows->addRow(buttons);
   ApplyDialogFont(this, true);
 }
@@ -56,7 +60,7 @@ int32_t frmBackgroundLook::MonochromeChosen() const {
 }
 
 void frmBackgroundLook::accept() {
-  owner_.SetBackgroundLook(fade_->value(), MonochromeChosen());
+  owner_.SetBackgroundLook({fade_->value(), MonochromeChosen(), transparent_->isChecked()});
   QDialog::accept();
 }
 

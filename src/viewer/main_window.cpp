@@ -66,6 +66,7 @@ constexpr const char* kBudgetSetting = "Viewer/EntityBudget";
 constexpr const char* kReferenceFoldersSetting = "Viewer/ReferenceFolders";
 constexpr const char* kFadeSetting = "Viewer/Fade";
 constexpr const char* kMonochromeSetting = "Viewer/Monochrome";
+constexpr const char* kTransparentSetting = "Viewer/TransparentBackground";
 constexpr const char* kWorldFileSetting = "Viewer/WorldFile";
 constexpr const char* kGeoreferenceSetting = "Viewer/Georeference";
 constexpr int kReductions = 7;  // the Colour Depth menu's choices
@@ -143,7 +144,7 @@ frmImport::frmImport(bool startedForAutomation, QWidget* parent)
   picture_->onMouseUp = [this](int x, int y) { Picture1_MouseUp(x, y); };
 
   zoom_.Display.Antialias = QSettings(kOrganization, kProgram).value("Viewer/SmoothLines", false).toBool();
-  std::tie(zoom_.Display.Fade, zoom_.Display.Monochrome) = KeptBackgroundLook();
+  UseBackgroundLook(KeptBackgroundLook());
   CreateMenus();
   CreateToolbar();
   layoutMenu_->setEnabled(false);
@@ -472,23 +473,30 @@ void frmImport::mnuOptionProperties_Click() {
   DisplayStats(drawing_, gstrDXFFileName, outcome_.ReportIfKept(), more);
 }
 
-void frmImport::SetBackgroundLook(int32_t fade, int32_t monochrome) {
-  KeepBackgroundLook(fade, monochrome);
-  std::tie(zoom_.Display.Fade, zoom_.Display.Monochrome) = KeptBackgroundLook();
+void frmImport::SetBackgroundLook(const BackgroundLook& look) {
+  KeepBackgroundLook(look);
+  UseBackgroundLook(KeptBackgroundLook());
   if (booPictureLoaded) RedrawPicture();
 }
 
-void frmImport::KeepBackgroundLook(int32_t fade, int32_t monochrome) {
-  QSettings settings(kOrganization, kProgram);
-  settings.setValue(kFadeSetting, std::clamp(fade, 0, 100));
-  settings.setValue(kMonochromeSetting, monochrome >= 0 ? monochrome & 0xFFFFFF : -1);
+void frmImport::UseBackgroundLook(const BackgroundLook& look) {
+  zoom_.Display.Fade = look.Fade;
+  zoom_.Display.Monochrome = look.Monochrome;
+  transparentSaves_ = look.Transparent;
 }
 
-std::pair<int32_t, int32_t> frmImport::KeptBackgroundLook() {
+void frmImport::KeepBackgroundLook(const BackgroundLook& look) {
+  QSettings settings(kOrganization, kProgram);
+  settings.setValue(kFadeSetting, std::clamp(look.Fade, 0, 100));
+  settings.setValue(kMonochromeSetting, look.Monochrome >= 0 ? look.Monochrome & 0xFFFFFF : -1);
+  settings.setValue(kTransparentSetting, look.Transparent);
+}
+
+BackgroundLook frmImport::KeptBackgroundLook() {
   QSettings settings(kOrganization, kProgram);
   const int32_t monochrome = settings.value(kMonochromeSetting, -1).toInt();
   return {std::clamp(settings.value(kFadeSetting, 0).toInt(), 0, 100),
-          monochrome >= 0 ? monochrome & 0xFFFFFF : -1};
+          monochrome >= 0 ? monochrome & 0xFFFFFF : -1, settings.value(kTransparentSetting, false).toBool()};
 }
 
 void frmImport::SetReferenceFolders(std::vector<std::string> folders) {
@@ -713,6 +721,9 @@ bool frmImport::WriteCurrentPicture(const std::string& file, bool worldFile, boo
   out.Dpi = pictureDpi_;
   out.Depth = gear1Visible_ ? depth_ : ColorDepth::Full;
   out.Background = picture_->BackColor();
+  const PictureOutput::Format format = PictureOutput::FormatOf(out.Path);
+  if (transparentSaves_ && (format == PictureOutput::Format::Png || format == PictureOutput::Format::Tiff))
+    out.Background.setAlpha(0), out.Depth = ColorDepth::Full;
   out.WorldFile = worldFile, out.Georeference = georeference;
   out.Geo = CurrentGeoreference();
   out.Title = gstrDXFFileName;

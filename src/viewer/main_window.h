@@ -34,6 +34,15 @@ class PictureBox;
 // The DXF file the main window opens: set by the automation class or by the Open dialog.
 extern std::string gstrDXFFileName;
 
+// The look of the picture as a background: every ink faded `Fade` percent toward the
+// background, all in `Monochrome` (0x00BBGGRR; -1: their own), and PNG and TIFF pictures
+// saved on a transparent background.
+struct BackgroundLook {
+  int32_t Fade = 0;
+  int32_t Monochrome = -1;
+  bool Transparent = false;
+};
+
 // The viewer's main window: opens a drawing, shows it in a scrollable picture, and saves
 // or copies the picture. Started by a user it ends the program when it closes; started
 // for the host (automation) it only hides, and its File menu offers "Exit and Return to
@@ -122,13 +131,14 @@ class frmImport : public QMainWindow {
   // Folders where the images and external references a drawing names are also looked
   // for (kept between runs).
   void SetReferenceFolders(std::vector<std::string> folders);
-  // The look of a background: inks faded `fade` percent toward the background, all in
-  // `monochrome` (0x00BBGGRR; -1: their own). Kept for the next runs; the picture is drawn
-  // again.
-  void SetBackgroundLook(int32_t fade, int32_t monochrome);
+  // The look of a background (kept for the next runs; the picture is drawn again).
+  void SetBackgroundLook(const BackgroundLook& look);
   // The same kept for the next runs without a window, and what is kept.
-  static void KeepBackgroundLook(int32_t fade, int32_t monochrome);
-  static std::pair<int32_t, int32_t> KeptBackgroundLook();
+  static void KeepBackgroundLook(const BackgroundLook& look);
+  static BackgroundLook KeptBackgroundLook();
+  const BackgroundLook Look() const {
+    return {zoom_.Display.Fade, zoom_.Display.Monochrome, transparentSaves_};
+  }
   const std::vector<std::string>& referenceFolders() const { return referenceFolders_; }
   int64_t entityBudget() const { return entityBudget_; }
 
@@ -227,7 +237,9 @@ class frmImport : public QMainWindow {
   int redrawCount_ = 0;
   QImage gearImage_;
   ColorDepth depth_ = ColorDepth::Full;  // the reduction of the colour-reduced copy
-  double pictureDpi_ = 0;                // the resolution saved bitmaps carry (0: none said)
+  bool transparentSaves_ = false;        // PNG and TIFF saved with a transparent background
+  void UseBackgroundLook(const BackgroundLook& look);
+  double pictureDpi_ = 0;  // the resolution saved bitmaps carry (0: none said)
 
   PictureBox* picture_ = nullptr;
   QLabel* gear1_ = nullptr;

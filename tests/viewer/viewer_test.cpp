@@ -248,13 +248,31 @@ class ViewerTest : public QObject {
       }
     QVERIFY(blue > 1000);
     QCOMPARE(other, 0);
+    // Saved on a transparent background: PNG with alpha 0 where nothing is drawn.
+    {
+      frmBackgroundLook dialog(window);
+      dialog.transparent()->setChecked(true);
+      dialog.accept();
+    }
+    QTemporaryDir dir;
+    const QString png = dir.filePath("clear.png");
+    QVERIFY(window.WriteCurrentPicture(png.toStdString()));
+    const QImage clear = QImage(png).convertToFormat(QImage::Format_ARGB32);
+    QCOMPARE(qAlpha(clear.pixel(0, 0)), 0);
+    int opaque = 0;
+    for (int y = 0; y < clear.height(); ++y)
+      for (int x = 0; x < clear.width(); ++x) opaque += qAlpha(clear.pixel(x, y)) == 255;
+    QVERIFY(opaque > 1000);
     DXF host;
     QCOMPARE(host.strMonochrome(), std::string("#0000ff"));
+    QVERIFY(host.booTransparentBackground());
     host.intFade(30);
     QCOMPARE(frmImport(false).zoom().Display.Fade, 30);
     host.intFade(0);
     host.strMonochrome("");
+    host.booTransparentBackground(false);
     QCOMPARE(frmImport(false).zoom().Display.Monochrome, -1);
+    QVERIFY(!frmImport(false).Look().Transparent);
   }
 
   void theFileMenuDependsOnHowTheProgramWasStarted() {
