@@ -157,9 +157,9 @@ int RunRender(const RenderOptions& o) {
   if (o.georeference && !out.Geo.Known())
     std::fprintf(
         stderr,
-        "dxfimport render: %s says nothing of its coordinate reference system (no GEODATA, no %s, no "
-        "--crs): its world file is in drawing coordinates\n",
-        o.file.c_str(), PrjPath(o.file).c_str());
+        "dxfimport render: %s names no coordinate reference system (in GEODATA, %s or --crs): no .prj "
+        "or .aux.xml is written and its world file is in %s coordinates\n",
+        o.file.c_str(), PrjPath(o.file).c_str(), out.Geo.FromGeoData ? "GEODATA's" : "drawing");
   return WritePicture(zoom, window, out, outcome);
 }
 

@@ -138,8 +138,10 @@ TEST(Georeference, TheSystemFromAPrjOrTheCommandLine) {
   std::filesystem::remove_all(dir);
 }
 
-// The shared drawing of the Houses of Parliament (GEODATA, EPSG:27700, north turned): its
-// design point lands on its reference point in British National Grid.
+// The shared drawing of the Houses of Parliament (GEODATA, EPSG:27700, north turned): as
+// PNG with its placement files and as GeoTIFF, GDAL finds British National Grid and the
+// corners that the GEODATA numbers give (within half a pixel); the design point lands on
+// the reference point (within a pixel).
 TEST(Georeference, HousesOfParliamentInBritishNationalGrid) {
   const std::string drawing = testing::CorpusDir() + "/ezdxf__houses_of_parliament_georeferenced.dxf";
   if (!std::filesystem::exists(drawing)) GTEST_SKIP() << "no shared corpus";
@@ -147,23 +149,43 @@ TEST(Georeference, HousesOfParliamentInBritishNationalGrid) {
   std::filesystem::create_directories(dir);
   ASSERT_EQ(Dxfimport("render " + drawing + " -o " + dir + "/hop.png --size 1000x750 --georeference").status,
             0);
+  ASSERT_EQ(Dxfimport("render " + drawing + " -o " + dir + "/hop.tif --size 1000x750").status, 0);
   const QJsonObject stats = JsonOf(Dxfimport("stats --json --size 1000x750 " + drawing).out);
+  EXPECT_EQ(stats["geolocation"].toObject()["crs"].toObject()["epsg"].toInt(), 27700);
   const QJsonObject world = stats["placement"].toObject()["worldFile"].toObject();
+  const double pixel = world["pixelWidth"].toDouble();
+  // The GEODATA numbers: design point, reference point, inches, north.
+  const double dx = 23448.14039573381, dy = 4967.0957105509, rx = 530207.5677217417, ry = 179366.7895852687;
+  const double turn = M_PI / 2 - std::atan2(0.8480480961564261, -0.5299192642332047);
+  auto onGrid = [&](double x, double y) {
+    const double u = (x - dx) * 0.0254, v = (y - dy) * 0.0254;
+    return std::pair{rx + u * std::cos(turn) - v * std::sin(turn),
+                     ry + u * std::sin(turn) + v * std::cos(turn)};
+  };
   // The pixel of the design point in the picture (drawing coordinates) ...
-  const double column = (23448.14039573381 - world["x"].toDouble()) / world["pixelWidth"].toDouble();
-  const double row = (4967.0957105509 - world["y"].toDouble()) / world["pixelHeight"].toDouble();
+  const double column = (dx - world["x"].toDouble()) / pixel, row = (dy - world["y"].toDouble()) / -pixel;
   // ... where the georeferenced world file puts it.
   std::ifstream pgw(dir + "/hop.pgw");
   double w[6];
   for (double& v : w) pgw >> v;
   const double e = w[4] + column * w[0] + row * w[2], n = w[5] + column * w[1] + row * w[3];
-  const double metresPerPixel = std::hypot(w[0], w[1]);
-  EXPECT_LT(std::hypot(e - 530207.5677217417, n - 179366.7895852687), metresPerPixel);
-  EXPECT_EQ(JsonOf(Dxfimport("stats --json " + drawing).out)["geolocation"]
-                .toObject()["crs"]
-                .toObject()["epsg"]
-                .toInt(),
-            27700);
+  EXPECT_LT(std::hypot(e - rx, n - ry), std::hypot(w[0], w[1]));
+  if (!HaveGdal()) GTEST_SKIP() << "gdalinfo is not installed";
+  const double left = world["x"].toDouble() - pixel / 2, top = world["y"].toDouble() + pixel / 2;
+  const double halfPixel = pixel * 0.0254 / 2;
+  for (const char* picture : {"/hop.png", "/hop.tif"}) {
+    const QJsonObject gdal = GdalInfo(dir + picture);
+    EXPECT_NE(gdal["coordinateSystem"].toObject()["wkt"].toString().indexOf("ID[\"EPSG\",27700]]"), -1)
+        << picture;
+    const QJsonObject corners = gdal["cornerCoordinates"].toObject();
+    const std::pair<const char*, std::pair<double, double>> expected[] = {
+        {"upperLeft", onGrid(left, top)}, {"lowerRight", onGrid(left + 1000 * pixel, top - 750 * pixel)}};
+    for (const auto& [name, at] : expected) {
+      const QJsonArray corner = corners[name].toArray();
+      EXPECT_NEAR(corner[0].toDouble(), at.first, halfPixel) << picture << " " << name;
+      EXPECT_NEAR(corner[1].toDouble(), at.second, halfPixel) << picture << " " << name;
+    }
+  }
   std::filesystem::remove_all(dir);
 }
 
