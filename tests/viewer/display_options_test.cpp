@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <memory>
 
 #include "app/viewer_factory.h"
 #include "layers/layer_dialog.h"
@@ -36,6 +37,22 @@ class RecordingLog : public LogSink {
   void Write(int, std::string_view text) override { lines.emplace_back(text); }
   std::vector<std::string> lines;
 };
+
+// Closes the modal dialog that opens next, whenever it is up (`opened` says it was);
+// polling stops with the returned timer.
+std::unique_ptr<QTimer> CloseModalWhenOpen(bool* opened = nullptr) {
+  auto poll = std::make_unique<QTimer>();
+  QTimer* timer = poll.get();
+  QObject::connect(timer, &QTimer::timeout, [timer, opened] {
+    QWidget* modal = QApplication::activeModalWidget();
+    if (!modal) return;
+    timer->stop();
+    if (opened) *opened = true;
+    modal->close();
+  });
+  timer->start(10);
+  return poll;
+}
 
 }  // namespace
 
@@ -147,10 +164,10 @@ class DisplayOptionsTest : public QObject {
     QVERIFY(log.lines.back().find("Cannot edit layers: layer count > 2000") != std::string::npos);
     drawing.Layers.pop_back();
     bool opened = false;
-    QTimer::singleShot(50, [&opened] {
-      if (QWidget* modal = QApplication::activeModalWidget()) opened = true, modal->close();
-    });
-    frmLayer::Open(nullptr, drawing, zoom, {});
+    {
+      auto closer = CloseModalWhenOpen(&opened);
+      frmLayer::Open(nullptr, drawing, zoom, {});
+    }
     QVERIFY(opened);  // exactly 2000 layers open
     SetLogSink(previousLog);
   }
@@ -172,10 +189,10 @@ class DisplayOptionsTest : public QObject {
     w->mnuOptionReduceChoice_Click(1);
     QVERIFY(w->booGear1Visible());
     QCOMPARE(w->CurrentPicture().colorCount(), 16);
-    QTimer::singleShot(50, [] {
-      if (QWidget* modal = QApplication::activeModalWidget()) modal->close();
-    });
-    w->mnuOptionSize_Click();
+    {
+      auto closer = CloseModalWhenOpen();
+      w->mnuOptionSize_Click();
+    }
     QVERIFY(!w->booGear1Visible());
     w->mnuoptions_Click();
     QVERIFY(w->Action("mnuOptionReduceChoice3")->isChecked());

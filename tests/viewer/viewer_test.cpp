@@ -58,7 +58,19 @@ int MissingGlyphs(const QString& text, const QFont& font) {
 }
 
 // Runs `step` once the event loop is running (after a modal dialog or viewer has opened).
-void Soon(std::function<void()> step) { QTimer::singleShot(50, step); }
+// Runs `step` on the host's window once it is shown, loaded and waiting for the user (a
+// step taken while the window still loads would be lost, and the dialog wait for ever).
+void WhenShown(DXF& host, std::function<void(frmImport&)> step) {
+  auto* poll = new QTimer;
+  QObject::connect(poll, &QTimer::timeout, [poll, &host, step] {
+    frmImport* window = host.window();
+    if (!window || !window->isVisible() || window->Busy()) return;
+    poll->stop();
+    poll->deleteLater();
+    step(*window);
+  });
+  poll->start(10);
+}
 
 }  // namespace
 
@@ -309,7 +321,7 @@ class ViewerTest : public QObject {
 
     DXF dxf;
     dxf.strDXFFileName(kSample);
-    Soon([&dxf] { dxf.window()->mnuFileExit_Click(0); });
+    WhenShown(dxf, [](frmImport& window) { window.mnuFileExit_Click(0); });
     dxf.ShowDialog();
     QVERIFY(dxf.window()->booPictureLoaded);
     std::string first = dxf.strBmpFileName(), second = dxf.strBmpFileName();
@@ -326,7 +338,7 @@ class ViewerTest : public QObject {
     std::filesystem::remove(first);
     std::filesystem::remove(second);
 
-    Soon([&dxf] { dxf.window()->mnuFileExit_Click(1); });
+    WhenShown(dxf, [](frmImport& window) { window.mnuFileExit_Click(1); });
     dxf.ShowDialog();
     QCOMPARE(dxf.strBmpFileName(), std::string());
     QCOMPARE(dxf.strPlacement(), std::string());
@@ -341,7 +353,7 @@ class ViewerTest : public QObject {
            "PRIMEM[\"Greenwich\",0],UNIT[\"degree\",0.0174532925199433],AUTHORITY[\"EPSG\",\"4326\"]]";
     DXF placed;
     placed.strDXFFileName(copy.toStdString());
-    Soon([&placed] { placed.window()->mnuFileExit_Click(0); });
+    WhenShown(placed, [](frmImport& window) { window.mnuFileExit_Click(0); });
     placed.ShowDialog();
     const std::string bitmap = placed.strBmpFileName();
     QVERIFY(placed.strCRS().find("WGS 84") != std::string::npos);
