@@ -87,9 +87,9 @@ int RunStats(const std::string& file, bool json, ReadingProfile profile, const L
   // The modern profile ends with where the drawing lies and whether it serves as a
   // background.
   std::string problem;
-  const Georeference geo = GeoreferenceOf(drawing.Geo, file, crs, problem);
-  if (report && !problem.empty()) std::fprintf(stderr, "dxfimport: %s\n", problem.c_str());
-  const ImportCheck check = CheckImport(drawing, outcome, geo);
+  const Georeference geo = report ? GeoreferenceOf(drawing.Geo, file, crs, problem) : Georeference{};
+  if (!problem.empty()) std::fprintf(stderr, "dxfimport: %s\n", problem.c_str());
+  const ImportCheck check = report ? CheckImport(drawing, outcome, geo) : ImportCheck{};
   if (json) {
     std::string object = StatsJson(drawing, file, report);
     if (drawing.SeqCount() > 0 && !object.empty() && object.back() == '}')

@@ -34,17 +34,24 @@ QJsonObject GdalInfo(const std::string& picture) {
 // (100, 50) at (500000, 200000) of the system, grid north 30 degrees to the left of the
 // drawing's up; the system named by `definition`.
 std::string GeoDrawing(const std::string& definition) {
-  testing::Pairs objects{
-      {0, "SECTION"}, {2, "OBJECTS"}, {0, "GEODATA"}, {5, "A0"},    {100, "AcDbGeoData"},
-      {90, "3"},      {70, "2"},      {10, "100"},    {20, "50"},   {11, "500000"},
-      {21, "200000"}, {40, "0.001"},  {91, "4"},      {12, "-0.5"}, {22, "0.8660254037844386"},
-      {95, "1"}};
-  if (!definition.empty()) objects.push_back({301, definition});
-  objects.insert(objects.end(), {{0, "ENDSEC"}, {0, "EOF"}});
-  std::string text =
-      testing::EntitiesFile({{0, "LINE"}, {8, "0"}, {10, "0"}, {20, "0"}, {11, "1000"}, {21, "500"}});
-  text.resize(text.size() - testing::DxfText({{0, "EOF"}}).size());
-  return text + testing::DxfText(objects);
+  testing::Pairs geodata{{0, "GEODATA"},
+                         {5, "A0"},
+                         {100, "AcDbGeoData"},
+                         {90, "3"},
+                         {70, "2"},
+                         {10, "100"},
+                         {20, "50"},
+                         {11, "500000"},
+                         {21, "200000"},
+                         {40, "0.001"},
+                         {91, "4"},
+                         {12, "-0.5"},
+                         {22, "0.8660254037844386"},
+                         {95, "1"}};
+  if (!definition.empty()) geodata.push_back({301, definition});
+  return testing::WithObjects(
+      testing::EntitiesFile({{0, "LINE"}, {8, "0"}, {10, "0"}, {20, "0"}, {11, "1000"}, {21, "500"}}),
+      geodata);
 }
 
 // Where a drawing point lies in the system, worked out from the GEODATA numbers above.

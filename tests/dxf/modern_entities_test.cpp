@@ -12,11 +12,13 @@
 namespace dxfimport {
 namespace {
 
+using testing::ClipObjects;
 using testing::DxfText;
 using testing::EntitiesFile;
 using testing::LoadModern;
 using testing::LoadModernFile;
 using testing::Pairs;
+using testing::WithObjects;
 
 TEST(MTextMarkup, ParagraphsWordsAndFormats) {
   EXPECT_EQ(PlainText("plain"), "plain");
@@ -394,39 +396,7 @@ TEST(ModernReferences, ReferencesAreDrawnWhereInsertedCyclesAndMissingOnesReport
                            {10, "0"},
                            {20, "1"}},
                           {{0, "LAYER"}, {2, "WALL"}, {62, "3"}});
-  b.resize(b.size() - DxfText({{0, "EOF"}}).size());
-  b += DxfText({{0, "SECTION"},
-                {2, "OBJECTS"},
-                {0, "DICTIONARY"},
-                {5, "D0"},
-                {3, "ACAD_FILTER"},
-                {360, "D1"},
-                {0, "DICTIONARY"},
-                {5, "D1"},
-                {3, "SPATIAL"},
-                {360, "D2"},
-                {0, "SPATIAL_FILTER"},
-                {5, "D2"},
-                {70, "2"},
-                {10, "0"},
-                {20, "0"},
-                {10, "2"},
-                {20, "2"},
-                {71, "1"},
-                {40, "1"},
-                {40, "0"},
-                {40, "0"},
-                {40, "0"},
-                {40, "0"},
-                {40, "1"},
-                {40, "0"},
-                {40, "0"},
-                {40, "0"},
-                {40, "0"},
-                {40, "1"},
-                {40, "0"},
-                {0, "ENDSEC"},
-                {0, "EOF"}});
+  b = WithObjects(b, ClipObjects("D0", "2", "2", "0"));
   std::ofstream(folder + "/refs/b.dxf") << b;
   // b.dxf is not where host.dxf says; it is found in the folder given.
   auto loaded = LoadModernFile(folder + "/host.dxf", LoadOptions{.XrefFolders = {folder + "/refs"}});
@@ -604,24 +574,18 @@ namespace dxfimport {
 // GEODATA: its definition in chunks with ^J for line ends; the EPSG code from a WKT's
 // outermost AUTHORITY (not an inner one) or an XML alias; the map of a drawing in feet.
 TEST(ModernGeoData, TheGeographicLocationOfModelSpace) {
-  std::string entities = EntitiesFile({{0, "LINE"}, {8, "0"}, {11, "1"}});
-  entities.resize(entities.size() - DxfText({{0, "EOF"}}).size());
-  auto loaded =
-      LoadModern(entities + DxfText({{0, "SECTION"},
-                                     {2, "OBJECTS"},
-                                     {0, "GEODATA"},
-                                     {70, "2"},
-                                     {10, "10"},
-                                     {20, "0"},
-                                     {11, "1000"},
-                                     {21, "2000"},
-                                     {40, "0.3048"},
-                                     {12, "1"},
-                                     {22, "0"},
-                                     {303, "PROJCS[\"x\",GEOGCS[\"y\",AUTHORITY[\"EPSG\",\"4326\"]],^J"},
-                                     {301, "AUTHORITY[\"EPSG\",\"32632\"]]"},
-                                     {0, "ENDSEC"},
-                                     {0, "EOF"}}));
+  auto loaded = LoadModern(WithObjects(EntitiesFile({{0, "LINE"}, {8, "0"}, {11, "1"}}),
+                                       {{0, "GEODATA"},
+                                        {70, "2"},
+                                        {10, "10"},
+                                        {20, "0"},
+                                        {11, "1000"},
+                                        {21, "2000"},
+                                        {40, "0.3048"},
+                                        {12, "1"},
+                                        {22, "0"},
+                                        {303, "PROJCS[\"x\",GEOGCS[\"y\",AUTHORITY[\"EPSG\",\"4326\"]],^J"},
+                                        {301, "AUTHORITY[\"EPSG\",\"32632\"]]"}}));
   const GeoData& geo = loaded->drawing.Geo;
   ASSERT_TRUE(geo.Present);
   EXPECT_NE(geo.Definition.find("\n"), std::string::npos);

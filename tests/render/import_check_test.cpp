@@ -35,20 +35,18 @@ TEST(ImportCheck, VerdictsAndTheirReasons) {
   EXPECT_EQ(fit.Verdict(), "fit as background");
   EXPECT_TRUE(Says(fit, ImportCheck::Level::Note, "units declared: millimetres"));
 
-  std::string image = EntitiesFile({{0, "LINE"},
-                                    {8, "0"},
-                                    {11, "10"},
-                                    {0, "IMAGE"},
-                                    {8, "0"},
-                                    {11, "1"},
-                                    {22, "1"},
-                                    {13, "8"},
-                                    {23, "8"},
-                                    {340, "A1"}});
-  image.resize(image.size() - DxfText({{0, "EOF"}}).size());
-  const ImportCheck missing = CheckOf(
-      mm + image +
-      DxfText({{0, "SECTION"}, {2, "OBJECTS"}, {0, "IMAGEDEF"}, {5, "A1"}, {1, "gone.png"}, {0, "ENDSEC"}}));
+  const ImportCheck missing =
+      CheckOf(mm + testing::WithObjects(EntitiesFile({{0, "LINE"},
+                                                      {8, "0"},
+                                                      {11, "10"},
+                                                      {0, "IMAGE"},
+                                                      {8, "0"},
+                                                      {11, "1"},
+                                                      {22, "1"},
+                                                      {13, "8"},
+                                                      {23, "8"},
+                                                      {340, "A1"}}),
+                                        {{0, "IMAGEDEF"}, {5, "A1"}, {1, "gone.png"}}));
   EXPECT_EQ(missing.Verdict(), "fit with warnings");
   EXPECT_TRUE(Says(missing, ImportCheck::Level::Warning, "image missing: gone.png"));
 

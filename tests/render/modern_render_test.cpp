@@ -398,37 +398,6 @@ TEST(Images, APictureShowsWithinItsClipAndAMissingOneAsItsFrame) {
 
 namespace {
 
-// A SPATIAL_FILTER of the rectangle 0..right x 0..100 made where the block's origin was
-// at (0, -dy).
-Pairs SpatialFilter(const char* handle, const char* right, const char* dy, const char* extension) {
-  Pairs f{{0, "SPATIAL_FILTER"}, {5, handle}};
-  if (*extension) f.insert(f.end(), {{102, "{ACAD_XDICTIONARY"}, {360, extension}, {102, "}"}});
-  f.insert(f.end(), {{100, "AcDbSpatialFilter"},
-                     {70, "2"},
-                     {10, "0"},
-                     {20, "0"},
-                     {10, right},
-                     {20, "100"},
-                     {71, "1"},
-                     {40, "1"},
-                     {40, "0"},
-                     {40, "0"},
-                     {40, "0"},
-                     {40, "0"},
-                     {40, "1"},
-                     {40, "0"},
-                     {40, dy},
-                     {40, "0"},
-                     {40, "0"},
-                     {40, "1"},
-                     {40, "0"}});
-  return f;
-}
-
-Pairs DictionaryEntry(const char* handle, const char* name, const char* entry) {
-  return Pairs{{0, "DICTIONARY"}, {5, handle}, {3, name}, {360, entry}};
-}
-
 // An insert of LINEB (a line from 0 to 100 along x) at height y with the extension
 // dictionary `dictionary`.
 Pairs ClippedLine(const char* handle, const char* dictionary, const char* y) {
@@ -441,13 +410,7 @@ const Pairs kLineBlock{{0, "BLOCK"}, {2, "LINEB"}, {10, "0"},   {20, "0"}, {0, "
                        {10, "0"},    {20, "0"},    {11, "100"}, {21, "0"}, {0, "ENDBLK"}};
 
 // The objects of a clip to the left half (B0) of a reference at height 30.
-Pairs LeftHalfClip() {
-  Pairs objects;
-  for (const Pairs& p : {DictionaryEntry("B0", "ACAD_FILTER", "B1"), DictionaryEntry("B1", "SPATIAL", "B2"),
-                         SpatialFilter("B2", "50", "-30", "")})
-    objects.insert(objects.end(), p.begin(), p.end());
-  return objects;
-}
+Pairs LeftHalfClip() { return testing::ClipObjects("B0", "50", "100", "-30"); }
 
 Pairs Section(const char* name, Pairs content) {
   content.insert(content.begin(), {{0, "SECTION"}, {2, name}});
@@ -464,20 +427,19 @@ TEST(Clipping, ABlockReferenceShowsOnlyWhatItsSpatialFilterKeeps) {
   const Pairs upper = ClippedLine("A1", "C0", "70");
   entities.insert(entities.end(), upper.begin(), upper.end());
   Pairs objects = LeftHalfClip();
-  for (const Pairs& p :
-       {DictionaryEntry("C0", "ACAD_FILTER", "C1"), DictionaryEntry("C1", "SPATIAL", "C2"),
-        SpatialFilter("C2", "100", "-70", "C3"), DictionaryEntry("C3", "ACAD_XREC_ROUNDTRIP", "C4"),
-        Pairs{{0, "XRECORD"},
-              {5, "C4"},
-              {102, "ACAD_INVERTEDCLIP_ROUNDTRIP"},
-              {10, "40"},
-              {20, "0"},
-              {10, "60"},
-              {20, "0"},
-              {10, "60"},
-              {20, "100"},
-              {10, "40"},
-              {20, "100"}}})
+  for (const Pairs& p : {testing::ClipObjects("C0", "100", "100", "-70", "C3"),
+                         testing::DictionaryEntry("C3", "ACAD_XREC_ROUNDTRIP", "C4"),
+                         Pairs{{0, "XRECORD"},
+                               {5, "C4"},
+                               {102, "ACAD_INVERTEDCLIP_ROUNDTRIP"},
+                               {10, "40"},
+                               {20, "0"},
+                               {10, "60"},
+                               {20, "0"},
+                               {10, "60"},
+                               {20, "100"},
+                               {10, "40"},
+                               {20, "100"}}})
     objects.insert(objects.end(), p.begin(), p.end());
   RenderSetup setup;
   setup.objects = DxfText(Section("OBJECTS", objects));

@@ -31,6 +31,46 @@ std::string EntitiesFile(const Pairs& entities) {
          DxfText({{0, "ENDSEC"}, {0, "EOF"}});
 }
 
+std::string WithObjects(std::string dxf, const Pairs& objects) {
+  const std::string eof = DxfText({{0, "EOF"}});
+  if (dxf.ends_with(eof)) dxf.resize(dxf.size() - eof.size());
+  return dxf + DxfText({{0, "SECTION"}, {2, "OBJECTS"}}) + DxfText(objects) + DxfText({{0, "ENDSEC"}}) + eof;
+}
+
+Pairs DictionaryEntry(const std::string& handle, const char* name, const std::string& entry) {
+  return Pairs{{0, "DICTIONARY"}, {5, handle}, {3, name}, {360, entry}};
+}
+
+Pairs ClipObjects(const std::string& handle, const char* right, const char* top, const char* dy,
+                  const char* extension) {
+  Pairs objects = DictionaryEntry(handle, "ACAD_FILTER", handle + "1");
+  const Pairs spatial = DictionaryEntry(handle + "1", "SPATIAL", handle + "2");
+  objects.insert(objects.end(), spatial.begin(), spatial.end());
+  objects.insert(objects.end(), {{0, "SPATIAL_FILTER"}, {5, handle + "2"}});
+  if (*extension) objects.insert(objects.end(), {{102, "{ACAD_XDICTIONARY"}, {360, extension}, {102, "}"}});
+  // The boundary's two corners, then the map from that world to block coordinates.
+  objects.insert(objects.end(), {{100, "AcDbSpatialFilter"},
+                                 {70, "2"},
+                                 {10, "0"},
+                                 {20, "0"},
+                                 {10, right},
+                                 {20, top},
+                                 {71, "1"},
+                                 {40, "1"},
+                                 {40, "0"},
+                                 {40, "0"},
+                                 {40, "0"},
+                                 {40, "0"},
+                                 {40, "1"},
+                                 {40, "0"},
+                                 {40, dy},
+                                 {40, "0"},
+                                 {40, "0"},
+                                 {40, "1"},
+                                 {40, "0"}});
+  return objects;
+}
+
 std::unique_ptr<Loaded> Load(const std::string& dxf, std::size_t rowLimit, ReadingProfile profile) {
   auto loaded = std::make_unique<Loaded>();
   loaded->drawing.SetRowLimit(rowLimit);

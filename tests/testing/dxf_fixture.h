@@ -39,6 +39,16 @@ std::string DxfText(const Pairs& pairs);
 
 // A complete file: a SECTION line, then the ENTITIES section holding `entities`.
 std::string EntitiesFile(const Pairs& entities);
+// A complete file `dxf` with an OBJECTS section holding `objects` before its EOF.
+std::string WithObjects(std::string dxf, const Pairs& objects);
+// The objects of a clipped block reference (XCLIP): the insert's extension dictionary
+// `handle` leads through an ACAD_FILTER dictionary (handle + "1") to the SPATIAL_FILTER
+// (handle + "2") of the rectangle 0..right x 0..top, made where the block's origin was at
+// (0, -dy); `extension` is the filter's own extension dictionary ("" none).
+Pairs ClipObjects(const std::string& handle, const char* right, const char* top, const char* dy,
+                  const char* extension = "");
+// One DICTIONARY with one entry.
+Pairs DictionaryEntry(const std::string& handle, const char* name, const std::string& entry);
 
 // The result of loading text through LoadDXFBytes, with what was shown and logged.
 struct Loaded {

@@ -305,15 +305,16 @@ void ModernReader::ExpandBlock(int32_t block, const Affine& m, const Style& inhe
                     ref.LineWeight, ref.Alpha};
         // A clipped insert expanded before its clip is known: its rows are noted.
         const uint64_t clip = clipsResolved_ ? 0 : NestedClip(block, entry.Index);
-        const BlockEntry& inner = drawing_.Blocks[std::size_t(ref.Block - 1)];
-        const Affine base = Affine::Translate(-inner.BaseX, -inner.BaseY);
         for (int32_t r = 0; r < ref.Rows; ++r)
           for (int32_t c = 0; c < ref.Columns; ++c) {
             const std::size_t from = drawing_.DrawSeq.size();
-            ExpandBlock(ref.Block, place * CopyTransform(ref, c, r), child, depth + 1);
-            if (clip && drawing_.DrawSeq.size() > from)
-              clippable_.push_back(
-                  {clip, place * CopyTransform(ref, c, r) * base, from, drawing_.DrawSeq.size()});
+            const Affine copy = place * CopyTransform(ref, c, r);
+            ExpandBlock(ref.Block, copy, child, depth + 1);
+            if (clip && drawing_.DrawSeq.size() > from) {
+              const BlockEntry& inner = drawing_.Blocks[std::size_t(ref.Block - 1)];
+              clippable_.push_back({clip, copy * Affine::Translate(-inner.BaseX, -inner.BaseY), from,
+                                    drawing_.DrawSeq.size()});
+            }
           }
       } else {
         Row row = stored;
