@@ -74,7 +74,7 @@ command-line renderer.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME dxfimport-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "dxfimport (= ${PROJECT_VERSION}), qt6-base-dev, qt6-svg-dev, libpng-dev, libproj-dev, libtiff-dev, libgeotiff-dev")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "dxfimport (= ${PROJECT_VERSION}), qt6-base-dev, qt6-svg-dev, libpng-dev, libproj-dev, libtiff-dev, libgeotiff-dev, libpoppler-cpp-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "DXF importer for host applications (development files)
 The automation class DXF as a static library with its header and a CMake package,
 for host applications that show the importer in their own process and take its

@@ -102,7 +102,8 @@ void CheckContent(const Drawing& d, const LoadOutcome& outcome, ImportCheck& che
 void CheckReport(const LoadReport& report, ImportCheck& check) {
   for (const ReportEntry& e : report.Entries()) {
     if (e.Drawn) continue;
-    const bool missing = e.Kind.starts_with("image missing") ||
+    const bool missing = e.Kind.starts_with("image missing") || e.Kind.starts_with("underlay missing") ||
+                         e.Kind.starts_with("underlay page not read") ||
                          e.Kind.starts_with("external reference missing") ||
                          e.Kind.starts_with("external reference is a DWG");
     const bool notDrawn = e.Kind.find("not drawn") != std::string::npos;

@@ -700,12 +700,13 @@ void ModernPainter::DrawPictureFrame(const ImageEntity& image) {
   if (frame.empty() && (image.Width != PointD{} || image.Height != PointD{}))
     frame = {image.Origin, image.Origin + image.Width, image.Origin + image.Width + image.Height,
              image.Origin + image.Height};
+  if (frame.empty()) return;  // an underlay whose page is not known, and that has no clip
   for (std::size_t i = 0; i < frame.size(); ++i) StrokeLine(At(frame[i]), At(frame[(i + 1) % frame.size()]));
   if (image.Picture < 1 || std::size_t(image.Picture) > drawing_.Pictures.size()) return;
   // The name, a line of small print at the frame's top-left corner.
   Box box;
   for (const PointD& p : frame) box.Add(p);
-  const QPointF corner = frame.empty() ? At(image.Origin) : At(box.minX, box.maxY);
+  const QPointF corner = At(box.minX, box.maxY);
   QFont font = painter_.font();
   font.setPixelSize(11);
   painter_.save();

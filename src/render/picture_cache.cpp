@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <array>
 
+#include "dxf/input/underlay_file.h"
+
 namespace dxfimport {
 
 QImage ReadPicture(const std::string& path, int longestSide) {
@@ -17,6 +19,16 @@ QImage ReadPicture(const std::string& path, int longestSide) {
   if (std::max(picture.width(), picture.height()) > longestSide)  // a reader that cannot scale
     picture = picture.scaled(longestSide, longestSide, Qt::KeepAspectRatio, Qt::SmoothTransformation);
   return picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
+QImage ReadUnderlay(const PictureFile& file, int longestSide) {
+  UnderlayPicture page = RenderUnderlayPage(file.Path, file.Page, longestSide);
+  if (page.Pixels.empty()) return {};
+  auto* pixels = new std::vector<uint32_t>(std::move(page.Pixels));
+  return QImage(
+      reinterpret_cast<const uchar*>(pixels->data()), page.Width, page.Height, page.Width * 4,
+      QImage::Format_ARGB32_Premultiplied,
+      [](void* held) { delete static_cast<std::vector<uint32_t>*>(held); }, pixels);
 }
 
 void AdjustPicture(QImage& picture, int brightness, int contrast) {
@@ -47,7 +59,7 @@ const QImage& PictureCache::Of(const Drawing& drawing, const ImageEntity& image)
   }
   if (image.Picture < 1 || std::size_t(image.Picture) > drawing.Pictures.size()) return kNone;
   const PictureFile& file = drawing.Pictures[std::size_t(image.Picture - 1)];
-  if (file.Path.empty() || file.Underlay) return kNone;
+  if (file.Path.empty()) return kNone;
   const auto key = std::tuple(image.Picture, int(image.Brightness), int(image.Contrast));
   auto found = pictures_.find(key);
   if (found != pictures_.end()) return found->second;
@@ -56,7 +68,8 @@ const QImage& PictureCache::Of(const Drawing& drawing, const ImageEntity& image)
   for (const auto& [other, read] : pictures_)
     if (std::get<0>(other) == image.Picture && std::get<1>(other) == 50 && std::get<2>(other) == 50)
       picture = read;
-  if (picture.isNull()) picture = ReadPicture(file.Path, kLongestSide);
+  if (picture.isNull())
+    picture = file.Underlay ? ReadUnderlay(file, kLongestSide) : ReadPicture(file.Path, kLongestSide);
   if (!picture.isNull()) AdjustPicture(picture, image.Brightness, image.Contrast);
   return pictures_.emplace(key, std::move(picture)).first->second;
 }

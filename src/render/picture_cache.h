@@ -10,7 +10,7 @@
 
 namespace dxfimport {
 
-// The pictures of a drawing's IMAGE rows as they are drawn: each file read once, at most
+// The pictures of a drawing's IMAGE and underlay rows as they are drawn: each file read once, at most
 // kLongestSide pixels on its longer side (a larger one is scaled while it is read, so it
 // is never held at full size), with the row's brightness and contrast applied. Shared by
 // the threads that draw a picture's bands.
@@ -30,6 +30,10 @@ class PictureCache {
 // Reads a picture file, scaled down to fit `longestSide` pixels; null when it cannot be
 // read.
 QImage ReadPicture(const std::string& path, int longestSide);
+
+// The page an underlay shows, drawn to fit `longestSide` pixels, transparent where it has
+// no ink; null when it cannot be drawn.
+QImage ReadUnderlay(const PictureFile& file, int longestSide);
 
 // Brightness and contrast (0..100; 50 and 50 leave the colours as they are) applied to
 // the colour channels.

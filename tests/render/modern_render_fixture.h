@@ -73,6 +73,7 @@ class ModernRender {
     return n;
   }
   const QImage& image() const { return surface_.image(); }
+  const Loaded& loaded() const { return *loaded_; }
 
  private:
   std::unique_ptr<Loaded> loaded_;

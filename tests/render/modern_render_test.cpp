@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <QPainter>
+#include <QPdfWriter>
 #include <QTemporaryDir>
+#include <algorithm>
 
 #include "render/modern_render_fixture.h"
 #include "render/redraw.h"
@@ -396,6 +399,65 @@ TEST(Images, APictureShowsWithinItsClipAndAMissingOneAsItsFrame) {
   EXPECT_FALSE(render.Inked(80, 95));                           // and no picture inside it
 }
 
+// A PDF page of one inch square, its left half red, laid at (10, 10) 40 times its size:
+// its ink shows over 10..30 x 10..50 and its paper does not. A missing PDF clipped to
+// 0..10 x 0..10 of its page at (60, 60), twice its size, is drawn as the clip's frame; a
+// missing one without a clip is not drawn at all.
+TEST(Underlays, APdfPageShowsAtItsPaperSizeAndAMissingOneAsItsClipFrame) {
+  QTemporaryDir folder;
+  ASSERT_TRUE(folder.isValid());
+  {
+    QPdfWriter pdf(folder.filePath("page.pdf"));
+    pdf.setPageSize(QPageSize(QSizeF(1, 1), QPageSize::Inch));
+    pdf.setPageMargins(QMarginsF(0, 0, 0, 0));
+    pdf.setResolution(72);
+    QPainter painter(&pdf);
+    painter.fillRect(QRectF(0, 0, 36, 72), Qt::red);
+  }
+  auto underlay = [](const char* handle, const char* x, const char* y, const char* scale, const char* flags) {
+    return Pairs{{0, "PDFUNDERLAY"}, {8, "0"},     {340, handle}, {10, x},   {20, y},    {41, scale},
+                 {42, scale},        {280, flags}, {11, "0"},     {21, "0"}, {11, "10"}, {21, "10"}};
+  };
+  Pairs entities = underlay("D1", "10", "10", "40", "2");
+  for (const Pairs& more : {underlay("D2", "60", "60", "2", "3"), underlay("D3", "60", "10", "2", "2")})
+    entities.insert(entities.end(), more.begin(), more.end());
+  RenderSetup setup;
+  setup.folder = folder.path().toStdString();
+  setup.objects = DxfText({{0, "SECTION"},
+                           {2, "OBJECTS"},
+                           {0, "PDFDEFINITION"},
+                           {5, "D1"},
+                           {1, ".\\page.pdf"},
+                           {2, "1"},
+                           {0, "PDFDEFINITION"},
+                           {5, "D2"},
+                           {1, "gone.pdf"},
+                           {2, "1"},
+                           {0, "PDFDEFINITION"},
+                           {5, "D3"},
+                           {1, "gone too.pdf"},
+                           {2, "1"},
+                           {0, "ENDSEC"}});
+  ModernRender render(entities, setup);
+  ASSERT_TRUE(render.drawn());
+  EXPECT_EQ(render.Pixel(20, 70), qRgb(255, 0, 0) & 0xFFFFFF);  // the page's left half
+  EXPECT_FALSE(render.Inked(40, 70));                           // its right half: paper
+  EXPECT_FALSE(render.Inked(31, 45));                           // and above the page
+  EXPECT_TRUE(render.InkedNear(70, 40));                        // the missing one's clip frame
+  EXPECT_EQ(render.InkedIn(56, 50, 100, 92), 0);                // the one without a clip
+  const Drawing& d = render.loaded().drawing;
+  ASSERT_EQ(d.Images.size(), 3u);
+  EXPECT_EQ(d.Images[0].Width, (PointD{40, 0}));  // the page, an inch a unit
+  EXPECT_EQ(d.Images[2].Width, (PointD{}));       // no page known
+  // 10..80 both ways (the page, the clip frame; nothing for the last), 2 % of 70 around.
+  EXPECT_NEAR(d.ExtMaxX, 81.4, 1e-9);
+  EXPECT_NEAR(d.ExtMinY, 8.6, 1e-9);
+  std::vector<std::string> report;
+  for (const ReportEntry& e : render.loaded().outcome.Report.Entries()) report.push_back(e.Kind);
+  EXPECT_EQ(report, (std::vector<std::string>{"underlay found: .\\page.pdf", "underlay missing: gone.pdf",
+                                              "underlay missing: gone too.pdf"}));
+}
+
 namespace {
 
 // An insert of LINEB (a line from 0 to 100 along x) at height y with the extension
@@ -451,6 +513,40 @@ TEST(Clipping, ABlockReferenceShowsOnlyWhatItsSpatialFilterKeeps) {
   EXPECT_TRUE(render.InkedNear(25, 30));   // the upper line outside the hole
   EXPECT_FALSE(render.InkedNear(50, 30));  // not in it
   EXPECT_TRUE(render.InkedNear(75, 30));
+}
+
+// Front and back clipping planes: a reference whose plane (z = 0) lies in front of the
+// front plane, or behind the back plane, shows nothing; one between them shows what its
+// boundary keeps (the front distance, a 40 of its own, does not shift the matrix after it).
+TEST(Clipping, FrontAndBackPlanesKeepOrLeaveOutAReferenceByItsPlane) {
+  auto withPlanes = [](const char* handle, const char* dy, Pairs planes) {
+    Pairs objects = testing::ClipObjects(handle, "50", "100", dy);
+    const auto at = std::find(objects.begin(), objects.end(), std::pair<int, std::string>{71, "1"});
+    objects.insert(at + 1, planes.begin(), planes.end());
+    return objects;
+  };
+  Pairs entities, objects;
+  const char* ys[] = {"20", "50", "80"};
+  const char* dys[] = {"-20", "-50", "-80"};
+  const Pairs planes[] = {{{72, "1"}, {40, "-1"}, {73, "0"}},
+                          {{72, "1"}, {40, "1"}, {73, "1"}, {41, "-1"}},
+                          {{72, "0"}, {73, "1"}, {41, "2"}}};
+  for (int i = 0; i < 3; ++i) {
+    const std::string insert = "A" + std::to_string(i), clip = "B" + std::to_string(i);
+    const Pairs line = ClippedLine(insert.c_str(), clip.c_str(), ys[i]);
+    const Pairs filter = withPlanes(clip.c_str(), dys[i], planes[i]);
+    entities.insert(entities.end(), line.begin(), line.end());
+    objects.insert(objects.end(), filter.begin(), filter.end());
+  }
+  RenderSetup setup;
+  setup.objects = DxfText(Section("OBJECTS", objects));
+  setup.blocks = DxfText(kLineBlock);
+  ModernRender render(entities, setup);
+  ASSERT_TRUE(render.drawn());
+  EXPECT_EQ(render.InkedIn(0, 75, 100, 85), 0);  // in front of the front plane
+  EXPECT_TRUE(render.InkedNear(25, 50));         // between the planes: the left half
+  EXPECT_FALSE(render.InkedNear(75, 50));
+  EXPECT_EQ(render.InkedIn(0, 15, 100, 25), 0);  // behind the back plane
 }
 
 // The clipped reference inside another block (two inserts of it, the second 40 higher),

@@ -147,6 +147,7 @@ Box RowBox(const ImageEntity& r) {
     for (const PointD& p : r.Clip) b.Add(p);
     return b;
   }
+  if (r.Width == PointD{} && r.Height == PointD{}) return {};  // an underlay without a known page
   return Of({r.Origin, r.Origin + r.Width, r.Origin + r.Height, r.Origin + r.Width + r.Height});
 }
 

@@ -243,7 +243,8 @@ struct RayEntity {
 // drawing units, the picture's whole size). It shows only what its clip boundary keeps
 // (inside, or with ClipInverted outside), adjusted by brightness, contrast and fade
 // (0..100; 50, 50 and 0 leave it as it is). A picture whose file was not found, and an
-// underlay (PDF, DWF, DGN), are drawn as their frame with the file's name.
+// underlay (PDF, DWF, DGN) whose page could not be read, are drawn as their frame (or
+// the frame of their clip boundary) with the file's name. An underlay's frame is its page.
 struct ImageEntity {
   PointD Origin, Width, Height;
   std::vector<PointD> Clip;  // drawing units; empty: the whole frame
@@ -256,11 +257,14 @@ struct ImageEntity {
 };
 
 // The file behind pictures (IMAGEDEF) and underlays: its name as the drawing wrote it,
-// and where it was found ("" when it was not, and for underlays, which are not drawn).
+// and where it was found ("" when it was not, and for an underlay whose page cannot be
+// read). An underlay shows one page of its file (a PDF page number or label).
 struct PictureFile {
   std::string Name;
   std::string Path;
   bool Underlay = false;
+  std::string Page;
+  bool Resolved = false;  // looked for (by the reader of the drawing that names it)
 };
 
 // A clip of the rows drawn after a kKindClip entry: what lies inside an odd number of its

@@ -4,6 +4,7 @@
 // drawing has been read.
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 #include "dxf/modern/modern_reader.h"
 #include "support/numbers.h"
@@ -60,22 +61,54 @@ bool ModernReader::DXFDictionary() {
 }
 
 // SPATIAL_FILTER: its boundary (70 points 10/20 in the world at the time of clipping;
-// two are a rectangle's corners), whether it clips (71; XCLIP OFF leaves it 0) and the
-// map from that world to block coordinates (the first twelve 40s, three rows of four).
-// Inverted clips are saved as the boundary of what stays.
+// two are a rectangle's corners), whether it clips (71; XCLIP OFF leaves it 0), its front
+// and back clipping planes (72 and the 40 after it, 73 and 41), the map from that world to
+// block coordinates (the next twelve 40s, three rows of four) and from it to the clip's
+// own coordinates (twelve more). Inverted clips are saved as the boundary of what stays.
 bool ModernReader::DXFSpatialFilter() {
   if (Whole(71, 1, 0, 1) == 0) return true;
   SpatialFilter filter;
   std::vector<double> matrix;
   filter.boundary = ClipBoundary(10);
-  for (const auto& [code, value] : pairs_)
-    if (code == 40 && matrix.size() < 24) matrix.push_back(Val(value));
+  bool front = false, back = false, frontRead = false;
+  double frontDistance = 0, backDistance = 0;
+  for (const auto& [code, value] : pairs_) {
+    if (code == 72) front = Val(value) == 1;
+    if (code == 73) back = Val(value) == 1;
+    if (code == 41) backDistance = Val(value);
+    if (code != 40) continue;
+    if (front && !frontRead)
+      frontDistance = Val(value), frontRead = true;
+    else if (matrix.size() < 24)
+      matrix.push_back(Val(value));
+  }
   filter.extension = ExtensionDictionary();
   if (matrix.size() >= 12)
     filter.toBlock = {matrix[0], matrix[4], matrix[1], matrix[5], matrix[3], matrix[7]};
+  if (front || back) filter.outsideSlab = OutsideSlab(matrix, front, frontDistance, back, backDistance);
   if (!filter.boundary.empty() && filter.toBlock.IsFinite())
     spatialFilters_[HandleOf(Value(5))] = std::move(filter);
   return true;
+}
+
+// Whether the block's own plane (z = 0, where a plan's content lies: the rows keep no
+// elevation) lies outside the slab between the back and the front clipping plane, given
+// as distances from the clip's origin along its normal. A block turned out of the plan
+// is left as it is.
+bool ModernReader::OutsideSlab(const std::vector<double>& matrix, bool front, double frontDistance, bool back,
+                               double backDistance) const {
+  if (matrix.size() < 12) return false;
+  const double flat = 1e-9;
+  if (std::abs(matrix[8]) > flat || std::abs(matrix[9]) > flat || std::abs(matrix[10]) < flat) {
+    Note("XCLIP front and back planes of a block turned out of the plan not applied");
+    return false;
+  }
+  const double worldZ = -matrix[11] / matrix[10];
+  double z = worldZ;
+  if (matrix.size() >= 24 && std::abs(matrix[20]) < flat && std::abs(matrix[21]) < flat)
+    z = matrix[22] * worldZ + matrix[23];
+  const double tolerance = 1e-9 * std::max(1.0, std::abs(z));
+  return (front && z > frontDistance + tolerance) || (back && z < backDistance - tolerance);
 }
 
 // XRECORD: the hole of an inverted clip, which CAD tools keep beside its spatial filter
@@ -106,6 +139,11 @@ bool ModernReader::ClipOf(uint64_t dictionary, ClipRegion& region) const {
   if (spatial == filterLinks_.end()) return false;
   const auto filter = spatialFilters_.find(spatial->second);
   if (filter == spatialFilters_.end()) return false;
+  if (filter->second.outsideSlab) {
+    region.Loops.clear();  // nothing is drawn
+    Note("block reference outside its front or back clipping plane (XCLIP)");
+    return true;
+  }
   region.Loops = {filter->second.boundary};
   const auto roundTrip = filterLinks_.find(filter->second.extension);
   const auto hole =

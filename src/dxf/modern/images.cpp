@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "dxf/input/file_lookup.h"
+#include "dxf/input/underlay_file.h"
 #include "dxf/model/placement.h"
 #include "dxf/modern/modern_reader.h"
 #include "support/numbers.h"
@@ -72,19 +73,32 @@ bool ModernReader::DXFImage() {
   return true;
 }
 
-// PDFUNDERLAY, DWFUNDERLAY, DGNUNDERLAY: drawn as the frame of its clip boundary (11/21,
-// in its own units, scaled by 41/42, turned by 50 and placed at 10/20 in its object
-// coordinates) with the name of its file; its definition is 340.
+// PDFUNDERLAY, DWFUNDERLAY, DGNUNDERLAY: one page of the file its definition (340) names,
+// its lower-left corner at 10/20, scaled by 41/42 and turned by 50 in its object
+// coordinates. Its frame is the page, whose size is known only when the file has been
+// found: until then Width and Height are one underlay unit (an inch of the page) long.
+// 280: bit 1 clips to the boundary 11/21 (in underlay units), bit 2 shows it at all,
+// bit 16 shows what lies outside the boundary; 282 fades it.
 bool ModernReader::DXFUnderlay() {
+  const int32_t flags = Whole(280, 2, 0, 0xFF);
+  if (!(flags & 2)) {
+    Note("underlay turned off");
+    return true;
+  }
   const Style s = ReadStyle();
   ImageEntity frame;
   frame.Layer = s.Layer, frame.Color = s.Color;
   frame.Picture = PictureRow(Value(340), true);
   const PointD at = Point(10);
-  frame.Origin = at;
   const Affine local =
       Affine::Translate(at.x, at.y) * Affine::Rotate(Num(50)) * Affine::Scaling(Num(41, 1), Num(42, 1));
-  for (const PointD& p : ClipBoundary(11)) frame.Clip.push_back(local.Apply(p));
+  frame.Origin = at;
+  frame.Width = local.ApplyVector({1, 0}), frame.Height = local.ApplyVector({0, 1});
+  frame.Fade = Percent(Num(282, 0), 0);
+  if (flags & 1) {
+    for (const PointD& p : ClipBoundary(11)) frame.Clip.push_back(local.Apply(p));
+    frame.ClipInverted = (flags & 16) != 0;
+  }
   Emit(Placed(frame, Placement(Num(30))));
   return true;
 }
@@ -93,26 +107,53 @@ bool ModernReader::DXFUnderlay() {
 bool ModernReader::DXFImageDef() {
   const bool underlay = name_ != "IMAGEDEF";
   const int32_t row = PictureRow(Value(5), underlay);
-  drawing_.Pictures[std::size_t(row - 1)].Name = std::string(Trim(Text(1)).substr(0, 4096));
+  PictureFile& picture = drawing_.Pictures[std::size_t(row - 1)];
+  picture.Name = std::string(Trim(Text(1)).substr(0, 4096));
+  if (underlay) picture.Page = std::string(Trim(Text(2)).substr(0, 200));
   return true;
 }
 
-// After the load: each picture's file looked for, and named in the load report.
+// After the load: each picture's file looked for, and named in the load report (those
+// an external reference brought were looked for when it was read).
 void ModernReader::ResolvePictures() {
-  for (PictureFile& picture : drawing_.Pictures) {
+  for (std::size_t i = 0; i < drawing_.Pictures.size(); ++i) {
+    PictureFile& picture = drawing_.Pictures[i];
+    if (picture.Resolved) continue;
+    picture.Resolved = true;
     const std::string name = picture.Name.empty() ? "(no definition)" : picture.Name.substr(0, 200);
-    if (picture.Underlay) {
-      ctx_.outcome.Report.Note("underlay drawn as its frame: " + name, 0);
-      continue;
-    }
     picture.Path = picture.Name.empty() ? ""
                                         : FindReferencedFile(picture.Name, ctx_.options.DrawingFile,
                                                              ctx_.options.ImageFolders);
-    if (picture.Path.empty())
+    if (picture.Underlay) {
+      ResolveUnderlay(int32_t(i + 1), name);
+    } else if (picture.Path.empty()) {
       ctx_.outcome.Report.Note("image missing: " + name, 0);
-    else
+    } else {
       ctx_.outcome.Report.NoteDrawn("image found: " + name, 0);
+    }
   }
+}
+
+// An underlay's frames take the size of its page; without a page they keep only their
+// clip boundaries (drawn as frames with the file's name).
+void ModernReader::ResolveUnderlay(int32_t row, const std::string& name) {
+  PictureFile& picture = drawing_.Pictures[std::size_t(row - 1)];
+  std::optional<UnderlayPageSize> page;
+  if (!picture.Path.empty()) page = ReadUnderlayPageSize(picture.Path, picture.Page);
+  if (picture.Path.empty())
+    ctx_.outcome.Report.Note("underlay missing: " + name, 0);
+  else if (!page)
+    ctx_.outcome.Report.Note("underlay page not read (only PDF pages are): " + name, 0);
+  else
+    ctx_.outcome.Report.NoteDrawn("underlay found: " + name, 0);
+  if (!page) picture.Path.clear();
+  const double w = page ? page->Width : 0, h = page ? page->Height : 0;
+  auto size = [&](EntityTables& tables) {
+    for (ImageEntity& frame : tables.Images)
+      if (frame.Picture == row) frame.Width = frame.Width * w, frame.Height = frame.Height * h;
+  };
+  size(drawing_);
+  for (BlockEntry& block : drawing_.Blocks) size(block.Content);
 }
 
 }  // namespace dxfimport

@@ -136,6 +136,8 @@ class ModernReader : public ProfileReader {
   bool DXFDictionary();
   bool DXFGeoData();
   bool DXFSpatialFilter();
+  bool OutsideSlab(const std::vector<double>& matrix, bool front, double frontDistance, bool back,
+                   double backDistance) const;
   bool DXFXRecord();
   void ApplyClips();
   // MULTILEADER (multileader.cpp).
@@ -185,6 +187,7 @@ class ModernReader : public ProfileReader {
   int32_t PictureRow(std::string_view handleText, bool underlay);
   std::vector<PointD> ClipBoundary(int xCode) const;
   void ResolvePictures();
+  void ResolveUnderlay(int32_t row, const std::string& name);
   // Entities of unknown classes drawn from their proxy graphics (proxy.cpp).
   bool DXFProxy();
   bool DXFClass();
@@ -349,8 +352,9 @@ class ModernReader : public ProfileReader {
   std::unordered_map<uint64_t, uint64_t> filterLinks_;  // dictionary -> its ACAD_FILTER or SPATIAL entry
   struct SpatialFilter {
     std::vector<PointD> boundary;
-    Affine toBlock;          // the world at clipping time to block coordinates
-    uint64_t extension = 0;  // its extension dictionary (an inverted clip's hole)
+    Affine toBlock;            // the world at clipping time to block coordinates
+    uint64_t extension = 0;    // its extension dictionary (an inverted clip's hole)
+    bool outsideSlab = false;  // its front and back planes leave out the block's plane
   };
   std::unordered_map<uint64_t, SpatialFilter> spatialFilters_;
   std::unordered_map<uint64_t, std::vector<PointD>> invertedHoles_;  // XRECORD -> hole
