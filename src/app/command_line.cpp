@@ -22,7 +22,8 @@ CommandLine::CommandLine()
   const char* budgetHelp =
       "Rows the drawing may hold; an insert that would pass them is left out (modern profile)";
   const char* imagePathHelp =
-      "A folder where the images a drawing names are also looked for (repeatable; modern profile)";
+      "A folder where the images and underlays a drawing names are also looked for (repeatable; modern "
+      "profile)";
   const char* xrefPathHelp =
       "A folder where the drawings of external references are also looked for (repeatable; modern profile)";
   const char* crsHelp =

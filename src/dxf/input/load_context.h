@@ -60,7 +60,7 @@ struct LoadOptions {
   int64_t EntityBudget = 0;
   // The file the drawing is read from ("" from memory): images are looked for beside it.
   std::string DrawingFile;
-  // Folders where the images a drawing names are also looked for (by their bare names).
+  // Folders where the images and underlays a drawing names are also looked for (by their bare names).
   std::vector<std::string> ImageFolders;
   // Folders where the drawings that external references name are also looked for.
   std::vector<std::string> XrefFolders;
