@@ -665,7 +665,10 @@ std::unique_ptr<EntityPainter> MakeModernPainter(const RedrawJob& job, const Dra
 // toward the background; without a picture, its frame and the name of its file.
 void ModernPainter::DrawImage(const ImageEntity& image) {
   if (!VisibleRow(RowBox(image))) return;
-  const QImage& picture = job_.Caches.Pictures.Of(drawing_, image);
+  const QPointF corner = At(image.Origin);
+  const double across = std::max(QLineF(corner, At(image.Origin + image.Width)).length(),
+                                 QLineF(corner, At(image.Origin + image.Height)).length());
+  const QImage& picture = job_.Caches.Pictures.Of(drawing_, image, across);
   if (picture.isNull()) return DrawPictureFrame(image);
   painter_.save();
   if (!image.Clip.empty()) {

@@ -49,7 +49,7 @@ void AdjustPicture(QImage& picture, int brightness, int contrast) {
   picture = picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
-const QImage& PictureCache::Of(const Drawing& drawing, const ImageEntity& image) {
+const QImage& PictureCache::Of(const Drawing& drawing, const ImageEntity& image, double pixelsAcross) {
   static const QImage kNone;
   std::lock_guard lock(mutex_);
   if (drawing_ != &drawing || generation_ != drawing.Generation()) {
@@ -60,18 +60,35 @@ const QImage& PictureCache::Of(const Drawing& drawing, const ImageEntity& image)
   if (image.Picture < 1 || std::size_t(image.Picture) > drawing.Pictures.size()) return kNone;
   const PictureFile& file = drawing.Pictures[std::size_t(image.Picture - 1)];
   if (file.Path.empty()) return kNone;
-  const auto key = std::tuple(image.Picture, int(image.Brightness), int(image.Contrast));
+  const auto key = std::tuple(file.Path, file.Page, int(image.Brightness), int(image.Contrast));
   auto found = pictures_.find(key);
-  if (found != pictures_.end()) return found->second;
+  if (found != pictures_.end()) return LevelFor(found->second, pixelsAcross);
   // Another adjustment of the same file starts from the copy already read.
   QImage picture;
-  for (const auto& [other, read] : pictures_)
-    if (std::get<0>(other) == image.Picture && std::get<1>(other) == 50 && std::get<2>(other) == 50)
-      picture = read;
+  const auto unadjusted = pictures_.find(std::tuple(file.Path, file.Page, 50, 50));
+  if (unadjusted != pictures_.end()) picture = unadjusted->second.front();
   if (picture.isNull())
     picture = file.Underlay ? ReadUnderlay(file, kLongestSide) : ReadPicture(file.Path, kLongestSide);
   if (!picture.isNull()) AdjustPicture(picture, image.Brightness, image.Contrast);
-  return pictures_.emplace(key, std::move(picture)).first->second;
+  Levels& levels = pictures_[key];
+  levels.push_back(std::move(picture));
+  return LevelFor(levels, pixelsAcross);
+}
+
+const QImage& PictureCache::LevelFor(Levels& levels, double pixelsAcross) {
+  constexpr int kSmallest = 16;
+  for (std::size_t i = 0;; ++i) {
+    if (i + 1 < levels.size()) {
+      const QImage& next = levels[i + 1];
+      if (std::max(next.width(), next.height()) >= pixelsAcross) continue;
+      return levels[i];
+    }
+    const QImage& last = levels[i];
+    const int w = last.width() / 2, h = last.height() / 2;
+    if (last.isNull() || std::min(w, h) < 1 || std::max(w, h) < kSmallest || std::max(w, h) < pixelsAcross)
+      return last;
+    levels.push_back(last.scaled(w, h, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+  }
 }
 
 }  // namespace dxfimport

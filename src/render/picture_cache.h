@@ -2,8 +2,10 @@
 
 #include <QImage>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <mutex>
+#include <string>
 #include <tuple>
 
 #include "dxf/model/drawing.h"
@@ -17,14 +19,22 @@ namespace dxfimport {
 class PictureCache {
  public:
   static constexpr int kLongestSide = 4096;
-  // The picture of `image`; a null image when its file is missing or cannot be read.
-  const QImage& Of(const Drawing& drawing, const ImageEntity& image);
+  // The picture of `image` to be drawn `pixelsAcross` pixels long on its longer side: the
+  // smallest of its halvings that is still at least that long (a picture drawn small many
+  // times is not scaled down from its full size each time). A null image when its file is
+  // missing or cannot be read.
+  const QImage& Of(const Drawing& drawing, const ImageEntity& image, double pixelsAcross = kLongestSide);
 
  private:
+  // The picture and its halvings, largest first, made as they are asked for (a deque:
+  // what one thread draws stays where it is while another adds a halving).
+  using Levels = std::deque<QImage>;
+  static const QImage& LevelFor(Levels& levels, double pixelsAcross);
   std::mutex mutex_;
   uint64_t generation_ = 0;
   const Drawing* drawing_ = nullptr;
-  std::map<std::tuple<int32_t, int, int>, QImage> pictures_;  // (row, brightness, contrast)
+  // By file, page, brightness and contrast: definitions that name the same file share it.
+  std::map<std::tuple<std::string, std::string, int, int>, Levels> pictures_;
 };
 
 // Reads a picture file, scaled down to fit `longestSide` pixels; null when it cannot be

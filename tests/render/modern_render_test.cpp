@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "render/modern_render_fixture.h"
+#include "render/picture_cache.h"
 #include "render/redraw.h"
 #include "testing/dxf_fixture.h"
 #include "testing/proxy_stream.h"
@@ -397,6 +398,28 @@ TEST(Images, APictureShowsWithinItsClipAndAMissingOneAsItsFrame) {
   EXPECT_FALSE(render.Inked(40, 80));                           // the clipped-off half
   EXPECT_TRUE(render.InkedNear(75, 70));                        // the missing one's frame, bottom edge
   EXPECT_FALSE(render.Inked(80, 95));                           // and no picture inside it
+}
+
+// Definitions that name one file share one picture (a drawing with thousands of them
+// reads it once), and a picture drawn small is taken from a halving of it.
+TEST(Images, OneFileIsReadOnceAndDrawnSmallFromAHalving) {
+  QTemporaryDir folder;
+  ASSERT_TRUE(folder.isValid());
+  QImage red(1000, 500, QImage::Format_RGB32);
+  red.fill(Qt::red);
+  const std::string path = folder.filePath("red.png").toStdString();
+  ASSERT_TRUE(red.save(QString::fromStdString(path)));
+  Drawing drawing;
+  drawing.Pictures = {{"red.png", path}, {"C:\\red.png", path}};
+  ImageEntity first, second;
+  first.Picture = 1, second.Picture = 2;
+  PictureCache cache;
+  const QImage& whole = cache.Of(drawing, first);
+  EXPECT_EQ(whole.size(), QSize(1000, 500));
+  EXPECT_EQ(cache.Of(drawing, second).cacheKey(), whole.cacheKey());
+  const QImage& small = cache.Of(drawing, second, 100);
+  EXPECT_EQ(small.size(), QSize(125, 62));  // three halvings: the smallest still 100 across
+  EXPECT_EQ(small.pixel(60, 30), qRgb(255, 0, 0));
 }
 
 // A PDF page of one inch square, its left half red, laid at (10, 10) 40 times its size:

@@ -2,6 +2,7 @@
 // with their definitions. The files are looked for when the drawing has been read.
 #include <algorithm>
 #include <charconv>
+#include <map>
 
 #include "dxf/input/file_lookup.h"
 #include "dxf/input/underlay_file.h"
@@ -116,6 +117,11 @@ bool ModernReader::DXFImageDef() {
 // After the load: each picture's file looked for, and named in the load report (those
 // an external reference brought were looked for when it was read).
 void ModernReader::ResolvePictures() {
+  // The page size of each underlay looked for now (nothing for images), each file's page
+  // read once however many definitions name it.
+  std::vector<std::optional<UnderlayPageSize>> pages(drawing_.Pictures.size());
+  std::vector<bool> underlaysNow(drawing_.Pictures.size(), false);
+  std::map<std::pair<std::string, std::string>, std::optional<UnderlayPageSize>> read;
   for (std::size_t i = 0; i < drawing_.Pictures.size(); ++i) {
     PictureFile& picture = drawing_.Pictures[i];
     if (picture.Resolved) continue;
@@ -125,21 +131,39 @@ void ModernReader::ResolvePictures() {
                                         : FindReferencedFile(picture.Name, ctx_.options.DrawingFile,
                                                              ctx_.options.ImageFolders);
     if (picture.Underlay) {
-      ResolveUnderlay(int32_t(i + 1), name);
+      underlaysNow[i] = true;
+      pages[i] = UnderlayPage(picture, name, read);
     } else if (picture.Path.empty()) {
       ctx_.outcome.Report.Note("image missing: " + name, 0);
     } else {
       ctx_.outcome.Report.NoteDrawn("image found: " + name, 0);
     }
   }
+  // Frames take the size of their page, in the drawing's tables and every block's; without
+  // a page they keep only their clip boundaries (drawn as frames with the file's name).
+  auto size = [&](EntityTables& tables) {
+    for (ImageEntity& frame : tables.Images) {
+      const std::size_t row = std::size_t(frame.Picture) - 1;
+      if (frame.Picture < 1 || row >= pages.size() || !underlaysNow[row]) continue;
+      const double w = pages[row] ? pages[row]->Width : 0, h = pages[row] ? pages[row]->Height : 0;
+      frame.Width = frame.Width * w, frame.Height = frame.Height * h;
+    }
+  };
+  size(drawing_);
+  for (BlockEntry& block : drawing_.Blocks) size(block.Content);
 }
 
-// An underlay's frames take the size of its page; without a page they keep only their
-// clip boundaries (drawn as frames with the file's name).
-void ModernReader::ResolveUnderlay(int32_t row, const std::string& name) {
-  PictureFile& picture = drawing_.Pictures[std::size_t(row - 1)];
+// The page an underlay's file shows, named in the load report; its path is kept only when
+// the page can be drawn.
+std::optional<UnderlayPageSize> ModernReader::UnderlayPage(
+    PictureFile& picture, const std::string& name,
+    std::map<std::pair<std::string, std::string>, std::optional<UnderlayPageSize>>& read) {
   std::optional<UnderlayPageSize> page;
-  if (!picture.Path.empty()) page = ReadUnderlayPageSize(picture.Path, picture.Page);
+  if (!picture.Path.empty()) {
+    const auto [at, first] = read.try_emplace({picture.Path, picture.Page});
+    if (first) at->second = ReadUnderlayPageSize(picture.Path, picture.Page);
+    page = at->second;
+  }
   if (picture.Path.empty())
     ctx_.outcome.Report.Note("underlay missing: " + name, 0);
   else if (!page)
@@ -147,13 +171,7 @@ void ModernReader::ResolveUnderlay(int32_t row, const std::string& name) {
   else
     ctx_.outcome.Report.NoteDrawn("underlay found: " + name, 0);
   if (!page) picture.Path.clear();
-  const double w = page ? page->Width : 0, h = page ? page->Height : 0;
-  auto size = [&](EntityTables& tables) {
-    for (ImageEntity& frame : tables.Images)
-      if (frame.Picture == row) frame.Width = frame.Width * w, frame.Height = frame.Height * h;
-  };
-  size(drawing_);
-  for (BlockEntry& block : drawing_.Blocks) size(block.Content);
+  return page;
 }
 
 }  // namespace dxfimport

@@ -13,6 +13,7 @@
 
 #include "dxf/input/load_context.h"
 #include "dxf/input/proxy_graphics.h"
+#include "dxf/input/underlay_file.h"
 #include "dxf/model/dimension_drawing.h"
 #include "dxf/model/drawing.h"
 #include "dxf/model/geometry.h"
@@ -187,7 +188,9 @@ class ModernReader : public ProfileReader {
   int32_t PictureRow(std::string_view handleText, bool underlay);
   std::vector<PointD> ClipBoundary(int xCode) const;
   void ResolvePictures();
-  void ResolveUnderlay(int32_t row, const std::string& name);
+  std::optional<UnderlayPageSize> UnderlayPage(
+      PictureFile& picture, const std::string& name,
+      std::map<std::pair<std::string, std::string>, std::optional<UnderlayPageSize>>& read);
   // Entities of unknown classes drawn from their proxy graphics (proxy.cpp).
   bool DXFProxy();
   bool DXFClass();
