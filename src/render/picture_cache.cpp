@@ -78,16 +78,15 @@ const QImage& PictureCache::Of(const Drawing& drawing, const ImageEntity& image,
 const QImage& PictureCache::LevelFor(Levels& levels, double pixelsAcross) {
   constexpr int kSmallest = 16;
   for (std::size_t i = 0;; ++i) {
-    if (i + 1 < levels.size()) {
-      const QImage& next = levels[i + 1];
-      if (std::max(next.width(), next.height()) >= pixelsAcross) continue;
-      return levels[i];
+    if (i + 1 == levels.size()) {  // the next halving, made when it would still do
+      const QImage& last = levels.back();
+      const int w = last.width() / 2, h = last.height() / 2;
+      if (last.isNull() || std::min(w, h) < 1 || std::max(w, h) < std::max<double>(kSmallest, pixelsAcross))
+        return last;
+      levels.push_back(last.scaled(w, h, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
     }
-    const QImage& last = levels[i];
-    const int w = last.width() / 2, h = last.height() / 2;
-    if (last.isNull() || std::min(w, h) < 1 || std::max(w, h) < kSmallest || std::max(w, h) < pixelsAcross)
-      return last;
-    levels.push_back(last.scaled(w, h, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+    const QImage& next = levels[i + 1];
+    if (std::max(next.width(), next.height()) < pixelsAcross) return levels[i];
   }
 }
 

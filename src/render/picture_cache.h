@@ -12,10 +12,10 @@
 
 namespace dxfimport {
 
-// The pictures of a drawing's IMAGE and underlay rows as they are drawn: each file read once, at most
-// kLongestSide pixels on its longer side (a larger one is scaled while it is read, so it
-// is never held at full size), with the row's brightness and contrast applied. Shared by
-// the threads that draw a picture's bands.
+// The pictures of a drawing's IMAGE and underlay rows as they are drawn: each file read
+// once however many definitions name it, at most kLongestSide pixels on its longer side
+// (a larger one is scaled while it is read, so it is never held at full size), with the
+// row's brightness and contrast applied. Shared by the threads that draw a picture's bands.
 class PictureCache {
  public:
   static constexpr int kLongestSide = 4096;

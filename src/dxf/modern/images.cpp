@@ -2,10 +2,8 @@
 // with their definitions. The files are looked for when the drawing has been read.
 #include <algorithm>
 #include <charconv>
-#include <map>
 
 #include "dxf/input/file_lookup.h"
-#include "dxf/input/underlay_file.h"
 #include "dxf/model/placement.h"
 #include "dxf/modern/modern_reader.h"
 #include "support/numbers.h"
@@ -121,7 +119,7 @@ void ModernReader::ResolvePictures() {
   // read once however many definitions name it.
   std::vector<std::optional<UnderlayPageSize>> pages(drawing_.Pictures.size());
   std::vector<bool> underlaysNow(drawing_.Pictures.size(), false);
-  std::map<std::pair<std::string, std::string>, std::optional<UnderlayPageSize>> read;
+  PageSizes read;
   for (std::size_t i = 0; i < drawing_.Pictures.size(); ++i) {
     PictureFile& picture = drawing_.Pictures[i];
     if (picture.Resolved) continue;
@@ -141,6 +139,7 @@ void ModernReader::ResolvePictures() {
   }
   // Frames take the size of their page, in the drawing's tables and every block's; without
   // a page they keep only their clip boundaries (drawn as frames with the file's name).
+  if (std::find(underlaysNow.begin(), underlaysNow.end(), true) == underlaysNow.end()) return;
   auto size = [&](EntityTables& tables) {
     for (ImageEntity& frame : tables.Images) {
       const std::size_t row = std::size_t(frame.Picture) - 1;
@@ -155,9 +154,8 @@ void ModernReader::ResolvePictures() {
 
 // The page an underlay's file shows, named in the load report; its path is kept only when
 // the page can be drawn.
-std::optional<UnderlayPageSize> ModernReader::UnderlayPage(
-    PictureFile& picture, const std::string& name,
-    std::map<std::pair<std::string, std::string>, std::optional<UnderlayPageSize>>& read) {
+std::optional<UnderlayPageSize> ModernReader::UnderlayPage(PictureFile& picture, const std::string& name,
+                                                           PageSizes& read) {
   std::optional<UnderlayPageSize> page;
   if (!picture.Path.empty()) {
     const auto [at, first] = read.try_emplace({picture.Path, picture.Page});

@@ -188,9 +188,10 @@ class ModernReader : public ProfileReader {
   int32_t PictureRow(std::string_view handleText, bool underlay);
   std::vector<PointD> ClipBoundary(int xCode) const;
   void ResolvePictures();
-  std::optional<UnderlayPageSize> UnderlayPage(
-      PictureFile& picture, const std::string& name,
-      std::map<std::pair<std::string, std::string>, std::optional<UnderlayPageSize>>& read);
+  // Page sizes read so far, by file and page.
+  using PageSizes = std::map<std::pair<std::string, std::string>, std::optional<UnderlayPageSize>>;
+  std::optional<UnderlayPageSize> UnderlayPage(PictureFile& picture, const std::string& name,
+                                               PageSizes& read);
   // Entities of unknown classes drawn from their proxy graphics (proxy.cpp).
   bool DXFProxy();
   bool DXFClass();
